@@ -1,0 +1,137 @@
+#include "Decimal.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+#include "NSDecimalNumberBehaviors.h"
+#include "Text.h"
+
+namespace mrziphoto {
+namespace {
+
+using Wide = unsigned __int128;
+
+Wide magnitude(std::int64_t value) {
+  const auto bits = static_cast<std::uint64_t>(value);
+  return value < 0 ? 0 - bits : bits;
+}
+
+/// Multiplies by ten, `times` times; false when there is no room for the product.
+bool shiftLeft(Wide& number, std::int64_t times) {
+  for (; times > 0; --times) {
+    if (number > std::numeric_limits<Wide>::max() / 10) {
+      return false;
+    }
+    number *= 10;
+  }
+  return true;
+}
+
+}  // namespace
+
+Decimal Decimal::fromDouble(double value) {
+  if (!std::isfinite(value)) {
+    return {};
+  }
+  std::array<char, 32> buffer{};
+  const char* end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                  std::chars_format::scientific)
+                        .ptr;
+  const std::string_view text(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
+  const std::string_view digits = text.substr(0, text.find('e'));
+  Decimal result;
+  const char* exponent = digits.data() + digits.size() + 1;
+  std::from_chars(exponent + (*exponent == '+' ? 1 : 0), end, result.exponent);
+  bool isBehindPoint = false;
+  for (const char digit : digits) {
+    if (text::isDigit(digit)) {
+      result.mantissa = result.mantissa * 10 + (digit - '0');
+      result.exponent -= isBehindPoint ? 1 : 0;
+    }
+    isBehindPoint = isBehindPoint || digit == '.';
+  }
+  result.mantissa *= value < 0 ? -1 : 1;
+  return result.normalized();
+}
+
+double Decimal::doubleValue() const {
+  // Through the text, which is rounded once; powers of ten would round twice.
+  const std::string text = std::to_string(mantissa) + 'e' + std::to_string(exponent);
+  double result = 0;
+  std::from_chars(text.data(), text.data() + text.size(), result);
+  return result;
+}
+
+std::string Decimal::description() const {
+  const Decimal number = normalized();
+  const bool negative = number.mantissa < 0;
+  std::string digits = std::to_string(number.mantissa).substr(negative ? 1 : 0);
+  if (number.exponent >= 0) {
+    digits.append(static_cast<std::size_t>(number.exponent), '0');
+  } else {
+    const auto places = static_cast<std::size_t>(-static_cast<std::int64_t>(number.exponent));
+    if (digits.size() <= places) {
+      digits.insert(0, places + 1 - digits.size(), '0');
+    }
+    digits.insert(digits.size() - places, 1, '.');
+  }
+  return (negative ? "-" : "") + digits;
+}
+
+Decimal Decimal::normalized() const {
+  if (mantissa == 0) {
+    return {};
+  }
+  Decimal result = *this;
+  while (result.mantissa % 10 == 0) {
+    result.mantissa /= 10;
+    ++result.exponent;
+  }
+  return result;
+}
+
+Decimal Decimal::dividing(const Decimal& divisor, const NSDecimalNumberBehaviors& behaviors) const {
+  const auto fail = [&](NSCalculationError error) {
+    return behaviors.exceptionDuringOperationErrorLeftOperandRightOperand("dividing", error, *this,
+                                                                          divisor);
+  };
+  const Decimal left = normalized();
+  const Decimal right = divisor.normalized();
+  if (right.mantissa == 0) {
+    return fail(NSCalculationError::divideByZero);
+  }
+  if (left.mantissa == 0) {
+    return {};
+  }
+  Wide numerator = magnitude(left.mantissa);
+  Wide denominator = magnitude(right.mantissa);
+  const std::int64_t places =
+      static_cast<std::int64_t>(left.exponent) - right.exponent + behaviors.scale();
+  // A mantissa has less than 2^63, so that a numerator without room means a quotient without room,
+  // and a denominator without room a quotient far below one half.
+  if (!shiftLeft(numerator, places)) {
+    return fail(NSCalculationError::overflow);
+  }
+  if (!shiftLeft(denominator, -places)) {
+    return {};
+  }
+  const Wide remainder = numerator % denominator;
+  const Wide quotient = numerator / denominator + (remainder >= denominator - remainder ? 1U : 0U);
+  if (quotient > static_cast<Wide>(std::numeric_limits<std::int64_t>::max())) {
+    return fail(NSCalculationError::overflow);
+  }
+  const auto whole = static_cast<std::int64_t>(quotient);
+  const bool isNegative = (left.mantissa < 0) != (right.mantissa < 0);
+  return {isNegative ? -whole : whole, -behaviors.scale()};
+}
+
+bool Decimal::operator==(const Decimal& other) const {
+  const Decimal a = normalized();
+  const Decimal b = other.normalized();
+  return a.mantissa == b.mantissa && a.exponent == b.exponent;
+}
+
+}  // namespace mrziphoto

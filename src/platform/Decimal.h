@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Export.h"
+
+namespace mrziphoto {
+
+class NSDecimalNumberBehaviors;
+
+/// An exact decimal number, mantissa × 10^exponent.
+struct MRZIPHOTO_EXPORT Decimal {
+  std::int64_t mantissa = 0;
+  std::int32_t exponent = 0;
+
+  /// The decimal number with the fewest digits, at most 17, that reads back as `value`; 0 for an
+  /// infinite value and for one that is no number.
+  static Decimal fromDouble(double value);
+
+  [[nodiscard]] double doubleValue() const;
+  /// Plain decimal digits: "2.8", "0.03", "100".
+  [[nodiscard]] std::string description() const;
+  /// The same number without trailing zeros in its mantissa; equal numbers have one such form.
+  [[nodiscard]] Decimal normalized() const;
+  /// The quotient, rounded once, as `behaviors` says. Fails on division by zero and when the
+  /// quotient has more digits than a mantissa can hold.
+  [[nodiscard]] Decimal dividing(const Decimal& divisor,
+                                 const NSDecimalNumberBehaviors& behaviors) const;
+  /// Equal as numbers: 28 × 10^-1 equals 280 × 10^-2.
+  bool operator==(const Decimal& other) const;
+};
+
+}  // namespace mrziphoto

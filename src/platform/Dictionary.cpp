@@ -1,0 +1,200 @@
+#include "Dictionary.h"
+
+#include <bitset>
+
+#include "Description.h"
+
+namespace mrziphoto {
+namespace {
+
+class KeyText final : public Object {
+ public:
+  explicit KeyText(std::string_view text)
+      : _hash(std::hash<std::string_view>{}(text)), _text(text) {}
+
+  [[nodiscard]] const Class& objectClass() const override {
+    static constexpr Class kClass{"NSString"};
+    return kClass;
+  }
+  [[nodiscard]] std::size_t textHash() const { return _hash; }
+  [[nodiscard]] std::string_view text() const { return _text; }
+
+ private:
+  std::size_t _hash;
+  std::string _text;
+};
+
+// Below this size a scan is faster than an index and needs no memory.
+constexpr std::size_t kScanned = 24;
+
+}  // namespace
+
+DictionaryKey::DictionaryKey(std::string_view text) : _text(make<KeyText>(text)) {}
+
+std::string_view DictionaryKey::text() const {
+  return static_cast<const KeyText*>(_text.get())->text();
+}
+
+std::size_t DictionaryKey::hash() const {
+  return static_cast<const KeyText*>(_text.get())->textHash();
+}
+
+/// Positions of entries by the hash of their keys, open addressing.
+class Dictionary::Index {
+ public:
+  explicit Index(const std::vector<Entry>& entries) : _entries(entries) { rebuild(); }
+
+  [[nodiscard]] std::size_t find(std::string_view key, std::size_t hash) const {
+    for (std::size_t slot = hash & _mask;; slot = (slot + 1) & _mask) {
+      const std::uint32_t position = _slots[slot];
+      if (position == kEmpty) {
+        return kNotFound;
+      }
+      const DictionaryKey& candidate = _entries[position].key;
+      if (candidate.hash() == hash && candidate.text() == key) {
+        return position;
+      }
+    }
+  }
+
+  /// Takes in the entry that was appended last.
+  void added() {
+    if (_entries.size() * 2 > _slots.size()) {
+      rebuild();
+    } else {
+      insert(_entries.size() - 1);
+    }
+  }
+
+ private:
+  static constexpr std::uint32_t kEmpty = 0xFFFFFFFF;
+
+  void rebuild() {
+    std::size_t size = 64;
+    while (size < _entries.size() * 3) {
+      size *= 2;
+    }
+    _slots.assign(size, kEmpty);
+    _mask = size - 1;
+    for (std::size_t i = 0; i < _entries.size(); ++i) {
+      insert(i);
+    }
+  }
+
+  void insert(std::size_t position) {
+    std::size_t slot = _entries[position].key.hash() & _mask;
+    while (_slots[slot] != kEmpty) {
+      slot = (slot + 1) & _mask;
+    }
+    _slots[slot] = static_cast<std::uint32_t>(position);
+  }
+
+  const std::vector<Entry>& _entries;
+  std::vector<std::uint32_t> _slots;
+  std::size_t _mask = 0;
+};
+
+namespace {
+
+/// Answers soon for the usual case that no key stands twice in a small dictionary.
+bool mayHoldKeyTwice(const std::vector<Dictionary::Entry>& entries) {
+  constexpr std::size_t kBits = 1024;
+  std::bitset<kBits> seen;
+  for (const Dictionary::Entry& entry : entries) {
+    const std::size_t bit = entry.key.hash() % kBits;
+    if (seen[bit]) {
+      return true;
+    }
+    seen[bit] = true;
+  }
+  return false;
+}
+
+}  // namespace
+
+const Class Dictionary::kClass{"NSDictionary", nullptr, 0, &makeEmpty<Dictionary>};
+
+Dictionary::Dictionary() = default;
+Dictionary::~Dictionary() = default;
+
+Dictionary::Dictionary(std::vector<Entry> entries) {
+  if (entries.size() < kScanned && !mayHoldKeyTwice(entries)) {
+    _entries = std::move(entries);
+    return;
+  }
+  _entries.reserve(entries.size());
+  for (Entry& entry : entries) {
+    set(entry.key, std::move(entry.value));
+  }
+}
+
+Dictionary::Dictionary(std::initializer_list<std::pair<std::string_view, Value>> entries) {
+  for (const auto& [key, value] : entries) {
+    set(key, value);
+  }
+}
+
+std::size_t Dictionary::position(std::string_view key, std::size_t hash) const {
+  if (_entries.size() >= kScanned) {
+    if (!_index) {
+      _index = std::make_unique<Index>(_entries);
+    }
+    return _index->find(key, hash);
+  }
+  for (std::size_t i = 0; i < _entries.size(); ++i) {
+    const DictionaryKey& candidate = _entries[i].key;
+    if (candidate.hash() == hash && candidate.text() == key) {
+      return i;
+    }
+  }
+  return kNotFound;
+}
+
+const Value* Dictionary::find(std::string_view key) const {
+  const std::size_t found = position(key, std::hash<std::string_view>{}(key));
+  return found == kNotFound ? nullptr : &_entries[found].value;
+}
+
+Value Dictionary::get(std::string_view key) const {
+  const Value* found = find(key);
+  return found != nullptr ? *found : Value();
+}
+
+void Dictionary::set(const DictionaryKey& key, Value value) {
+  const std::size_t found = position(key.text(), key.hash());
+  if (found != kNotFound) {
+    _entries[found].value = std::move(value);
+    return;
+  }
+  _entries.push_back({key, std::move(value)});
+  if (_index) {
+    _index->added();
+  }
+}
+
+std::string Dictionary::description() const { return describe(*this, 0); }
+
+bool Dictionary::isEqual(const Object& other) const {
+  const auto* dictionary = dynamic_cast<const Dictionary*>(&other);
+  if (dictionary == nullptr || dictionary->size() != size()) {
+    return false;
+  }
+  for (const Entry& entry : _entries) {
+    const Value* theirs = dictionary->find(entry.key.text());
+    if (theirs == nullptr || !(*theirs == entry.value)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::size_t Dictionary::hash() const {
+  // Independent of the order of the entries.
+  std::size_t result = _entries.size();
+  for (const Entry& entry : _entries) {
+    result += entry.key.hash() ^ (entry.value.hash() * 31);
+  }
+  return result;
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Export.h"
+#include "Value.h"
+
+namespace mrziphoto {
+
+/// One argument of `format`: a number, or what `%@` and `%s` print.
+class FormatArgument {
+ public:
+  template <std::integral T>
+  FormatArgument(T value)  // NOLINT(google-explicit-constructor): arguments convert silently
+      : integer(static_cast<std::int64_t>(value)),
+        real(static_cast<double>(value)),
+        value(Value(static_cast<std::int64_t>(value))) {}
+  FormatArgument(double value)  // NOLINT(google-explicit-constructor)
+      : real(value), value(Value(value)) {}
+  template <class T>
+  requires(!std::is_arithmetic_v<T> && std::is_constructible_v<Value, const T&>)
+      FormatArgument(const T& value)
+      : value(value) {}  // NOLINT(google-explicit-constructor)
+
+  std::int64_t integer = 0;
+  double real = 0;
+  Value value;
+};
+
+/// Formats as the platform's strings do: `%@` prints a value's description ("(null)" for nothing),
+/// `%d` `%u` `%x` `%c` and `%f` numbers, `%s` a text, `%%` a percent sign, with the usual flags,
+/// widths and precisions. Integers are printed as 32-bit ones. The locale plays no part. A
+/// directive without an argument, or an unknown one, is printed as it stands.
+[[nodiscard]] MRZIPHOTO_EXPORT std::string formatArguments(
+    std::string_view text, std::initializer_list<FormatArgument> arguments);
+
+template <class... Arguments>
+[[nodiscard]] std::string format(std::string_view text, const Arguments&... arguments) {
+  return formatArguments(text, {FormatArgument(arguments)...});
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,122 @@
+#include "Text.h"
+
+namespace mrziphoto::text {
+namespace {
+
+constexpr std::uint32_t kReplacement = 0xFFFD;
+
+}  // namespace
+
+std::size_t characterLength(std::string_view text) {
+  const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned char lead = byte(0);
+  if (lead < 0x80) {
+    return 1;
+  }
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) {
+    return 0;
+  }
+  // The second byte alone decides about overlong forms, surrogates and the end of Unicode.
+  const unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+  const unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+  if (byte(1) < low || byte(1) > high) {
+    return 0;
+  }
+  for (std::size_t i = 2; i < length; ++i) {
+    if ((byte(i) & 0xC0) != 0x80) {
+      return 0;
+    }
+  }
+  return length;
+}
+
+bool isUtf8(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const std::size_t length = characterLength(bytes);
+    if (length == 0) {
+      return false;
+    }
+    bytes.remove_prefix(length);
+  }
+  return true;
+}
+
+std::string repairedUtf8(std::string_view bytes) {
+  std::string result;
+  result.reserve(bytes.size());
+  while (!bytes.empty()) {
+    const std::size_t length = characterLength(bytes);
+    if (length == 0) {
+      appendUtf8(result, kReplacement);
+      bytes.remove_prefix(1);
+    } else {
+      result.append(bytes.substr(0, length));
+      bytes.remove_prefix(length);
+    }
+  }
+  return result;
+}
+
+void appendUtf8(std::string& text, std::uint32_t character) {
+  if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF)) {
+    character = kReplacement;
+  }
+  const auto append = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
+  if (character < 0x80) {
+    append(character);
+    return;
+  }
+  if (character < 0x800) {
+    append(0xC0 | (character >> 6));
+  } else {
+    if (character < 0x10000) {
+      append(0xE0 | (character >> 12));
+    } else {
+      append(0xF0 | (character >> 18));
+      append(0x80 | ((character >> 12) & 0x3F));
+    }
+    append(0x80 | ((character >> 6) & 0x3F));
+  }
+  append(0x80 | (character & 0x3F));
+}
+
+std::uint32_t nextCharacter(std::string_view& text) {
+  const std::size_t length = characterLength(text);
+  if (length <= 1) {
+    const std::uint32_t character =
+        length == 1 ? static_cast<unsigned char>(text[0]) : kReplacement;
+    text.remove_prefix(1);
+    return character;
+  }
+  std::uint32_t character = static_cast<unsigned char>(text[0]) & (0xFFU >> (length + 1));
+  for (std::size_t i = 1; i < length; ++i) {
+    character = (character << 6) | (static_cast<unsigned char>(text[i]) & 0x3FU);
+  }
+  text.remove_prefix(length);
+  return character;
+}
+
+std::string utf8FromUtf16(std::string_view bytes, bool bigEndian) {
+  const auto unit = [bytes, bigEndian](std::size_t at) -> std::uint32_t {
+    const std::uint32_t first = static_cast<unsigned char>(bytes[at]);
+    const std::uint32_t second = static_cast<unsigned char>(bytes[at + 1]);
+    return bigEndian ? first << 8 | second : second << 8 | first;
+  };
+  std::string result;
+  result.reserve(bytes.size() / 2);
+  for (std::size_t at = 0; at + 2 <= bytes.size(); at += 2) {
+    std::uint32_t character = unit(at);
+    if (character >= 0xD800 && character <= 0xDBFF && at + 4 <= bytes.size()) {
+      const std::uint32_t low = unit(at + 2);
+      if (low >= 0xDC00 && low <= 0xDFFF) {
+        character = 0x10000 + ((character - 0xD800) << 10) + (low - 0xDC00);
+        at += 2;
+      }
+    }
+    appendUtf8(result, character);
+  }
+  return result;
+}
+
+}  // namespace mrziphoto::text
