@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "../platform/Format.h"
+
+namespace mrziphoto {
+
+/// The code of four characters, the first in the most significant byte.
+constexpr std::uint32_t fourCharacterCode(const char (&characters)[5]) {
+  std::uint32_t code = 0;
+  for (const char character : std::string_view(characters, 4)) {
+    code = code << 8 | static_cast<unsigned char>(character);
+  }
+  return code;
+}
+
+/// The code as its four characters between single quotes.
+inline std::string fourCharacterText(std::uint32_t code) {
+  return format("'%c%c%c%c'", code >> 24, (code >> 16) & 0xFF, (code >> 8) & 0xFF, code & 0xFF);
+}
+
+}  // namespace mrziphoto

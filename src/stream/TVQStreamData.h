@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "../platform/Data.h"
+#include "../platform/Export.h"
+
+namespace mrziphoto {
+
+/// A seekable reader over one unchangeable byte buffer. It is the one place where bytes of a
+/// catalogue become numbers, and it owns every bounds check.
+///
+/// A read that needs more bytes than are left throws NSException "NSRangeException", which bears
+/// the offset, and leaves the position where it was.
+class MRZIPHOTO_EXPORT TVQStreamData {
+ public:
+  /// How multi-byte values are ordered in the buffer. Any other number behaves as `host`.
+  enum SwapMode : std::int32_t { host = 0, opposite = 1, bigEndian = 2, littleEndian = 3 };
+
+  /// A reader at offset 0 that keeps the buffer alive. Its swap mode is `host`.
+  static TVQStreamData initWithData(Data data) { return TVQStreamData(std::move(data)); }
+  explicit TVQStreamData(Data data) : _data(std::move(data)) {}
+
+  /// The whole buffer.
+  [[nodiscard]] const Data& data() const { return _data; }
+  /// The number of bytes in the buffer; the reader sees no more than 2^32 - 1 of them.
+  [[nodiscard]] std::uint32_t length() const;
+  /// The read position, in bytes from the start of the buffer.
+  [[nodiscard]] std::uint32_t offsetInData() const { return _offset; }
+  /// The number of bytes from the position to the end; 0 beyond the end.
+  [[nodiscard]] std::uint32_t remaining() const { return isAtEndOfData() ? 0 : length() - _offset; }
+  /// Moves to an absolute offset, which may lie beyond the end.
+  void seekToDataOffset(std::uint32_t offset) { _offset = offset; }
+  /// Moves by a number of bytes; stops at offset 0 and at 2^32 - 1.
+  void seekByDataOffset(std::int32_t delta);
+  /// True at the end of the buffer and beyond it.
+  [[nodiscard]] bool isAtEndOfData() const { return _offset >= length(); }
+
+  [[nodiscard]] std::int32_t readInt();
+  [[nodiscard]] std::int16_t readShort();
+  [[nodiscard]] std::int64_t readLongLong();
+  [[nodiscard]] float readFloat();
+  [[nodiscard]] double readDouble();
+  /// Copies raw bytes, unswapped.
+  void readBytesCount(void* destination, std::uint32_t count);
+  /// The next bytes as a slice of the buffer.
+  [[nodiscard]] Data readDataWithLength(std::uint32_t count);
+
+  void setShouldSwapMode(std::int32_t mode) { _shouldSwapMode = mode; }
+  [[nodiscard]] std::int32_t shouldSwapMode() const { return _shouldSwapMode; }
+
+ protected:
+  /// The next `count` bytes, which it passes. Every read goes through here.
+  [[nodiscard]] std::string_view take(std::uint32_t count);
+  /// True when values of the present swap mode lie in big-endian order.
+  [[nodiscard]] bool readsBigEndian() const;
+
+ private:
+  template <class Unsigned>
+  [[nodiscard]] Unsigned readUnsigned();
+
+  Data _data;
+  std::uint32_t _offset = 0;
+  std::int32_t _shouldSwapMode = host;
+};
+
+}  // namespace mrziphoto

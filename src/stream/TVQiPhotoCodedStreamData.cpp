@@ -1,0 +1,123 @@
+#include "TVQiPhotoCodedStreamData.h"
+
+#include <bit>
+
+#include "../platform/NSException.h"
+#include "../platform/NSUnarchiver.h"
+
+namespace mrziphoto {
+
+std::uint32_t TVQiPhotoCodedStreamData::readCode() { return static_cast<std::uint32_t>(readInt()); }
+
+std::int32_t TVQiPhotoCodedStreamData::peekInt() {
+  const std::int32_t value = readInt();
+  seekByDataOffset(-4);
+  return value;
+}
+
+void TVQiPhotoCodedStreamData::expectSize(std::int32_t expected, std::string_view operation) {
+  if (readInt() != expected) {
+    raiseUnexpectedCodeSizeExceptionDuring(operation);
+  }
+}
+
+void TVQiPhotoCodedStreamData::raiseUnexpectedCodeSizeExceptionDuring(std::string_view operation) {
+  seekByDataOffset(-4);
+  const std::int32_t size = readInt();
+  throw NSException(kNSInternalInconsistencyException,
+                    format("Unexpected datasize %d during %@", size, operation), offsetInData());
+}
+
+std::int16_t TVQiPhotoCodedStreamData::readCodedShort() {
+  expectSize(2, "readCodedShort");
+  return readShort();
+}
+
+std::int32_t TVQiPhotoCodedStreamData::readCodedInt() {
+  expectSize(4, "readCodedInt");
+  return readInt();
+}
+
+std::int64_t TVQiPhotoCodedStreamData::readCodedLongLong() {
+  expectSize(8, "readCodedLongLong");
+  return readLongLong();
+}
+
+float TVQiPhotoCodedStreamData::readCodedFloat() {
+  expectSize(4, "readCodedFloat");
+  return readFloat();
+}
+
+double TVQiPhotoCodedStreamData::readCodedDouble() {
+  expectSize(8, "readCodedDouble");
+  return readDouble();
+}
+
+NSSize TVQiPhotoCodedStreamData::readCodedNSSize() {
+  expectSize(8, "readCodedNSSize");
+  NSSize size;
+  size.width = readFloat();
+  size.height = readFloat();
+  return size;
+}
+
+/// A negative size, taken as unsigned, is larger than any buffer and fails at the next read.
+std::uint32_t TVQiPhotoCodedStreamData::readItemSize() {
+  return static_cast<std::uint32_t>(readInt());
+}
+
+std::vector<std::int32_t> TVQiPhotoCodedStreamData::readCodedIntArray() {
+  const std::uint32_t count = readItemSize() / 4;
+  // Taken as a whole first, so that an absurd count fails before room is made for it.
+  TVQStreamData numbers(readDataWithLength(count * 4));
+  numbers.setShouldSwapMode(shouldSwapMode());
+  std::vector<std::int32_t> result;
+  result.reserve(count);
+  while (!numbers.isAtEndOfData()) {
+    result.push_back(numbers.readInt());
+  }
+  return result;
+}
+
+String TVQiPhotoCodedStreamData::readCodedUTF16String() {
+  return readUTF16StringWithCharacterCount(readItemSize() / 2);
+}
+
+String TVQiPhotoCodedStreamData::readCodedUTF16StringShort() {
+  return readUTF16StringWithCharacterCount(static_cast<std::uint16_t>(readShort()) / 2U);
+}
+
+Data TVQiPhotoCodedStreamData::readCodedData() { return readDataWithLength(readItemSize()); }
+
+Value TVQiPhotoCodedStreamData::readCodedArchive() {
+  const std::uint32_t size = readItemSize();
+  const auto reader = NSUnarchiver::initForReadingWithData(data().slice(offsetInData(), size));
+  if (!reader) {
+    throw NSException(kNSInvalidArgumentException,
+                      format("no typed-object archive at offset %u", offsetInData()),
+                      offsetInData());
+  }
+  return reader->decodeObject();
+}
+
+String TVQiPhotoCodedStreamData::readUTF16StringWithCharacterCount(std::uint32_t count) {
+  if (count == 0) {
+    return {};
+  }
+  // A count whose bytes do not fit 32 bits cannot be there; let the read say so.
+  constexpr std::uint32_t kMost = 0x7FFFFFFF;
+  const Data units = readDataWithLength(count > kMost ? 0xFFFFFFFF : count * 2);
+  const bool hasMark =
+      units.bytes().starts_with("\xFE\xFF") || units.bytes().starts_with("\xFF\xFE");
+  const bool streamIsBigEndian = shouldSwapMode() == opposite || shouldSwapMode() == bigEndian;
+  const bool bigEndianUnits = hasMark ? std::endian::native == std::endian::big : streamIsBigEndian;
+  return {units.owner(), units.bytes(),
+          bigEndianUnits ? String::Encoding::utf16BigEndian : String::Encoding::utf16LittleEndian};
+}
+
+std::string TVQiPhotoCodedStreamData::description() const {
+  return format("%d bytes offset = %d remaining = %d", length(), offsetInData(),
+                static_cast<std::int64_t>(length()) - offsetInData());
+}
+
+}  // namespace mrziphoto
