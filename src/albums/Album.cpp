@@ -1,0 +1,146 @@
+#include "Album.h"
+
+#include <array>
+
+#include "../platform/Array.h"
+#include "../platform/FileManager.h"
+#include "../platform/KeyValue.h"
+#include "../platform/Log.h"
+#include "../platform/NSException.h"
+#include "../platform/NSUnarchiver.h"
+#include "../platform/Path.h"
+
+namespace mrziphoto {
+
+std::string_view Album::defaultAlbumName() const {
+  return static_cast<const AlbumKind&>(objectClass()).defaultName;
+}
+
+void Album::startWithDefaultName() {
+  _dictionary = make<Dictionary>();
+  setEntry(kName, defaultAlbumName());
+}
+
+void Album::takeAlbumData(const Dictionary& albumData) {
+  const auto take = [&](std::string_view from, std::string_view as) {
+    const Value* value = albumData.find(from);
+    if (value != nullptr) {
+      setEntry(as, *value);
+    }
+    return value != nullptr;
+  };
+  take(kAlbumName, kName);
+  if (!take(kAlbumKey, kKey)) {
+    take(kAlbumId, kKey);
+  }
+  take(kAnnotation, kAnnotation);
+
+  std::vector<std::uint32_t> keys;
+  if (const Ref<Array> listed = albumData.get(kKeyList).array()) {
+    keys.reserve(listed->size());
+    for (const Value& element : *listed) {
+      keys.push_back(element.unsignedIntValue());
+    }
+  }
+  setEntry(kKeys, KeyMgr::initWithKeyNumbers(std::move(keys)));
+}
+
+Ref<Album> Album::albumWithContentsOfFile(const std::string& path) {
+  const std::string name = path::lastComponent(path);
+  if (name.empty() || name == ".DS_Store") {
+    return {};
+  }
+  try {
+    const std::optional<Data> bytes = FileManager::contents(path);
+    if (!bytes) {
+      NSException::raise(kNSInvalidArgumentException, "'%@' cannot be read", path);
+    }
+    const auto reader = NSUnarchiver::initForReadingWithData(*bytes);
+    if (!reader) {
+      NSException::raise(kNSInvalidArgumentException, "'%@' is no archive", path);
+    }
+    return reader->decodeObject().object<Album>();
+  } catch (const NSException& exception) {
+    log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+    return {};
+  }
+}
+
+void Album::setDatabase(RecordDatabase* database) {
+  _database = database;
+  if (const Ref<KeyMgr> keys = photoKeys()) {
+    keys->setDatabase(database);
+  }
+}
+
+Ref<AttributeMgr> Album::attributes() const { return entry(kAttributes).object<AttributeMgr>(); }
+
+std::optional<std::string> Album::annotation() const {
+  const Ref<AttributeMgr> store = attributes();
+  const Value attribute = store ? store->attributeForKey(AttributeMgr::kAlbumAnnotation) : Value();
+  return attribute.isNothing() ? entry(kAnnotation).text() : attribute.text();
+}
+
+std::optional<Date> Album::modificationDate() const {
+  const Ref<AttributeMgr> store = attributes();
+  return store ? store->modificationDate() : std::nullopt;
+}
+
+void Album::setModificationDate(const Value& date) {
+  if (const Ref<AttributeMgr> store = attributes()) {
+    store->setModificationDate(date);
+  }
+}
+
+Ref<KeyMgr> Album::photoKeys() const { return entry(kKeys).object<KeyMgr>(); }
+
+List<ImageRecRef> Album::photos() const {
+  const Ref<KeyMgr> keys = photoKeys();
+  List<ImageRecRef> found = keys ? keys->photos() : List<ImageRecRef>();
+  return found.isNothing() ? List<ImageRecRef>::makeEmpty() : found;
+}
+
+List<Album> Album::children() const {
+  List<Album> albums = List<Album>::makeEmpty();
+  if (const Ref<Array> stored = entry(kChildren).array()) {
+    albums.reserve(stored->size());
+    for (const Value& element : *stored) {
+      if (const Ref<Album> album = element.object<Album>()) {
+        albums.append(album);
+      }
+    }
+  }
+  return albums;
+}
+
+namespace {
+
+const Album& self(const Object& object) { return static_cast<const Album&>(object); }
+
+constexpr std::array kAccessors{
+    Accessor{"albumId", [](const Object& o) { return self(o).albumId(); }},
+    Accessor{"albumName", [](const Object& o) -> Value { return self(o).albumName(); }},
+    Accessor{"annotation", [](const Object& o) -> Value { return self(o).annotation(); }},
+    Accessor{"attributes", [](const Object& o) -> Value { return self(o).attributes(); }},
+    Accessor{"children", [](const Object& o) { return self(o).children().value(); }},
+    Accessor{"comments", [](const Object& o) -> Value { return self(o).comments(); }},
+    Accessor{"defaultAlbumName",
+             [](const Object& o) -> Value { return self(o).defaultAlbumName(); }},
+    Accessor{"key", [](const Object& o) { return self(o).key(); }},
+    Accessor{"modificationDate",
+             [](const Object& o) -> Value { return self(o).modificationDate(); }},
+    Accessor{"photoKeys", [](const Object& o) -> Value { return self(o).photoKeys(); }},
+    Accessor{"photos", [](const Object& o) { return self(o).photos().value(); }},
+    Accessor{"roll", [](const Object& o) { return self(o).roll(); }},
+    Accessor{"rollKey", [](const Object& o) { return self(o).rollKey(); }},
+    Accessor{"title", [](const Object& o) -> Value { return self(o).title(); }},
+};
+static_assert(accessorsAreSorted(kAccessors));
+
+}  // namespace
+
+const Accessor* Album::accessorNamed(std::string_view name) const {
+  return findAccessor(kAccessors, name);
+}
+
+}  // namespace mrziphoto

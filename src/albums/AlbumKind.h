@@ -1,0 +1,19 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "../platform/Export.h"
+#include "../platform/Object.h"
+
+namespace mrziphoto {
+
+/// A kind of album: its class, and the name of an album of that kind that was given none.
+struct AlbumKind : Class {
+  std::string_view defaultName;
+};
+
+/// All thirteen kinds, the plain album first.
+[[nodiscard]] MRZIPHOTO_EXPORT std::span<const AlbumKind* const> albumKinds();
+
+}  // namespace mrziphoto

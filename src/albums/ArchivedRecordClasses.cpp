@@ -1,0 +1,18 @@
+#include "Book.h"
+#include "Filter.h"
+#include "KeyMgr.h"
+#include "Keyword.h"
+#include "KeywordMgr.h"
+#include "Page.h"
+
+namespace mrziphoto {
+
+// Name, base, highest version read without a log line, maker.
+const Class Keyword::kClass{"Keyword", nullptr, 3, &makeEmpty<Keyword>};
+const Class KeywordMgr::kClass{"KeywordMgr", nullptr, 1, &makeEmpty<KeywordMgr>};
+const Class KeyMgr::kClass{"KeyMgr", nullptr, 1, &makeEmpty<KeyMgr>};
+const Class Filter::kClass{"Filter", nullptr, 1, &makeEmpty<Filter>};
+const Class Book::kClass{"Book", nullptr, 3, &makeEmpty<Book>};
+const Class Page::kClass{"Page", nullptr, 9, &makeEmpty<Page>};
+
+}  // namespace mrziphoto

@@ -1,0 +1,12 @@
+#include "DynamicAlbum.h"
+
+#include "../platform/Log.h"
+
+namespace mrziphoto {
+
+void DynamicAlbum::initWithCoder(NSUnarchiver& coder) {
+  Album::initWithCoder(coder);
+  log("%@ %@", className(), description());
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,59 @@
+#include "Keyword.h"
+
+#include <array>
+
+#include "../photos/Key.h"
+#include "../platform/KeyValue.h"
+#include "../platform/Log.h"
+#include "../resources/TVQiPhotoFramework.h"
+
+namespace mrziphoto {
+namespace {
+
+const std::string& tickString() {
+  static const std::string text =
+      TVQiPhotoFramework::bundle()->localizedStringForKey(Keyword::kFavorite, "Keyword");
+  return text;
+}
+
+const Keyword& self(const Object& object) { return static_cast<const Keyword&>(object); }
+
+constexpr std::array kAccessors{
+    Accessor{"key", [](const Object& o) { return self(o).key(); }},
+    Accessor{"keyValue", [](const Object& o) { return self(o).keyValue(); }},
+    Accessor{"keyword", [](const Object& o) -> Value { return self(o).keyword(); }},
+    Accessor{"string", [](const Object& o) -> Value { return self(o).string(); }},
+};
+static_assert(accessorsAreSorted(kAccessors));
+
+}  // namespace
+
+Ref<Keyword> Keyword::initWithDictionary(const Dictionary& dictionary) {
+  Ref<Keyword> result = make<Keyword>();
+  result->_dictionary = make<Dictionary>(dictionary.entries());
+  return result;
+}
+
+Ref<Keyword> Keyword::initWithString(const Value& object) {
+  if (object.isString()) {
+    return initWithDictionary(Dictionary{{kString, object}});
+  }
+  if (const Ref<Dictionary> dictionary = object.dictionary()) {
+    return initWithDictionary(*dictionary);
+  }
+  log("Don't know how to init %@ from %@'", kClass.name, object);
+  return initWithDictionary(Dictionary());
+}
+
+Value Keyword::keyValue() const { return keyNumber(key()); }
+
+std::optional<std::string> Keyword::keyword() const {
+  std::optional<std::string> text = string();
+  return text == kFavorite ? tickString() : text;
+}
+
+const Accessor* Keyword::accessorNamed(std::string_view name) const {
+  return findAccessor(kAccessors, name);
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "../photos/ArchivedRecord.h"
+#include "../platform/List.h"
+#include "Keyword.h"
+
+namespace mrziphoto {
+
+/// The keywords of a catalogue.
+class MRZIPHOTO_EXPORT KeywordMgr final : public ArchivedRecord {
+ public:
+  static const Class kClass;
+
+  [[nodiscard]] Value objectForKey(std::string_view name) const { return entry(name); }
+  /// The keywords, from "KeywordList", else from "UsedKeywords"; made once. Elements that are no
+  /// keyword records yet become some.
+  [[nodiscard]] const List<Keyword>& keywords() const;
+  /// The first record of "UsedKeywords" whose key equals this one. A `Key` never equals a bare
+  /// number.
+  [[nodiscard]] Ref<Keyword> keywordForKeyNumber(const Value& key) const;
+  /// The number of `keywords`.
+  [[nodiscard]] std::size_t count() const { return keywords().size(); }
+
+  [[nodiscard]] const Class& objectClass() const override { return kClass; }
+
+  static constexpr std::string_view kKeywordList = "KeywordList";
+  static constexpr std::string_view kUsedKeywords = "UsedKeywords";
+
+ private:
+  mutable List<Keyword> _keywords;
+};
+
+}  // namespace mrziphoto

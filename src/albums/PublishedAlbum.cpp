@@ -1,0 +1,17 @@
+#include "PublishedAlbum.h"
+
+#include "../platform/Log.h"
+#include "../platform/NSUnarchiver.h"
+
+namespace mrziphoto {
+
+void PublishedAlbum::logNewerVersion(const Class& olderClass, const NSUnarchiver& coder,
+                                     std::uint32_t version) const {
+  if (&olderClass != &kClass) {
+    Album::logNewerVersion(olderClass, coder, version);
+    return;
+  }
+  log("%@ version %u isKeyed = %d", className(), version, coder.allowsKeyedCoding() ? 1 : 0);
+}
+
+}  // namespace mrziphoto

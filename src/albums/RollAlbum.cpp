@@ -1,0 +1,62 @@
+#include "RollAlbum.h"
+
+#include <array>
+
+#include "../photos/RecordDatabase.h"
+#include "../platform/KeyValue.h"
+
+namespace mrziphoto {
+
+void RollAlbum::takeAlbumData(const Dictionary& albumData) {
+  Album::takeAlbumData(albumData);
+  if (!attributes()) {
+    setAttributes(AttributeMgr::init());
+  }
+  if (const Value* name = albumData.find(kRollName)) {
+    setAlbumName(*name);
+  }
+  if (const Value* seconds = albumData.find(kRollDateAsTimerInterval)) {
+    setModificationDate(Date{seconds->doubleValue()});
+  }
+}
+
+Ref<ImageRecRef> RollAlbum::_rollRecRef() const {
+  return database() != nullptr ? database()->rollRecRefForKey(key()) : Ref<ImageRecRef>();
+}
+
+std::optional<std::string> RollAlbum::albumName() const {
+  const Ref<ImageRecRef> record = _rollRecRef();
+  return record ? record->caption() : Album::albumName();
+}
+
+std::optional<std::string> RollAlbum::comments() const {
+  const Ref<ImageRecRef> record = _rollRecRef();
+  return record ? record->comments() : Album::comments();
+}
+
+std::optional<Date> RollAlbum::date() const {
+  const Ref<ImageRecRef> record = _rollRecRef();
+  return record ? record->date() : modificationDate();
+}
+
+std::optional<Date> RollAlbum::archiveDate() const {
+  const Ref<ImageRecRef> record = _rollRecRef();
+  return record ? record->archiveDate() : modificationDate();
+}
+
+const Accessor* RollAlbum::accessorNamed(std::string_view name) const {
+  static constexpr std::array kAccessors{
+      Accessor{
+          "_rollRecRef",
+          [](const Object& o) -> Value { return static_cast<const RollAlbum&>(o)._rollRecRef(); }},
+      Accessor{"archiveDate",
+               [](const Object& o) -> Value { return static_cast<const Album&>(o).archiveDate(); }},
+      Accessor{"date",
+               [](const Object& o) -> Value { return static_cast<const Album&>(o).date(); }},
+  };
+  static_assert(accessorsAreSorted(kAccessors));
+  const Accessor* own = findAccessor(kAccessors, name);
+  return own != nullptr ? own : Album::accessorNamed(name);
+}
+
+}  // namespace mrziphoto

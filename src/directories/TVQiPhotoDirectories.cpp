@@ -1,0 +1,116 @@
+#include "TVQiPhotoDirectories.h"
+
+#include "../photos/Key.h"
+#include "../platform/FileManager.h"
+#include "../platform/Log.h"
+#include "../platform/NSException.h"
+#include "../platform/NSUnarchiver.h"
+#include "../platform/NumberIndex.h"
+
+namespace mrziphoto {
+namespace {
+
+Ref<DirectoryRec> recordOf(const Value& element) { return element.object<DirectoryRec>(); }
+
+/// The number of an entry's key; nothing for an entry that no number can find.
+Value numberOf(const Ref<DirectoryRec>& record) {
+  try {
+    return record->directoryKeyValue();
+  } catch (const NSException&) {
+    return {};
+  }
+}
+
+void logException(const NSException& exception) {
+  log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+}
+
+}  // namespace
+
+const Class TVQiPhotoDirectories::kClass{"TVQiPhotoDirectories"};
+
+/// Positions of the entries by their keys. Only whole numbers are in it: nobody asks for others.
+class TVQiPhotoDirectories::Index : public NumberIndex {
+ public:
+  explicit Index(const Array& entries) : NumberIndex(entries.size()) {
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+      const Ref<DirectoryRec> record = recordOf(entries[i]);
+      if (const auto number = wholeNumber(record ? numberOf(record) : Value())) {
+        add(*number, i);
+      }
+    }
+  }
+};
+
+TVQiPhotoDirectories::TVQiPhotoDirectories() = default;
+TVQiPhotoDirectories::~TVQiPhotoDirectories() = default;
+
+Ref<TVQiPhotoDirectories> TVQiPhotoDirectories::init() {
+  return Ref<TVQiPhotoDirectories>::adopt(new TVQiPhotoDirectories);
+}
+
+Ref<TVQiPhotoDirectories> TVQiPhotoDirectories::initWithContentsOfFile(const std::string& path) {
+  try {
+    const std::optional<Data> bytes = FileManager::contents(path);
+    if (!bytes) {
+      NSException::raise(kNSInvalidArgumentException, "'%@' cannot be read", path);
+    }
+    return initWithData(*bytes);
+  } catch (const NSException& exception) {
+    logException(exception);
+    return {};
+  }
+}
+
+Ref<TVQiPhotoDirectories> TVQiPhotoDirectories::initWithData(const Data& bytes) {
+  const auto reader = NSUnarchiver::initForReadingWithData(bytes);
+  if (!reader) {
+    NSException::raise(kNSInvalidArgumentException, "the directory table is no archive");
+  }
+  try {
+    Ref<TVQiPhotoDirectories> table = init();
+    table->directoriesKey = reader->decodeObject();
+    table->directories = reader->decodeObject().array();
+    return table;
+  } catch (const NSException& exception) {
+    logException(exception);
+    return {};
+  }
+}
+
+std::optional<std::string> TVQiPhotoDirectories::directoryForKey(const Value& key) const {
+  const Value number = keyNumber(key);
+  if (!directories || number.isNothing()) {
+    return std::nullopt;
+  }
+  const std::optional<std::int64_t> plain = wholeNumber(number);
+  if (!plain) {
+    return directoryByWalk(key);
+  }
+  if (!_index) {
+    _index = std::make_unique<Index>(*directories);
+  }
+  const std::optional<std::size_t> found = _index->find(*plain);
+  return found ? recordOf((*directories)[*found])->directory() : std::nullopt;
+}
+
+std::optional<std::string> TVQiPhotoDirectories::directoryByWalk(const Value& key) const {
+  const Value number = keyNumber(key);
+  if (!directories || number.isNothing()) {
+    return std::nullopt;
+  }
+  for (const Value& element : *directories) {
+    const Ref<DirectoryRec> record = recordOf(element);
+    if (record && numberOf(record) == number) {
+      return record->directory();
+    }
+  }
+  return std::nullopt;
+}
+
+std::string TVQiPhotoDirectories::description() const {
+  return format("%@: directoriesKey = %@, directories = %@", className(), directoriesKey,
+                directories);
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,21 @@
+#include "AttributeMgr.h"
+#include "DBCopySource.h"
+#include "DBSource.h"
+#include "ImageRec.h"
+#include "ImageRecRef.h"
+#include "ImageRefKey.h"
+#include "Key.h"
+
+namespace mrziphoto {
+
+// The archived classes of photos: name, base, highest version read without a log line.
+const Class Key::kClass{"Key", nullptr, 1, &makeEmpty<Key>};
+const Class ImageRefKey::kClass{"ImageRefKey", &Key::kClass, 0, &makeEmpty<ImageRefKey>};
+const Class ImageRec::kClass{"ImageRec", nullptr, 4, &makeEmpty<ImageRec>};
+const Class AttributeMgr::kClass{"AttributeMgr", nullptr, 1, &makeEmpty<AttributeMgr>};
+const Class ImageSource::kClass{"ImageSource", nullptr, 0, &makeEmpty<ImageSource>};
+const Class DBSource::kClass{"DBSource", &ImageSource::kClass, 0, &makeEmpty<DBSource>};
+const Class DBCopySource::kClass{"DBCopySource", &ImageSource::kClass, 0, &makeEmpty<DBCopySource>};
+const Class ImageRecRef::kClass{"ImageRecRef", nullptr, 4, &makeEmpty<ImageRecRef>};
+
+}  // namespace mrziphoto

@@ -1,0 +1,44 @@
+#include "ArchivedRecord.h"
+
+#include "../platform/Log.h"
+#include "../platform/NSArchiver.h"
+#include "../platform/NSUnarchiver.h"
+
+namespace mrziphoto {
+
+std::string ArchivedRecord::description() const {
+  return format("%@: %@", className(), storedDictionary());
+}
+
+void ArchivedRecord::initWithCoder(NSUnarchiver& coder) {
+  for (const Class* each = &objectClass(); each != nullptr; each = each->superclass) {
+    const std::uint32_t version = coder.versionForClassName(each->name);
+    if (version != NSUnarchiver::kNotFound && version > each->highestVersion) {
+      logNewerVersion(*each, coder, version);
+    }
+  }
+  _dictionary = coder.decodeObject().dictionary();
+}
+
+void ArchivedRecord::encodeWithCoder(NSArchiver& coder) const {
+  coder.encodeObject(storedDictionary());
+}
+
+void ArchivedRecord::logNewerVersion(const Class& /*olderClass*/, const NSUnarchiver& /*coder*/,
+                                     std::uint32_t version) const {
+  log("%@ version %u", className(), version);
+}
+
+Value ArchivedRecord::entry(std::string_view name) const {
+  const Ref<Dictionary>& dictionary = storedDictionary();
+  return dictionary ? dictionary->get(name) : Value();
+}
+
+void ArchivedRecord::setEntry(std::string_view name, Value value) {
+  if (!_dictionary) {
+    _dictionary = make<Dictionary>();
+  }
+  _dictionary->set(name, std::move(value));
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,30 @@
+#include "AttributeMgr.h"
+
+namespace mrziphoto {
+
+Ref<AttributeMgr> AttributeMgr::init() {
+  Ref<AttributeMgr> result = make<AttributeMgr>();
+  result->_dictionary = make<Dictionary>();
+  return result;
+}
+
+void AttributeMgr::setAttributeForKey(const Value& attribute, std::string_view name) {
+  if (!attributes()) {
+    setAttributes(make<Dictionary>());
+  }
+  if (!attribute.isNothing()) {
+    attributes()->set(name, attribute);
+  }
+}
+
+Value AttributeMgr::attributeForKey(std::string_view name) const {
+  const Ref<Dictionary> found = attributes();
+  return found ? found->get(name) : Value();
+}
+
+std::optional<Date> AttributeMgr::modificationDate() const {
+  const std::optional<Date> date = entry(kModificationDate).date();
+  return date ? date : entry(kModicationDate).date();
+}
+
+}  // namespace mrziphoto

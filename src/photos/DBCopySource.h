@@ -1,0 +1,14 @@
+#pragma once
+
+#include "ImageSource.h"
+
+namespace mrziphoto {
+
+/// An image source under another class name; it differs in nothing else.
+class MRZIPHOTO_EXPORT DBCopySource final : public ImageSource {
+ public:
+  static const Class kClass;
+  [[nodiscard]] const Class& objectClass() const override { return kClass; }
+};
+
+}  // namespace mrziphoto

@@ -1,0 +1,34 @@
+#include "ImageRec.h"
+
+namespace mrziphoto {
+
+Ref<ImageRec> ImageRec::init() {
+  Ref<ImageRec> result = make<ImageRec>();
+  result->_dictionary = make<Dictionary>();
+  return result;
+}
+
+void ImageRec::setIfPresent(std::string_view name, const Value& value) {
+  if (!value.isNothing()) {
+    setEntry(name, value);
+  }
+}
+
+Value ImageRec::numberOrZero(std::string_view name) const {
+  Value value = entry(name);
+  return value.isNothing() ? Value(0.0F) : value;
+}
+
+std::optional<std::string> ImageRec::fileName() const {
+  const Ref<ImageSource> source = imageSource();
+  return source ? source->filename() : entry(kFileName).text();
+}
+
+Ref<ImageSource> ImageRec::imageSource() const { return entry(kImageSource).object<ImageSource>(); }
+
+Value ImageRec::directoryKey() const {
+  const Ref<ImageSource> source = imageSource();
+  return source ? source->directoryKey() : Value();
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,204 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "../platform/Dictionary.h"
+#include "../platform/Export.h"
+#include "../platform/Object.h"
+#include "../stream/TVQiPhotoCodedStreamData.h"
+#include "AttributeMgr.h"
+#include "ImageRec.h"
+#include "Key.h"
+
+namespace mrziphoto {
+
+class PhotoFolder;
+class RecordDatabase;
+class RecordSource;
+class TVQiPhotoUserData;
+
+/// One photo of a library; a record without a roll key stands for a film roll instead.
+///
+/// A record draws its answers from up to four sources: the archived dictionary (records read from
+/// an archive), the image info (records of the album data and of the coded catalogue), the info
+/// store and the attributes store. Each question goes through them in a fixed order; where no
+/// source has the answer, the answer is nothing, unless another one is stated. Costly answers are
+/// worked out on first request and kept for the record's life.
+///
+/// All questions that involve the database answer nothing until `setDatabase` was called. Questions
+/// that need the text of a key throw NSException when the key has no value.
+class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
+ public:
+  static const Class kClass;
+
+  ImageRecRef();
+  ~ImageRecRef() override;
+  static Ref<ImageRecRef> init() { return make<ImageRecRef>(); }
+
+  /// Gives the record its image info and its image key.
+  void setImageInfoForKey(Ref<Dictionary> imageInfo, std::uint32_t key);
+  /// The same with a decimal text for the key, read as `Key::initWithKeyString` reads it.
+  void setImageInfoForKeyString(Ref<Dictionary> imageInfo, std::string_view key);
+  /// Gives the record its image key now, and leaves the image info and the stores to `source`,
+  /// which makes them when they are first asked for.
+  void setSourceForKey(Ref<RecordSource> source, std::uint32_t position, std::uint32_t key);
+  /// The database is not owned.
+  void setDatabase(RecordDatabase* database) { _database = database; }
+  [[nodiscard]] RecordDatabase* database() const { return _database; }
+
+  /// The photo's own stores.
+  void setInfo(Ref<ImageRec> info);
+  void setImageAttributes(Ref<AttributeMgr> attributes);
+  /// Stores that a host hands in, used where the photo has none of its own.
+  void setDBInfo(Ref<ImageRec> info);
+  void setDBImageAttributes(Ref<AttributeMgr> attributes);
+  [[nodiscard]] Ref<ImageRec> dbInfo() const;
+
+  /// The image key: a `Key`, or what the archive stored as key.
+  [[nodiscard]] Value key() const;
+  /// The number of `key`. Throws when the key has none; nothing without a key.
+  [[nodiscard]] Value photoId() const;
+  /// The number of `key` as decimal text; empty without a key.
+  [[nodiscard]] std::string keyStringValue() const;
+  /// The key's number when the key is nothing but that number, which no object needs to be made
+  /// for. For indexes over many records.
+  [[nodiscard]] std::optional<std::int64_t> plainKeyNumber() const;
+  [[nodiscard]] Value directoryKey() const;
+  /// The key of the photo's roll; nothing for a record that stands for a roll.
+  [[nodiscard]] Value rollKey() const;
+  /// True when `rollKey` answers something; asks no file of the archive and album-data generations
+  /// unless the answer lies there.
+  [[nodiscard]] bool hasRollKey() const { return !rollKey().isNothing(); }
+
+  /// The archived date; for records without an archived dictionary the info store's.
+  [[nodiscard]] std::optional<Date> date() const;
+  [[nodiscard]] std::optional<Date> archiveDate() const;
+  [[nodiscard]] std::optional<Date> modificationDate() const;
+  [[nodiscard]] std::optional<std::string> annotation() const;
+  [[nodiscard]] std::optional<std::string> comments() const { return annotation(); }
+  [[nodiscard]] std::optional<std::string> caption() const;
+  [[nodiscard]] std::optional<std::string> title() const { return caption(); }
+  /// The file name's extension as stored; "?ext?" when it is not.
+  [[nodiscard]] std::string extension() const;
+  /// The original's extension as stored; "?origExt?" when it is not.
+  [[nodiscard]] std::string originalExtension() const;
+  [[nodiscard]] std::optional<std::string> originalFilename() const;
+  /// Bytes: as stored, else as the file system says of the file at `imagePath`.
+  [[nodiscard]] Value fileSize() const;
+  [[nodiscard]] Value rotation() const;
+  /// Pixels, as the info store has them (0.0 where it lacks them).
+  [[nodiscard]] Value imageWidth() const;
+  [[nodiscard]] Value imageHeight() const;
+  /// Width and height of the image; 0 where they are unknown.
+  [[nodiscard]] NSSize imageSize() const;
+  /// The photo's keywords: `Keyword` records, or keys or texts that stand for none. An array,
+  /// empty when there are none; a keyword key that the database does not know is left out.
+  [[nodiscard]] Value keywords() const;
+
+  /// The absolute folder of the photo with its symbolic links resolved. Logs
+  /// "%@ - directory '%@' does not exist for %@" when there is none.
+  [[nodiscard]] std::optional<std::string> directory() const;
+  /// The folder of the image file.
+  [[nodiscard]] std::optional<std::string> _imageDirectory() const;
+  /// The photo's folder relative to the library folder; the empty text for the library folder.
+  [[nodiscard]] std::optional<std::string> relativeDirectory() const;
+  /// The image file's name.
+  [[nodiscard]] std::optional<std::string> _filename() const;
+  [[nodiscard]] std::optional<std::string> filepath() const;
+  /// The image file, where the library lies now.
+  [[nodiscard]] std::optional<std::string> imagePath() const;
+  /// The image file relative to the library folder.
+  [[nodiscard]] std::optional<std::string> filename() const;
+
+  [[nodiscard]] std::string _thumbnailFilename() const;
+  [[nodiscard]] std::optional<std::string> thumbnailDirectory() const;
+  [[nodiscard]] std::optional<std::string> thumbnailPath() const;
+  [[nodiscard]] std::optional<std::string> _originalImageFilename() const;
+  [[nodiscard]] std::optional<std::string> originalImageDirectory() const;
+  [[nodiscard]] std::optional<std::string> originalImagePath() const;
+  /// True when the original has another path than the image; no file is looked at.
+  [[nodiscard]] bool hasBeenEdited() const;
+
+  /// The info store: the photo's own, else the one in the file beside the photo, else the one that
+  /// was handed in. Looked for once. A file that cannot be read as one is logged.
+  [[nodiscard]] Ref<ImageRec> info() const;
+  /// The attributes store, found in the same order; up to library version 149 a missing file is
+  /// logged and gives an empty store.
+  [[nodiscard]] Ref<AttributeMgr> imageAttributes() const;
+  /// The photo's camera values; empty ones when the photo has no camera block. Throws NSException
+  /// for a block that cannot be read, at every call.
+  [[nodiscard]] Ref<TVQiPhotoUserData> exifData() const;
+
+  /// The value that the camera values have for a key which is no operation of the record's; throws
+  /// NSException "NSUnknownKeyException" when they have none either.
+  [[nodiscard]] Value valueForUndefinedKey(std::string_view key) const override;
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view key) const override;
+  /// True when key-value access to this record answers that key.
+  [[nodiscard]] bool respondsToSelector(std::string_view key) const;
+
+  /// "%@: %@, directory = %@, attributes = %@, info = %@".
+  [[nodiscard]] std::string description() const override;
+  [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  void initWithCoder(NSUnarchiver& coder) override;
+  void encodeWithCoder(NSArchiver& coder) const override;
+
+  // Entries of the archived dictionary.
+  static constexpr std::string_view kDirectory = "Directory";
+  static constexpr std::string_view kKey = "Key";
+  static constexpr std::string_view kRoll = "Roll";
+  static constexpr std::string_view kDate = "Date";
+  // Entries of the image info, besides "Roll".
+  static constexpr std::string_view kImagePath = "ImagePath";
+  static constexpr std::string_view kImageOriginalPath = "ImageOriginalPath";
+  static constexpr std::string_view kImageThumbnailPath = "ImageThumbnailPath";
+  static constexpr std::string_view kThumbPath = "ThumbPath";
+  static constexpr std::string_view kOriginalPath = "OriginalPath";
+  static constexpr std::string_view kComment = "Comment";
+  static constexpr std::string_view kCaption = "Caption";
+  static constexpr std::string_view kDateAsTimerInterval = "DateAsTimerInterval";
+  static constexpr std::string_view kModDateAsTimerInterval = "ModDateAsTimerInterval";
+  static constexpr std::string_view kKeywords = "Keywords";
+
+ private:
+  struct OnRequest;
+
+  [[nodiscard]] OnRequest& onRequest() const;
+  [[nodiscard]] Value archived(std::string_view name) const;
+  [[nodiscard]] const Ref<Dictionary>& imageInfo() const;
+  [[nodiscard]] Value imageInfo(std::string_view name) const;
+  void takeFromSource() const;
+  [[nodiscard]] Value attribute(std::string_view name) const;
+  [[nodiscard]] std::optional<std::string> attributeText(std::string_view attributeName,
+                                                         std::string_view infoName) const;
+  [[nodiscard]] std::optional<Date> attributeDate(std::string_view attributeName,
+                                                  std::string_view infoName) const;
+  [[nodiscard]] std::optional<std::string> updated(const std::optional<std::string>& path) const;
+  [[nodiscard]] std::optional<std::string> directoryFromImageInfo() const;
+  [[nodiscard]] Ref<PhotoFolder> folder() const;
+  void loadInfo() const;
+  void loadImageAttributes() const;
+
+  RecordDatabase* _database = nullptr;
+  Ref<Dictionary> _dictionary;
+  mutable Ref<AttributeMgr> _attributes;
+  mutable Ref<ImageRec> _info;
+  Ref<Dictionary> _imageInfo;
+  mutable Ref<PhotoFolder> _directory;
+  // What only some photos are ever asked for.
+  mutable std::unique_ptr<OnRequest> _onRequest;
+  mutable Ref<RecordSource> _source;
+  std::uint32_t _sourcePosition = 0;
+  std::uint32_t _imageKey = 0;
+  bool _hasImageKey = false;
+  mutable bool _infoAttempted = false;
+  // `directory` has passed the image path through the database's `updateImagePath`.
+  mutable bool _updatedImagePath = false;
+  mutable bool _hasBeenEditedIsValid = false;
+  mutable bool _hasBeenEdited = false;
+};
+
+}  // namespace mrziphoto

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "../exif/TVQiPhotoUserData.h"
+#include "ImageRecRef.h"
+
+namespace mrziphoto {
+
+/// What a photo record works out on first request and keeps.
+struct ImageRecRef::OnRequest {
+  Ref<AttributeMgr> _dbAttributes;
+  Ref<ImageRec> _dbInfo;
+  std::optional<std::string> _relativeDirectory;
+  Ref<TVQiPhotoUserData> _exifData;
+};
+
+}  // namespace mrziphoto

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+#include "../platform/Export.h"
+#include "../platform/Object.h"
+
+namespace mrziphoto {
+
+/// A folder of photos, shared by the records whose files lie in it, so that what is learnt about it
+/// from the file system is learnt once and not once a photo.
+class MRZIPHOTO_EXPORT PhotoFolder final : public Object {
+ public:
+  /// The folder at that path, its symbolic links resolved.
+  explicit PhotoFolder(const std::string& path);
+
+  [[nodiscard]] const std::string& path() const { return _path; }
+  /// The folder in which the photos' stores lie: the sub-folder "Data", or the folder itself.
+  [[nodiscard]] std::string storeFolder(bool inDataFolder) const;
+  /// True when the store folder has an entry of that name. The folder is read once, on first
+  /// request.
+  [[nodiscard]] bool holdsStore(bool inDataFolder, std::string_view name) const;
+
+  [[nodiscard]] const Class& objectClass() const override;
+
+ private:
+  struct Listing {
+    bool wasRead = false;
+    std::unordered_set<std::string> names;
+  };
+
+  std::string _path;
+  mutable Listing _listings[2];
+};
+
+}  // namespace mrziphoto

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "../platform/Export.h"
+#include "../platform/List.h"
+#include "../platform/Value.h"
+
+namespace mrziphoto {
+
+class ImageRecRef;
+class Key;
+class Keyword;
+class PhotoFolder;
+
+/// The questions that photo records and albums put to the database that holds them. The database
+/// outlives its records' use of it: it takes itself back (`setDatabase(nullptr)`) before it goes.
+class MRZIPHOTO_EXPORT RecordDatabase {
+ public:
+  /// The library folder.
+  [[nodiscard]] virtual std::string directory() const = 0;
+  /// The folder onto which paths recorded in the album data are mapped; nothing when none is known.
+  [[nodiscard]] virtual std::optional<std::string> archivePath() const = 0;
+  /// A path recorded in the album data, rewritten to where the library lies now. Nothing without a
+  /// catalogue.
+  [[nodiscard]] virtual std::optional<std::string> updateImagePath(
+      const std::string& path) const = 0;
+  /// The folder of a directory key as full path, and relative to the library folder; nothing for an
+  /// unknown key.
+  [[nodiscard]] virtual std::optional<std::string> directoryForKey(const Value& key) const = 0;
+  [[nodiscard]] virtual std::optional<std::string> relativeDirectoryForKey(
+      const Value& key) const = 0;
+  /// The folder of photos at that path, the same object each time.
+  [[nodiscard]] virtual Ref<PhotoFolder> photoFolder(const std::string& path) const = 0;
+
+  /// The keyword of a key (a number or its decimal text), or nothing.
+  [[nodiscard]] virtual Ref<Keyword> keywordForKey(const Value& key) const = 0;
+  /// The photos of these keys, in their order; unknown keys are logged and left out.
+  [[nodiscard]] virtual List<ImageRecRef> photosForKeys(const List<Key>& keys) const = 0;
+  /// The record that stands for a roll; nothing for an unknown key (a `Key` or a number).
+  [[nodiscard]] virtual Ref<ImageRecRef> rollRecRefForKey(const Value& key) const = 0;
+
+  /// The catalogue's version number; 0 without a catalogue.
+  [[nodiscard]] virtual std::int32_t iPhotoLibraryVersion() const = 0;
+  /// The iPhoto generation that wrote the data: "80", "70", "60", "50", "40", "20", "11" or "10".
+  [[nodiscard]] virtual std::string iPhotoDataVersion() const = 0;
+
+ protected:
+  RecordDatabase() = default;
+  RecordDatabase(const RecordDatabase&) = default;
+  RecordDatabase& operator=(const RecordDatabase&) = default;
+  ~RecordDatabase() = default;
+};
+
+}  // namespace mrziphoto
