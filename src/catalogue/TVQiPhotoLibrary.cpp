@@ -1,0 +1,135 @@
+#include "TVQiPhotoLibrary.h"
+
+#include "../photos/RecordDatabase.h"
+#include "../platform/FileManager.h"
+#include "../platform/Log.h"
+#include "../platform/NSException.h"
+#include "../platform/NSUnarchiver.h"
+#include "../platform/Path.h"
+#include "../stream/FourCharacterCode.h"
+#include "../stream/TVQiPhotoCodedStreamData.h"
+#include "CodedFields.h"
+#include "TVQiPhotoLibraryIndexesPrivate.h"
+
+namespace mrziphoto {
+namespace {
+
+constexpr std::string_view kProbe = "iPhotoVersionForFilename:";
+constexpr std::string_view kLibraryDotIPhoto = "Library.iPhoto";
+// The first catalogue version beside which album data lies.
+constexpr std::int32_t kFirstVersionWithAlbumData = 16;
+
+std::int32_t archivedVersion(NSUnarchiver& reader, const std::string& path) {
+  try {
+    return reader.decodeValueOfObjCType("i").intValue();
+  } catch (const NSException& exception) {
+    log("Can't determine archive version of %@ %@ - %@ %@", kProbe, path, exception.name(),
+        exception.reason());
+    return 0;
+  }
+}
+
+std::int32_t codedVersion(const Data& bytes, const std::string& path) {
+  TVQiPhotoCodedStreamData stream(bytes);
+  stream.setShouldSwapMode(TVQStreamData::bigEndian);
+  const std::uint32_t code = stream.readCode();
+  if (code != kVersionSection) {
+    log("Can't determine stream version of %@ %@ - wrong header code %@", kProbe, path,
+        fourCharacterText(code));
+    return 0;
+  }
+  try {
+    return stream.readCodedInt();
+  } catch (const NSException& exception) {
+    log("Can't determine stream version of %@ %@ - %@ %@", kProbe, path, exception.name(),
+        exception.reason());
+    return 0;
+  }
+}
+
+std::int32_t versionOf(const Data& bytes, const std::string& path) {
+  const auto reader = NSUnarchiver::initForReadingWithData(bytes);
+  return reader ? archivedVersion(*reader, path) : codedVersion(bytes, path);
+}
+
+Data contentsOrNone(const std::string& path) {
+  return FileManager::contents(path).value_or(Data());
+}
+
+}  // namespace
+
+const Class TVQiPhotoLibrary::kClass{"TVQiPhotoLibrary"};
+
+TVQiPhotoLibrary::TVQiPhotoLibrary() = default;
+
+TVQiPhotoLibrary::~TVQiPhotoLibrary() {
+  // No record or album may keep a reference to a database that could go before it.
+  setDatabase(nullptr);
+  removeAllAlbums();
+}
+
+Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::init() {
+  Ref<TVQiPhotoLibrary> library = Ref<TVQiPhotoLibrary>::adopt(new TVQiPhotoLibrary);
+  library->_imageRecRefs = List<ImageRecRef>::makeEmpty();
+  library->_keywordList = List<Keyword>::makeEmpty();
+  return library;
+}
+
+std::int32_t TVQiPhotoLibrary::iPhotoVersionForFilename(const std::string& path) {
+  return versionOf(contentsOrNone(path), path);
+}
+
+Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::initWithContentsOfFile(const std::string& path) {
+  const std::string folder = path::withoutLastComponent(path);
+  const std::string file = FileManager::exists(path) ? path : path::join(folder, kLibraryDotIPhoto);
+  const Data bytes = contentsOrNone(file);
+  Ref<TVQiPhotoLibrary> library = Ref<TVQiPhotoLibrary>::adopt(new TVQiPhotoLibrary);
+  library->_version = versionOf(bytes, file);
+  library->_loadedFrom = file;
+  try {
+    if (!library->initWithData(bytes)) {
+      return {};
+    }
+    if (library->libraryVersion() >= kFirstVersionWithAlbumData) {
+      library->loadFromXML(folder);
+    }
+  } catch (const NSException& exception) {
+    log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+    return {};
+  }
+  return library;
+}
+
+const std::string& TVQiPhotoLibrary::directory() const {
+  if (!_directory) {
+    _directory =
+        _database != nullptr ? _database->directory() : path::withoutLastComponent(_loadedFrom);
+  }
+  return *_directory;
+}
+
+void TVQiPhotoLibrary::setDatabase(RecordDatabase* database) {
+  _database = database;
+  for (const List<ImageRecRef>& records : {_imageRecRefs, _photoImageRecRefs, _rollImageRecRefs}) {
+    for (const Ref<ImageRecRef>& record : records) {
+      record->setDatabase(database);
+    }
+  }
+  for (const Ref<Album>& album : _albums) {
+    album->setDatabase(database);
+  }
+  if (_archiveAlbum) {
+    _archiveAlbum->setDatabase(database);
+  }
+}
+
+std::string TVQiPhotoLibrary::description() const {
+  const Value store = _keywords.isNothing() ? _keywordList.value() : _keywords;
+  return format(
+      "version = %d, nextImageKey = %@, nextRollKey = %@, flag1 = %d, flag2 = %d, "
+      "imagesDate1 = %@, imageRecRefs = %@, keywords = %@, nextKeywordKey = %@",
+      _version, _nextImageKey, _nextRollKey, flag1 ? 1 : 0, flag2 ? 1 : 0, _imagesDate1,
+      _imageRecRefs.value(), store, _nextKeywordKey);
+}
+
+}  // namespace mrziphoto

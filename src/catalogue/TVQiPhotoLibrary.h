@@ -1,0 +1,169 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "../albums/Album.h"
+#include "../albums/ArchiveAlbum.h"
+#include "../albums/Keyword.h"
+#include "../albums/RollAlbum.h"
+#include "../photos/ImageRecRef.h"
+#include "../photos/Key.h"
+#include "../platform/Data.h"
+#include "../platform/Export.h"
+#include "../platform/List.h"
+#include "../platform/Object.h"
+
+namespace mrziphoto {
+
+class RecordDatabase;
+class TVQiPhotoCodedStreamData;
+
+/// The catalogue of one library, as its files hold it: image records, rolls, albums and keywords.
+///
+/// Lists are answered themselves, not as copies: what is added later shows in them. Every record
+/// and album in them is the catalogue's; a host may keep a reference, but a record that outlives
+/// its catalogue has no database any more.
+class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
+ public:
+  static const Class kClass;
+
+  ~TVQiPhotoLibrary() override;
+
+  /// The catalogue version of a catalogue file, read from its first bytes; 0 when the file does not
+  /// tell it, and the log says why. Throws NSException for a file too short to hold anything.
+  static std::int32_t iPhotoVersionForFilename(const std::string& path);
+  /// The catalogue of a file (of "Library.iPhoto" in the same folder where that file is missing)
+  /// and, above version 15, of "AlbumData.xml" beside it. Nothing when either cannot be decoded;
+  /// the log says why.
+  static Ref<TVQiPhotoLibrary> initWithContentsOfFile(const std::string& path);
+  /// An empty catalogue.
+  static Ref<TVQiPhotoLibrary> init();
+
+  [[nodiscard]] std::int32_t libraryVersion() const { return _version; }
+  /// The folder that holds the library; fixed by the first call.
+  [[nodiscard]] const std::string& directory() const;
+  /// The folder in which the library lies now, onto which recorded paths are mapped; nothing when
+  /// no album data was read.
+  [[nodiscard]] const std::optional<std::string>& archivePath() const { return _archivePath; }
+
+  /// The database is not owned; it is handed on to every record and album.
+  void setDatabase(RecordDatabase* database);
+  [[nodiscard]] RecordDatabase* database() const { return _database; }
+
+  /// The records with a roll key, in load order.
+  [[nodiscard]] const List<ImageRecRef>& photos() const;
+  /// The records without a roll key, which stand for rolls, in load order.
+  [[nodiscard]] const List<ImageRecRef>& rollRecRefs() const;
+  /// Makes those of the two lists above that do not exist yet.
+  void _makePhotoArrays() const;
+  /// The first photo whose key equals this one; nothing when none does.
+  [[nodiscard]] Ref<ImageRecRef> photoForKey(const Ref<Key>& key) const;
+  /// The photos of these keys in order; a key that finds none is left out, and logged as
+  /// "No photo for key: %@".
+  [[nodiscard]] List<ImageRecRef> photosForKeys(const List<Key>& keys) const;
+  /// The first roll record whose key equals this one, a `Key` or a number; nothing when none does,
+  /// and for arguments of any other kind.
+  [[nodiscard]] Ref<ImageRecRef> rollRecRefForKey(const Value& key) const;
+
+  /// The archive album's rolls; nothing without an archive album.
+  [[nodiscard]] List<RollAlbum> rolls() const;
+  [[nodiscard]] std::uint32_t numberOfRolls() const;
+  /// Hands a roll to the archive album; dropped when there is none.
+  void addRoll(Ref<RollAlbum> roll);
+
+  [[nodiscard]] const List<Album>& albums() const { return _albums; }
+  [[nodiscard]] std::uint32_t numberOfAlbums() const;
+  void addAlbum(const Ref<Album>& album);
+  void addAlbums(const List<Album>& albums);
+  /// `position` lies between 0, the front, and `numberOfAlbums`; others are brought into that
+  /// range.
+  void insertAlbumAtIndex(const Ref<Album>& album, std::int32_t position);
+  void removeAllAlbums();
+
+  /// The keywords; nothing without a keyword store.
+  [[nodiscard]] List<Keyword> keywords() const;
+  [[nodiscard]] std::uint32_t numberOfKeywords() const;
+  /// Appends to a keyword store that is a list.
+  void addKeyword(Ref<Keyword> keyword);
+  /// The first keyword whose key number equals the integer value of `key`, a number or a decimal
+  /// text; nothing when none does.
+  [[nodiscard]] Ref<Keyword> keywordForKey(const Value& key) const;
+  /// The keywords that the store finds for these key numbers, in order; a store that is a list
+  /// finds none.
+  [[nodiscard]] List<Keyword> keywordsForKeys(const Array& keys) const;
+
+  /// A path under the folder where the library was recorded to lie, moved to where it lies now; any
+  /// other path unchanged.
+  [[nodiscard]] std::string updateImagePath(const std::string& path) const;
+
+  /// The catalogue's fields as one text, with every image record.
+  [[nodiscard]] std::string description() const override;
+  [[nodiscard]] const Class& objectClass() const override { return kClass; }
+
+ private:
+  class RecordIndex;
+  class KeywordIndex;
+
+  TVQiPhotoLibrary();
+  [[nodiscard]] const RecordIndex& photoIndex() const;
+  [[nodiscard]] const RecordIndex& rollIndex() const;
+
+  /// Takes in the catalogue file's bytes, laid out by `_version`. False, and a log line, for bytes
+  /// that cannot be decoded: the catalogue is then of no use.
+  [[nodiscard]] bool initWithData(const Data& bytes);
+  /// Takes in "AlbumData.xml" of a folder. Throws NSException for a file that is no property list.
+  void loadFromXML(const std::string& folder);
+  void setKeywordStore(const Value& store);
+
+  // The section walk.
+  void decodeSections(TVQiPhotoCodedStreamData& stream);
+  void readArchivedHeader(TVQiPhotoCodedStreamData& stream);
+  struct Section;
+  void readSection(TVQiPhotoCodedStreamData& stream, const Section& section,
+                   std::uint32_t& imageRecordCount);
+  void _readRollDataFromStreamRange(const TVQiPhotoCodedStreamData& stream, std::uint32_t location,
+                                    std::uint32_t length);
+  void _readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamData& stream, std::uint32_t location,
+                                     std::uint32_t length);
+  void readImageRecords(TVQiPhotoCodedStreamData& stream, std::uint32_t count);
+
+  // The album data.
+  void takeArchivePath(const std::optional<std::string>& recorded, const std::string& folder);
+  void loadImageRecords(const Value& masterImageList);
+  void loadAlbums(const Value& listOfAlbums);
+  void loadRolls(const Value& listOfRolls);
+  void loadKeywords(const Value& listOfKeywords);
+
+  RecordDatabase* _database = nullptr;
+  std::string _loadedFrom;
+  mutable std::optional<std::string> _directory;
+  std::optional<std::string> _archivePath;
+  std::optional<std::string> _lastArchivePath;
+  std::int32_t _version = 0;
+  Value _nextImageKey;
+  Value _nextRollKey;
+  bool flag1 = false;
+  bool flag2 = false;
+  Value _imagesDate1;
+  List<ImageRecRef> _imageRecRefs;
+  mutable List<ImageRecRef> _rollImageRecRefs;
+  mutable List<ImageRecRef> _photoImageRecRefs;
+  // A `KeywordMgr` from the catalogue file, or whatever stood in its place there; nothing when the
+  // store is the list below.
+  Value _keywords;
+  List<Keyword> _keywordList;
+  Value _nextKeywordKey;
+  Value _xmlAlbumData;
+  List<Album> _albums = List<Album>::makeEmpty();
+  Ref<ArchiveAlbum> _archiveAlbum;
+
+  // Answers of the linear walks, found by number.
+  mutable std::unique_ptr<RecordIndex> _photoIndex;
+  mutable std::unique_ptr<RecordIndex> _rollIndex;
+  mutable std::unique_ptr<KeywordIndex> _keywordIndex;
+};
+
+}  // namespace mrziphoto

@@ -1,0 +1,105 @@
+// What "AlbumData.xml" adds to a catalogue.
+
+#include "../albums/ArchiveAlbum.h"
+#include "../platform/Array.h"
+#include "../platform/Dictionary.h"
+#include "../platform/FileManager.h"
+#include "../platform/Log.h"
+#include "../platform/Path.h"
+#include "../platform/PropertyList.h"
+#include "TVQiPhotoLibrary.h"
+#include "TVQiPhotoLibraryIndexesPrivate.h"
+
+namespace mrziphoto {
+namespace {
+
+constexpr std::string_view kAlbumDataFile = "AlbumData.xml";
+constexpr std::string_view kMasterImageList = "Master Image List";
+constexpr std::string_view kArchivePath = "Archive Path";
+constexpr std::string_view kListOfAlbums = "List of Albums";
+constexpr std::string_view kListOfRolls = "List of Rolls";
+constexpr std::string_view kListOfKeywords = "List of Keywords";
+
+/// Calls `use` for every dictionary in an array of them.
+template <class Use>
+void forEachDictionary(const Value& list, Use&& use) {
+  if (const Ref<Array> array = list.array()) {
+    for (const Value& element : *array) {
+      if (const Ref<Dictionary> dictionary = element.dictionary()) {
+        use(*dictionary);
+      }
+    }
+  }
+}
+
+}  // namespace
+
+void TVQiPhotoLibrary::loadFromXML(const std::string& folder) {
+  const std::optional<Data> bytes = FileManager::contents(path::join(folder, kAlbumDataFile));
+  _xmlAlbumData = bytes ? propertyListFromData(*bytes) : Value();
+  const Ref<Dictionary> top = _xmlAlbumData.dictionary();
+  const auto entry = [&top](std::string_view name) { return top ? top->get(name) : Value(); };
+
+  takeArchivePath(entry(kArchivePath).text(), folder);
+  loadImageRecords(entry(kMasterImageList));
+  if (numberOfAlbums() == 0) {
+    loadAlbums(entry(kListOfAlbums));
+  }
+  if (numberOfRolls() == 0) {
+    loadRolls(entry(kListOfRolls));
+  }
+  if (numberOfKeywords() == 0) {
+    loadKeywords(entry(kListOfKeywords));
+  }
+}
+
+void TVQiPhotoLibrary::takeArchivePath(const std::optional<std::string>& recorded,
+                                       const std::string& folder) {
+  _lastArchivePath = recorded;
+  if (recorded != folder) {
+    log("Using %@ instead of %@ as the archive path", folder, recorded);
+  }
+  _archivePath = folder;
+}
+
+void TVQiPhotoLibrary::loadImageRecords(const Value& masterImageList) {
+  const Ref<Dictionary> images = masterImageList.dictionary();
+  List<ImageRecRef>::Items records;
+  if (images) {
+    records.reserve(images->size());
+    for (const Dictionary::Entry& image : *images) {
+      const Ref<ImageRecRef> record = ImageRecRef::init();
+      record->setImageInfoForKeyString(image.value.dictionary(), image.key.text());
+      records.push_back(record);
+    }
+  }
+  _imageRecRefs = List<ImageRecRef>(std::move(records));
+}
+
+void TVQiPhotoLibrary::loadAlbums(const Value& listOfAlbums) {
+  forEachDictionary(listOfAlbums, [this](const Dictionary& albumData) {
+    addAlbum(Album::initWithDictionary<Album>(albumData));
+  });
+}
+
+void TVQiPhotoLibrary::loadRolls(const Value& listOfRolls) {
+  _archiveAlbum = Album::init<ArchiveAlbum>();
+  forEachDictionary(listOfRolls, [this](const Dictionary& albumData) {
+    addRoll(Album::initWithDictionary<RollAlbum>(albumData));
+  });
+}
+
+void TVQiPhotoLibrary::loadKeywords(const Value& listOfKeywords) {
+  _keywords = {};
+  _keywordList = List<Keyword>::makeEmpty();
+  _keywordIndex.reset();
+  if (const Ref<Dictionary> keywords = listOfKeywords.dictionary()) {
+    for (const Dictionary::Entry& keyword : *keywords) {
+      addKeyword(Keyword::initWithDictionary(
+          Dictionary{{Keyword::kString, keyword.value},
+                     {Keyword::kKey, Key::initWithKeyString(keyword.key.text())}}));
+    }
+  }
+}
+
+}  // namespace mrziphoto

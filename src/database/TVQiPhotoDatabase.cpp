@@ -1,0 +1,196 @@
+#include "TVQiPhotoDatabase.h"
+
+#include <algorithm>
+#include <array>
+
+#include "../platform/Bundle.h"
+#include "../platform/FileManager.h"
+#include "../platform/Log.h"
+#include "../platform/NSException.h"
+#include "../platform/Path.h"
+#include "../platform/UserDefaults.h"
+#include "../platform/Workspace.h"
+
+namespace mrziphoto {
+namespace {
+
+constexpr std::string_view kDumpDefault = "DumpiPhotoDatabase";
+
+// Catalogue versions at which the library's files change.
+constexpr std::int32_t kOldestSupported = 15;
+constexpr std::int32_t kFirstWithLibrary6 = 51;
+constexpr std::int32_t kLastWithDirectories = 100;
+
+/// A data version and the lowest catalogue version that has it.
+struct DataVersion {
+  std::int32_t lowest;
+  std::string_view text;
+};
+
+// The generations below these are told apart by the files in the folder.
+constexpr std::array kDataVersions{
+    DataVersion{150, "80"},
+    DataVersion{101, "70"},
+    DataVersion{51, "60"},
+    DataVersion{25, "50"},
+};
+constexpr std::int32_t kLowestWithThumbnailFiles = 13;
+// The first data version whose albums stand in the catalogue and not in files of their own.
+constexpr std::int32_t kFirstWithoutAlbumFiles = 50;
+
+bool isFile(const std::string& path) {
+  return FileManager::exists(path) && !FileManager::isFolder(path);
+}
+
+}  // namespace
+
+const Class TVQiPhotoDatabase::kClass{"TVQiPhotoDatabase"};
+
+TVQiPhotoDatabase::~TVQiPhotoDatabase() {
+  // Records and albums that a host still holds outlive the database without it.
+  if (_library) {
+    _library->setDatabase(nullptr);
+  }
+}
+
+Ref<TVQiPhotoDatabase> TVQiPhotoDatabase::iPhotoDatabase() {
+  return initWithContentsOfDirectory(
+      path::join(path::join(FileManager::homeFolder(), "Pictures"), "iPhoto Library"));
+}
+
+Ref<TVQiPhotoDatabase> TVQiPhotoDatabase::initWithContentsOfDirectory(const std::string& path) {
+  const Ref<TVQiPhotoDatabase> database = Ref<TVQiPhotoDatabase>::adopt(new TVQiPhotoDatabase);
+  database->_rootDirectory = path::standardized(path);
+  try {
+    database->_loadWithContentsOfRootDirectory();
+  } catch (const NSException& exception) {
+    log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+    return {};
+  }
+  if (UserDefaults::boolForKey(kDumpDefault)) {
+    database->writeDump();
+  }
+  return database;
+}
+
+void TVQiPhotoDatabase::writeDump() const {
+  const std::string file =
+      path::join(FileManager::temporaryFolder(), format("iPhoto-v%d", iPhotoLibraryVersion()));
+  FileManager::writeAtomically(file, catalogueDescription().value_or(""));
+  log("Wrote iPhoto database dump to %@", file);
+}
+
+std::string TVQiPhotoDatabase::inLibrary(std::string_view name) const {
+  return path::join(_rootDirectory, name);
+}
+
+std::string TVQiPhotoDatabase::libraryDataFilename() const {
+  std::string file = inLibrary("Library.iPhoto");
+  return FileManager::exists(file) ? file : inLibrary("Library.data");
+}
+
+std::string TVQiPhotoDatabase::library6DataFilename() const { return inLibrary("Library6.iPhoto"); }
+
+std::string TVQiPhotoDatabase::currentLibraryDataFilename() const {
+  return iPhotoLibraryVersion() >= kFirstWithLibrary6 ? library6DataFilename()
+                                                      : libraryDataFilename();
+}
+
+std::string TVQiPhotoDatabase::directoriesDataFilename() const { return inLibrary("Dir.data"); }
+
+std::string TVQiPhotoDatabase::albumDataDirectory() const { return inLibrary("Albums"); }
+
+std::string TVQiPhotoDatabase::albumDataFile() const { return inLibrary("AlbumData.xml"); }
+
+std::optional<Date> TVQiPhotoDatabase::_timestampForFilename(const std::string& path) {
+  return FileManager::modificationDate(path);
+}
+
+void TVQiPhotoDatabase::_loadWithContentsOfRootDirectory() {
+  std::string file = libraryDataFilename();
+  const std::int32_t version = isFile(file) ? TVQiPhotoLibrary::iPhotoVersionForFilename(file) : 0;
+  if (version < kOldestSupported) {
+    NSException::raise(kNSInvalidArgumentException,
+                       "iPhoto Library not supported before iPhoto 4 for '%@'", file);
+  }
+  if (version >= kFirstWithLibrary6) {
+    file = library6DataFilename();
+  }
+  loadCatalogue(file);
+  if (version <= kLastWithDirectories) {
+    loadDirectories();
+  } else {
+    _directories = TVQiPhotoDirectories::init();
+  }
+  _loadAlbumData();
+
+  if (_library) {
+    _library->setDatabase(this);
+  }
+  if (_directories) {
+    _directories->setDatabase(this);
+  }
+  if (_photoLibrary != nullptr) {
+    _photoLibrary->setDatabase(this);
+  }
+}
+
+void TVQiPhotoDatabase::loadCatalogue(const std::string& path) {
+  if (!isFile(path)) {
+    NSException::raise(kNSInvalidArgumentException, "iPhoto Library does not exist at '%@'", path);
+  }
+  _library = TVQiPhotoLibrary::initWithContentsOfFile(path);
+  libraryTimestamp = _timestampForFilename(path);
+}
+
+void TVQiPhotoDatabase::loadDirectories() {
+  const std::string file = directoriesDataFilename();
+  if (!isFile(file)) {
+    NSException::raise(kNSInternalInconsistencyException,
+                       "iPhoto Library component does not exist at '%@'", file);
+  }
+  _directories = TVQiPhotoDirectories::initWithContentsOfFile(file);
+  directoriesTimestamp = _timestampForFilename(file);
+}
+
+void TVQiPhotoDatabase::_loadAlbumData() {
+  if (Value(iPhotoDataVersion()).intValue() < kFirstWithoutAlbumFiles) {
+    _loadV4AlbumData();
+  }
+}
+
+const std::string& TVQiPhotoDatabase::iPhotoVersion() const {
+  if (!_iPhotoVersion) {
+    const std::optional<std::string> application = Workspace::fullPathForApplication("iPhoto");
+    const auto bundle = application ? Bundle::withPath(*application) : nullptr;
+    _iPhotoVersion =
+        bundle
+            ? bundle->infoDictionaryValue("CFBundleShortVersionString").text().value_or("Unknown")
+            : "iPhoto Not Present";
+  }
+  return *_iPhotoVersion;
+}
+
+std::int32_t TVQiPhotoDatabase::iPhotoLibraryVersion() const {
+  return _library ? _library->libraryVersion() : 0;
+}
+
+std::string TVQiPhotoDatabase::iPhotoDataVersion() const {
+  if (_iPhotoDataVersion) {
+    return *_iPhotoDataVersion;
+  }
+  const std::int32_t version = iPhotoLibraryVersion();
+  const auto* const row = std::ranges::find_if(
+      kDataVersions, [version](const DataVersion& each) { return version >= each.lowest; });
+  if (row != kDataVersions.end()) {
+    _iPhotoDataVersion = row->text;
+  } else if (version >= kLowestWithThumbnailFiles) {
+    _iPhotoDataVersion = FileManager::exists(inLibrary("Thumb32.data")) ? "40" : "20";
+  } else {
+    const bool rotates = FileManager::exists(path::join(albumDataDirectory(), "Pending Rotation"));
+    _iPhotoDataVersion = rotates ? "11" : "10";
+  }
+  return *_iPhotoDataVersion;
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,114 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "../albums/Album.h"
+#include "../albums/Keyword.h"
+#include "../albums/RollAlbum.h"
+#include "../catalogue/TVQiPhotoLibrary.h"
+#include "../directories/TVQiPhotoDirectories.h"
+#include "../photos/ImageRecRef.h"
+#include "../photos/PhotoFolder.h"
+#include "../photos/RecordDatabase.h"
+#include "../platform/Date.h"
+#include "../platform/Export.h"
+#include "../platform/List.h"
+#include "../platform/Object.h"
+
+namespace mrziphoto {
+
+/// One open iPhoto library folder: the entry to everything that the library holds. Nothing is ever
+/// written to the folder.
+///
+/// A database and all that is reached from it belong to one thread at a time; two databases may
+/// live in two threads. Lists are nothing, which walks like an empty list, while the library has no
+/// catalogue.
+class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDatabase {
+ public:
+  static const Class kClass;
+
+  ~TVQiPhotoDatabase() override;
+
+  /// The default library, the folder "iPhoto Library" in the folder "Pictures" of the user's home
+  /// folder; nothing when it cannot be opened.
+  static Ref<TVQiPhotoDatabase> iPhotoDatabase();
+  /// The library in the folder at `path`; nothing when it cannot be opened. The log says why.
+  static Ref<TVQiPhotoDatabase> initWithContentsOfDirectory(const std::string& path);
+
+  /// The library folder, in its standard form.
+  [[nodiscard]] std::string directory() const override { return _rootDirectory; }
+  /// Full paths of the library's files, whether or not they exist; "Library.iPhoto" where there is
+  /// such a file, else "Library.data".
+  [[nodiscard]] std::string libraryDataFilename() const;
+  [[nodiscard]] std::string library6DataFilename() const;
+  /// The catalogue file that fits the loaded catalogue's version.
+  [[nodiscard]] std::string currentLibraryDataFilename() const;
+  [[nodiscard]] std::string directoriesDataFilename() const;
+  [[nodiscard]] std::string albumDataDirectory() const;
+  [[nodiscard]] std::string albumDataFile() const;
+  [[nodiscard]] std::optional<std::string> archivePath() const override;
+
+  /// The version of the iPhoto application on this machine; "iPhoto Not Present" without one.
+  [[nodiscard]] const std::string& iPhotoVersion() const;
+  /// The catalogue's version number; 0 without a catalogue.
+  [[nodiscard]] std::int32_t iPhotoLibraryVersion() const override;
+  /// The iPhoto generation that wrote the data: "80", "70", "60", "50", "40", "20", "11" or "10".
+  /// Worked out once.
+  [[nodiscard]] std::string iPhotoDataVersion() const override;
+
+  /// The albums, in the library's order.
+  [[nodiscard]] List<Album> albums() const;
+  /// The rolls, one album each.
+  [[nodiscard]] List<RollAlbum> rolls() const;
+  [[nodiscard]] List<Keyword> keywords() const;
+  [[nodiscard]] Ref<Keyword> keywordForKey(const Value& key) const override;
+  /// The photos, in the library's order.
+  [[nodiscard]] List<ImageRecRef> photos() const;
+  [[nodiscard]] List<ImageRecRef> photosForKeys(const List<Key>& keys) const override;
+  /// The first photo with that key; nothing when there is none.
+  [[nodiscard]] Ref<ImageRecRef> photoForKey(const Ref<Key>& key) const;
+  [[nodiscard]] Ref<ImageRecRef> rollRecRefForKey(const Value& key) const override;
+  /// The records that stand for rolls.
+  [[nodiscard]] List<ImageRecRef> rollRecRefs() const;
+  [[nodiscard]] std::optional<std::string> relativeDirectoryForKey(const Value& key) const override;
+  [[nodiscard]] std::optional<std::string> directoryForKey(const Value& key) const override;
+  [[nodiscard]] std::optional<std::string> updateImagePath(const std::string& path) const override;
+  [[nodiscard]] Ref<PhotoFolder> photoFolder(const std::string& path) const override;
+  void addAlbum(const Ref<Album>& album);
+  void insertAlbumAtIndex(const Ref<Album>& album, std::int32_t position);
+  void removeAllAlbums();
+
+  /// The catalogue's description; nothing without a catalogue.
+  [[nodiscard]] std::optional<std::string> catalogueDescription() const;
+  [[nodiscard]] const Class& objectClass() const override { return kClass; }
+
+ private:
+  TVQiPhotoDatabase() = default;
+
+  [[nodiscard]] std::string inLibrary(std::string_view name) const;
+  void _loadWithContentsOfRootDirectory();
+  void loadCatalogue(const std::string& path);
+  void loadDirectories();
+  void _loadAlbumData();
+  void _loadV4AlbumData();
+  void writeDump() const;
+  [[nodiscard]] static std::optional<Date> _timestampForFilename(const std::string& path);
+
+  std::string _rootDirectory;
+  Ref<TVQiPhotoLibrary> _library;
+  Ref<TVQiPhotoDirectories> _directories;
+  // Owned by the catalogue's album list.
+  Album* _photoLibrary = nullptr;
+  Album* _lastImport = nullptr;
+  std::optional<Date> libraryTimestamp;
+  std::optional<Date> directoriesTimestamp;
+  mutable std::optional<std::string> _iPhotoVersion;
+  mutable std::optional<std::string> _iPhotoDataVersion;
+  mutable std::unordered_map<std::string, Ref<PhotoFolder>> _photoFolders;
+};
+
+}  // namespace mrziphoto

@@ -1,0 +1,97 @@
+// The questions that a database passes on to what it holds.
+
+#include "../platform/Path.h"
+#include "TVQiPhotoDatabase.h"
+
+namespace mrziphoto {
+
+List<Album> TVQiPhotoDatabase::albums() const {
+  return _library ? _library->albums() : List<Album>();
+}
+
+List<RollAlbum> TVQiPhotoDatabase::rolls() const {
+  // The photo-library album of an iPhoto 4 library knows its rolls better than the catalogue. An
+  // album file may hold an album of another kind, which has no rolls.
+  if (_photoLibrary != nullptr) {
+    const auto* archive = dynamic_cast<const ArchiveAlbum*>(_photoLibrary);
+    return archive != nullptr ? archive->rolls() : List<RollAlbum>();
+  }
+  return _library ? _library->rolls() : List<RollAlbum>();
+}
+
+List<Keyword> TVQiPhotoDatabase::keywords() const {
+  return _library ? _library->keywords() : List<Keyword>();
+}
+
+Ref<Keyword> TVQiPhotoDatabase::keywordForKey(const Value& key) const {
+  return _library ? _library->keywordForKey(key) : Ref<Keyword>();
+}
+
+List<ImageRecRef> TVQiPhotoDatabase::photos() const {
+  return _library ? _library->photos() : List<ImageRecRef>();
+}
+
+List<ImageRecRef> TVQiPhotoDatabase::photosForKeys(const List<Key>& keys) const {
+  return _library ? _library->photosForKeys(keys) : List<ImageRecRef>();
+}
+
+Ref<ImageRecRef> TVQiPhotoDatabase::photoForKey(const Ref<Key>& key) const {
+  return _library ? _library->photoForKey(key) : Ref<ImageRecRef>();
+}
+
+Ref<ImageRecRef> TVQiPhotoDatabase::rollRecRefForKey(const Value& key) const {
+  return _library ? _library->rollRecRefForKey(key) : Ref<ImageRecRef>();
+}
+
+List<ImageRecRef> TVQiPhotoDatabase::rollRecRefs() const {
+  return _library ? _library->rollRecRefs() : List<ImageRecRef>();
+}
+
+std::optional<std::string> TVQiPhotoDatabase::relativeDirectoryForKey(const Value& key) const {
+  return _directories ? _directories->directoryForKey(key) : std::nullopt;
+}
+
+std::optional<std::string> TVQiPhotoDatabase::directoryForKey(const Value& key) const {
+  const std::optional<std::string> relative = relativeDirectoryForKey(key);
+  return relative ? std::optional(path::join(_rootDirectory, *relative)) : std::nullopt;
+}
+
+std::optional<std::string> TVQiPhotoDatabase::updateImagePath(const std::string& path) const {
+  return _library ? std::optional(_library->updateImagePath(path)) : std::nullopt;
+}
+
+std::optional<std::string> TVQiPhotoDatabase::archivePath() const {
+  return _library ? _library->archivePath() : std::nullopt;
+}
+
+std::optional<std::string> TVQiPhotoDatabase::catalogueDescription() const {
+  return _library ? std::optional(_library->description()) : std::nullopt;
+}
+
+Ref<PhotoFolder> TVQiPhotoDatabase::photoFolder(const std::string& path) const {
+  Ref<PhotoFolder>& folder = _photoFolders[path];
+  if (!folder) {
+    folder = make<PhotoFolder>(path);
+  }
+  return folder;
+}
+
+void TVQiPhotoDatabase::addAlbum(const Ref<Album>& album) {
+  if (_library) {
+    _library->addAlbum(album);
+  }
+}
+
+void TVQiPhotoDatabase::insertAlbumAtIndex(const Ref<Album>& album, std::int32_t position) {
+  if (_library) {
+    _library->insertAlbumAtIndex(album, position);
+  }
+}
+
+void TVQiPhotoDatabase::removeAllAlbums() {
+  if (_library) {
+    _library->removeAllAlbums();
+  }
+}
+
+}  // namespace mrziphoto
