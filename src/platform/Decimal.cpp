@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <string_view>
 
@@ -13,6 +14,9 @@ namespace mrziphoto {
 namespace {
 
 using Wide = unsigned __int128;
+
+// No number that means anything has more; a broken file must not fill the memory with them.
+constexpr std::int64_t kMostZeros = 400;
 
 Wide magnitude(std::int64_t value) {
   const auto bits = static_cast<std::uint64_t>(value);
@@ -40,8 +44,8 @@ Decimal Decimal::fromDouble(double value) {
   const char* end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
                                   std::chars_format::scientific)
                         .ptr;
-  const std::string_view text(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
-  const std::string_view digits = text.substr(0, text.find('e'));
+  const std::string_view written(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
+  const std::string_view digits = written.substr(0, written.find('e'));
   Decimal result;
   const char* exponent = digits.data() + digits.size() + 1;
   std::from_chars(exponent + (*exponent == '+' ? 1 : 0), end, result.exponent);
@@ -61,7 +65,11 @@ double Decimal::doubleValue() const {
   // Through the text, which is rounded once; powers of ten would round twice.
   const std::string text = std::to_string(mantissa) + 'e' + std::to_string(exponent);
   double result = 0;
-  std::from_chars(text.data(), text.data() + text.size(), result);
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), result);
+  if (read.ec == std::errc::result_out_of_range && exponent > 0) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    return mantissa < 0 ? -kInfinity : kInfinity;
+  }
   return result;
 }
 
@@ -69,7 +77,9 @@ std::string Decimal::description() const {
   const Decimal number = normalized();
   const bool negative = number.mantissa < 0;
   std::string digits = std::to_string(number.mantissa).substr(negative ? 1 : 0);
-  if (number.exponent >= 0) {
+  if (std::abs(static_cast<std::int64_t>(number.exponent)) > kMostZeros) {
+    digits += 'e' + std::to_string(number.exponent);
+  } else if (number.exponent >= 0) {
     digits.append(static_cast<std::size_t>(number.exponent), '0');
   } else {
     const auto places = static_cast<std::size_t>(-static_cast<std::int64_t>(number.exponent));
@@ -86,7 +96,7 @@ Decimal Decimal::normalized() const {
     return {};
   }
   Decimal result = *this;
-  while (result.mantissa % 10 == 0) {
+  while (result.mantissa % 10 == 0 && result.exponent < std::numeric_limits<std::int32_t>::max()) {
     result.mantissa /= 10;
     ++result.exponent;
   }

@@ -19,7 +19,7 @@ struct MRZIPHOTO_EXPORT Decimal {
   static Decimal fromDouble(double value);
 
   [[nodiscard]] double doubleValue() const;
-  /// Plain decimal digits: "2.8", "0.03", "100".
+  /// Plain decimal digits: "2.8", "0.03", "100"; with more than 400 zeros "1e401".
   [[nodiscard]] std::string description() const;
   /// The same number without trailing zeros in its mantissa; equal numbers have one such form.
   [[nodiscard]] Decimal normalized() const;

@@ -1,0 +1,18 @@
+#include "SettingDescriptions.h"
+
+#include "../platform/Bundle.h"
+#include "../platform/Format.h"
+#include "../resources/TVQiPhotoFramework.h"
+
+namespace mrziphoto {
+
+std::string describeSetting(const SettingTexts& setting, std::uint16_t code) {
+  const auto localized = [&setting](std::string_view key) {
+    return TVQiPhotoFramework::bundle()->localizedStringForKey(key, setting.stringTable);
+  };
+  const auto found = std::ranges::find(setting.texts, code, &SettingText::code);
+  return found != setting.texts.end() ? localized(found->text)
+                                      : format(localized(setting.otherFormat), code);
+}
+
+}  // namespace mrziphoto

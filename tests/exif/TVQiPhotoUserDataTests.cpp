@@ -1,0 +1,204 @@
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <MRZiPhoto/exif/CameraRecords.h>
+#include <MRZiPhoto/exif/TVQiPhotoUserData.h>
+#include <MRZiPhoto/platform/Log.h>
+#include <MRZiPhoto/platform/NSException.h>
+
+#include "sample/ExifBlockWriter.h"
+
+namespace mrziphoto {
+namespace {
+
+using sample::ExifBlockWriter;
+
+constexpr std::uint32_t kMaker = cameraRecordCode("maker");
+constexpr std::uint32_t kModel = cameraRecordCode("model");
+constexpr std::uint32_t kAperture = cameraRecordCode("aperture");
+constexpr std::uint32_t kExposure = cameraRecordCode("exposure");
+constexpr std::uint32_t kIsoSpeed = cameraRecordCode("isoSpeed");
+constexpr std::uint32_t kFocalLength = cameraRecordCode("focalLength");
+constexpr std::uint32_t kApertureValue = 0x65789202;
+constexpr std::uint32_t kUnknown = 0x65789290;
+
+Ref<TVQiPhotoUserData> decoded(const ExifBlockWriter& block) {
+  return TVQiPhotoUserData::initWithData(Data::copyOf(block.bytes()));
+}
+
+TEST(TVQiPhotoUserData, FindsNothingInAnEmptyBlock) {
+  const Ref<TVQiPhotoUserData> camera = decoded({});
+  EXPECT_EQ(camera->maker(), std::nullopt);
+  EXPECT_EQ(camera->aperture(), std::nullopt);
+  EXPECT_EQ(camera->isoSpeed(), std::nullopt);
+  EXPECT_TRUE(camera->valueForKey("exposure").isNothing());
+  EXPECT_EQ(camera->shutter(), Decimal{});
+}
+
+TEST(TVQiPhotoUserData, TakesDenominatorsForPowersOfTen) {
+  struct Case {
+    std::uint32_t numerator;
+    std::uint32_t denominator;
+    const char* value;
+  };
+  for (const Case& each : {Case{28, 10, "2.8"},
+                           {1, 1, "1"},
+                           {3, 100, "0.03"},
+                           {7, 5, "0.7"},
+                           {7, 11, "0.7"},
+                           {7, 20, "0.07"},
+                           {7, 0x80000000, "7"},
+                           {4294967295, 1, "4294967295"},
+                           {1, 2147483647, "0.0000000001"}}) {
+    const auto camera =
+        decoded(ExifBlockWriter().fraction(kAperture, each.numerator, each.denominator));
+    EXPECT_EQ(camera->aperture().value_or(Decimal{-1}).description(), each.value);
+  }
+  try {
+    decoded(ExifBlockWriter().text(kMaker, "Maker").fraction(kFocalLength, 1, 0));
+    FAIL();
+  } catch (const NSException& exception) {
+    EXPECT_EQ(exception.name(), kNSInvalidArgumentException);
+    EXPECT_EQ(exception.reason(), "Can't take log10 of 0");
+  }
+}
+
+TEST(TVQiPhotoUserData, WorksOutExposureTimes) {
+  struct Case {
+    std::uint32_t numerator;
+    std::uint32_t denominator;
+    double seconds;
+    const char* shutter;
+  };
+  for (const Case& each : {Case{6965784, 1000000, 0.008, "125"},
+                           {0, 1, 1, "1"},
+                           {1, 2, 0.7071067811865475, "1"},
+                           {40, 1, 9.094947017729282e-13, "1099511627776"},
+                           {70, 1, 8.470329472543003e-22, "0"},
+                           {4294967295, 1, 0, "0"},
+                           {1, 0, 0, "0"}}) {
+    const auto camera =
+        decoded(ExifBlockWriter().fraction(kExposure, each.numerator, each.denominator));
+    ASSERT_TRUE(camera->exposure());
+    EXPECT_NEAR(camera->exposure()->doubleValue(), each.seconds, each.seconds * 1e-6);
+    EXPECT_EQ(camera->shutter().description(), each.shutter);
+  }
+}
+
+TEST(TVQiPhotoUserData, ReadsTextsInMacRomanAndLogsUnexpectedTypes) {
+  std::vector<std::string> lines;
+  const LogSink before = setLogSink([&](std::string_view line) { lines.emplace_back(line); });
+  const auto camera = decoded(ExifBlockWriter().text(kMaker, "M\x8Ak\xDB").text(kModel, "X1", 1));
+  setLogSink(before);
+  EXPECT_EQ(camera->maker(), "Mäk€");
+  EXPECT_EQ(camera->model(), "X1");
+  EXPECT_EQ(lines, std::vector<std::string>{"String type 1 for code 0xa96d6f64"});
+}
+
+TEST(TVQiPhotoUserData, KeepsEveryRecordAndTheLastOfEachCode) {
+  ExifBlockWriter block;
+  block.fraction(kApertureValue, 297, 100).raw(kUnknown, "bytes").number(kIsoSpeed, 51200);
+  for (std::uint32_t length = 1; length <= 85; ++length) {
+    block.fraction(kFocalLength, length, 1);
+  }
+  const auto camera = decoded(block);
+  EXPECT_EQ(camera->focalLength(), (Decimal{85, 0}));
+  EXPECT_EQ(camera->dataForKey(kApertureValue).decimal(), (Decimal{297, -2}));
+  EXPECT_EQ(camera->dataForKey(kUnknown).data()->bytes(), "bytes");
+  EXPECT_EQ(camera->isoSpeed(), 51200);
+}
+
+TEST(TVQiPhotoUserData, EndsAtADamagedRecord) {
+  struct Case {
+    std::uint32_t size;
+    std::uint32_t code;
+    bool isKept;
+  };
+  for (const Case& each : {Case{0, kIsoSpeed, false},
+                           {7, kIsoSpeed, false},
+                           {7, kUnknown, false},
+                           {0x80000000, kUnknown, false},
+                           {0xFFFFFFFF, kUnknown, false},
+                           // What is known to be short is read, wherever its record may end.
+                           {200, kIsoSpeed, true},
+                           {0xFFFFFFFF, kIsoSpeed, true}}) {
+    const auto camera = decoded(ExifBlockWriter()
+                                    .text(kMaker, "Maker")
+                                    .rawOfSize(each.size, each.code, "12")
+                                    .text(kModel, "Model"));
+    EXPECT_EQ(camera->maker(), "Maker") << each.size;
+    EXPECT_EQ(camera->dataForKey(each.code).isNothing(), !each.isKept) << each.size;
+    EXPECT_EQ(camera->model(), std::nullopt) << each.size;
+  }
+}
+
+TEST(TVQiPhotoUserData, DecodesTheRecordsThatACutBlockStillHolds) {
+  const std::vector<std::pair<std::uint32_t, ExifBlockWriter>> records{
+      {kMaker, ExifBlockWriter().text(kMaker, "Maker")},
+      {kAperture, ExifBlockWriter().fraction(kAperture, 28, 10)},
+      {kExposure, ExifBlockWriter().fraction(kExposure, 7, 1)},
+      {kUnknown, ExifBlockWriter().raw(kUnknown, "123")},
+      {kIsoSpeed, ExifBlockWriter().number(kIsoSpeed, 100)}};
+  std::string block;
+  for (const auto& record : records) {
+    block += record.second.bytes();
+  }
+  for (std::size_t size = 0; size <= block.size(); ++size) {
+    // A piece of memory of that very size, so that a sanitizer sees what is read beyond it.
+    const std::vector<char> cut(block.data(), block.data() + size);
+    const auto camera = TVQiPhotoUserData::initWithData(Data({}, {cut.data(), cut.size()}));
+    std::size_t end = 0;
+    for (const auto& [code, record] : records) {
+      end += record.bytes().size();
+      EXPECT_EQ(camera->dataForKey(code).isNothing(), end > size) << end << " of " << size;
+    }
+  }
+}
+
+TEST(TVQiPhotoUserData, PutsSettingsInWords) {
+  constexpr std::uint32_t kFlash = cameraRecordCode("flash");
+  constexpr std::uint32_t kLightSource = cameraRecordCode("lightSource");
+  constexpr std::uint32_t kMeteringMode = cameraRecordCode("meteringMode");
+  struct Case {
+    const char* key;
+    std::uint32_t code;
+    std::uint16_t setting;
+    const char* words;
+  };
+  // Without resources every text is its own key, in whatever language the tests run.
+  setenv("MRZIPHOTO_RESOURCES", "/nowhere", 1);
+  for (const Case& each : {Case{"flashDescription", kUnknown, 7, "Off"},
+                           {"flashDescription", kFlash, 7, "On - Light detected"},
+                           {"flashDescription", kFlash, 9, "Flash 9"},
+                           {"lightSourceDescription", kUnknown, 7, "Unknown"},
+                           {"lightSourceDescription", kLightSource, 255, "other"},
+                           {"lightSourceDescription", kLightSource, 4, "Light Source 4"},
+                           {"meteringModeDescription", kMeteringMode, 255, "Other"},
+                           {"sensingMethodDescription", kUnknown, 7, "Sensing method 0"}}) {
+    const auto camera = decoded(ExifBlockWriter().number(each.code, each.setting));
+    EXPECT_EQ(camera->valueForKey(each.key).text(), each.words);
+  }
+}
+
+TEST(TVQiPhotoUserData, AnswersItsOperationsByName) {
+  const auto camera = decoded(
+      ExifBlockWriter().text(kMaker, "Maker").fraction(kExposure, 1, 1).number(kIsoSpeed, 9));
+  for (const CameraRecord& record : kCameraRecords) {
+    if (!record.accessor.empty()) {
+      EXPECT_EQ(camera->valueForKey(record.accessor), camera->dataForKey(record.code));
+    }
+  }
+  EXPECT_EQ(camera->valueForKey("cameraMaker").text(), "Maker");
+  EXPECT_EQ(camera->valueForKey("fractionalExposure").decimal(), (Decimal{2, 0}));
+  EXPECT_EQ(camera->valueForKey("speed").integer(), 9);
+  EXPECT_THROW((void)camera->valueForKey("caption"), NSException);
+  EXPECT_THROW((void)camera->valueForKey(""), NSException);
+}
+
+}  // namespace
+}  // namespace mrziphoto

@@ -1,0 +1,157 @@
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <random>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <MRZiPhoto/thumbcache/iPhotoSegmentCache.h>
+
+#include "sample/Bytes.h"
+
+namespace mrziphoto {
+namespace {
+
+struct Item {
+  std::uint32_t inUse;
+  std::uint32_t key;
+};
+
+std::string headerBytes(std::uint32_t itemSize, std::uint32_t numberOfItems) {
+  std::string bytes = "iPhotoSegmentCache";
+  bytes.resize(132, '?');
+  sample::appendLittleEndian(bytes, itemSize);
+  sample::appendLittleEndian(bytes, numberOfItems);
+  bytes.resize(4096, '?');
+  return bytes;
+}
+
+/// A file of items whose bytes are 'a', 'b', 'c' and so on.
+std::string fileOf(const std::vector<Item>& items, std::uint32_t itemSize) {
+  std::string bytes = headerBytes(itemSize, static_cast<std::uint32_t>(items.size()));
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    bytes.append(itemSize, static_cast<char>('a' + i % 26));
+  }
+  for (const Item& item : items) {
+    for (const std::uint32_t word : {item.inUse, 17U, item.key, 18U}) {
+      sample::appendLittleEndian(bytes, word);
+    }
+  }
+  return bytes;
+}
+
+Ref<iPhotoSegmentCache> opened(const std::string& bytes) {
+  return iPhotoSegmentCache::initWithData(Data({}, bytes));
+}
+
+constexpr std::uint32_t kNone = iPhotoSegmentCache::kNotFound;
+
+TEST(iPhotoSegmentCache, OpensByItsSignatureOnly) {
+  EXPECT_TRUE(opened("iPhotoSegmentCache"));
+  EXPECT_TRUE(opened(headerBytes(64, 1000)));
+  EXPECT_FALSE(opened("iPhotoSegmentCach"));
+  for (std::size_t i = 0; i < 18; ++i) {
+    std::string bytes = fileOf({}, 16);
+    bytes[i] ^= 0x20;
+    EXPECT_FALSE(opened(bytes)) << i;
+  }
+}
+
+TEST(iPhotoSegmentCache, FindsItems) {
+  const std::string bytes = fileOf({{1, 70}, {0, 71}, {0xFFFFFFFF, 72}}, 16384);
+  const Ref<iPhotoSegmentCache> cache = opened(bytes);
+  EXPECT_EQ(cache->numberOfItems(), 3U);
+  EXPECT_EQ(cache->itemSize(), 16384U);
+  EXPECT_EQ(cache->itemIndex().bytes().data(), bytes.data() + 53248);
+  EXPECT_EQ(cache->itemIndex().size(), 48U);
+  EXPECT_EQ(cache->itemBytesAtIndex(2)->bytes().data(), bytes.data() + 36864);
+  EXPECT_EQ(cache->itemBytesAtIndex(3), std::nullopt);
+  EXPECT_EQ(cache->itemIndexForKey(72), 2U);
+  EXPECT_EQ(cache->itemIndexForKey(71), kNone);
+  EXPECT_EQ(cache->itemBytesForKey(70)->bytes(), std::string(16384, 'a'));
+  EXPECT_EQ(cache->itemBytesForKey(71), std::nullopt);
+}
+
+TEST(iPhotoSegmentCache, AnswersWhatAWalkOverTheIndexAnswers) {
+  std::mt19937 random(4);
+  for (const std::uint32_t count : {1U, 10U, 9000U}) {
+    std::vector<Item> items(count);
+    for (Item& item : items) {
+      item = {static_cast<std::uint32_t>(random() % 3),
+              static_cast<std::uint32_t>(random() % count)};
+    }
+    const std::string bytes = fileOf(items, 4);
+    const Ref<iPhotoSegmentCache> cache = opened(bytes);
+    for (std::uint32_t key = 0; key <= count; ++key) {
+      const auto found = std::ranges::find_if(
+          items, [key](const Item& item) { return item.inUse != 0 && item.key == key; });
+      ASSERT_EQ(cache->itemIndexForKey(key),
+                found == items.end() ? kNone : static_cast<std::uint32_t>(found - items.begin()));
+    }
+  }
+}
+
+TEST(iPhotoSegmentCache, ServesWhatLiesWhollyInsideTheFile) {
+  const std::vector<Item> items{{1, 70}, {1, 71}, {1, 72}};
+  const std::string whole = fileOf(items, 100);
+  const std::size_t index = 4096 + 300;
+  for (std::size_t size = 18; size <= whole.size(); ++size) {
+    // A piece of memory of that very size, so that a sanitizer sees what is read beyond it.
+    const std::vector<char> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+    const auto cache = iPhotoSegmentCache::initWithData(Data({}, {cut.data(), cut.size()}));
+    ASSERT_EQ(cache->itemIndex().size() % 16, 0U) << size;
+    for (std::uint32_t i = 0; i < items.size(); ++i) {
+      ASSERT_EQ(cache->itemBytesAtIndex(i).has_value(), 4096 + (i + 1) * 100 <= size) << size;
+      ASSERT_EQ(cache->itemIndexForKey(70 + i) == i, index + (i + 1) * 16 <= size) << size;
+    }
+  }
+}
+
+TEST(iPhotoSegmentCache, BelievesNoCount) {
+  for (const std::uint32_t itemSize : {0U, 16U, 0xFFFFFFFFU}) {
+    const std::string bytes = headerBytes(itemSize, 0xFFFFFFFF) + std::string(64, '\0');
+    const Ref<iPhotoSegmentCache> cache = opened(bytes);
+    EXPECT_EQ(cache->itemBytesAtIndex(0).has_value(), itemSize <= 64);
+    EXPECT_EQ(cache->itemBytesAtIndex(0xFFFFFFFE).has_value(), itemSize == 0);
+    EXPECT_EQ(cache->itemIndexForKey(0), kNone);
+  }
+}
+
+TEST(iPhotoSegmentCache, AnswersAsManyBytesAsTheReaderWants) {
+  const std::string bytes = fileOf({{1, 70}, {1, 71}}, 100);
+  const Ref<iPhotoSegmentCache> cache = opened(bytes);
+  EXPECT_EQ(cache->itemBytesForKey(70, 150)->bytes(), std::string(100, 'a') + std::string(50, 'b'));
+  EXPECT_EQ(cache->itemBytesForKey(71, 40)->bytes(), std::string(40, 'b'));
+  EXPECT_TRUE(cache->itemBytesForKey(71, 132));
+  EXPECT_FALSE(cache->itemBytesForKey(71, 133));
+}
+
+TEST(iPhotoSegmentCache, ReadsFilesAsItReadsBytes) {
+  const std::string folder = testing::TempDir();
+  const std::string path = folder + "segments-" + std::to_string(getpid());
+  std::vector<Item> items;
+  for (std::uint32_t i = 0; i < 5000; ++i) {
+    items.push_back({1, i * 7919 % 4999});
+  }
+  const std::string bytes = fileOf(items, 64);
+  std::ofstream(path, std::ios::binary) << bytes;
+  const Ref<iPhotoSegmentCache> fromFile = iPhotoSegmentCache::initWithContentsOfFile(path);
+  std::remove(path.c_str());
+  ASSERT_TRUE(fromFile);
+  const Ref<iPhotoSegmentCache> fromBytes = opened(bytes);
+  EXPECT_EQ(fromFile->itemIndex(), fromBytes->itemIndex());
+  for (std::uint32_t key = 0; key < 5001; ++key) {
+    ASSERT_EQ(fromFile->itemIndexForKey(key), fromBytes->itemIndexForKey(key));
+    ASSERT_EQ(fromFile->itemBytesForKey(key), fromBytes->itemBytesForKey(key));
+  }
+  EXPECT_FALSE(fromFile->itemBytesAtIndex(4999, 200000));
+  EXPECT_FALSE(iPhotoSegmentCache::initWithContentsOfFile(path));
+  EXPECT_FALSE(iPhotoSegmentCache::initWithContentsOfFile(folder));
+  EXPECT_FALSE(iPhotoSegmentCache::initWithContentsOfFile("/dev/null"));
+}
+
+}  // namespace
+}  // namespace mrziphoto
