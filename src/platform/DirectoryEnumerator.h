@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Export.h"
+
+namespace mrziphoto {
+
+/// What an entry of a folder is, without following a symbolic link.
+enum class FileType : std::uint8_t { regular, folder, symbolicLink, other, unknown };
+
+/// The entries of one folder, in the order in which the file system yields them; sub-folders are
+/// not entered. The folder is read when the enumerator is made; one that cannot be read has no
+/// entries.
+class MRZIPHOTO_EXPORT DirectoryEnumerator {
+ public:
+  struct Entry {
+    /// The name as the file system spells it.
+    std::string name;
+    /// `unknown` for an entry that went while the folder was read.
+    FileType type;
+  };
+
+  explicit DirectoryEnumerator(const std::string& folder);
+
+  [[nodiscard]] auto begin() const { return _entries.begin(); }
+  [[nodiscard]] auto end() const { return _entries.end(); }
+
+ private:
+  std::vector<Entry> _entries;
+};
+
+}  // namespace mrziphoto

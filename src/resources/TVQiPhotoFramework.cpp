@@ -1,0 +1,48 @@
+#include "TVQiPhotoFramework.h"
+
+#include <cstdlib>
+#include <dlfcn.h>
+#include <string>
+
+#include "../platform/FileManager.h"
+#include "../platform/Path.h"
+
+namespace mrziphoto {
+namespace {
+
+constexpr std::string_view kInstalled = "share/MRZiPhoto/resources";
+// A library lies in "lib" of the place where all is installed, or in a folder within "lib".
+constexpr int kFoldersAbove = 2;
+
+#ifdef MRZIPHOTO_SOURCE_RESOURCES
+constexpr const char* kInSources = MRZIPHOTO_SOURCE_RESOURCES;
+#else
+constexpr const char* kInSources = "";
+#endif
+
+std::string resourceFolder() {
+  if (const char* named = std::getenv("MRZIPHOTO_RESOURCES"); named != nullptr && *named != '\0') {
+    return named;
+  }
+  Dl_info library{};
+  if (dladdr(reinterpret_cast<const void*>(&resourceFolder), &library) != 0) {
+    std::string place = path::withoutLastComponent(path::resolvingSymlinks(library.dli_fname));
+    for (int above = 0; above < kFoldersAbove; ++above) {
+      place = path::withoutLastComponent(place);
+      const std::string folder = path::join(place, kInstalled);
+      if (FileManager::isFolder(folder)) {
+        return folder;
+      }
+    }
+  }
+  return kInSources;
+}
+
+}  // namespace
+
+Ref<Bundle> TVQiPhotoFramework::bundle() {
+  static const Ref<Bundle> instance = make<Bundle>(resourceFolder());
+  return instance;
+}
+
+}  // namespace mrziphoto
