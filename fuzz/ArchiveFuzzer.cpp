@@ -1,0 +1,49 @@
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include <MRZiPhoto/platform/ArchiveDocument.h>
+#include <MRZiPhoto/platform/Log.h>
+#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/platform/NSUnarchiver.h>
+
+namespace {
+
+using namespace mrziphoto;
+
+void decode(const Data& data) {
+  const auto reader = NSUnarchiver::initForReadingWithData(data);
+  while (reader && !reader->isAtEnd()) {
+    const Value value = reader->decodeGroup();
+    (void)value.description();
+    (void)value.hash();
+  }
+}
+
+void print(const Data& data) {
+  const auto document = ArchiveDocument::initWithData(data);
+  if (!document) {
+    return;
+  }
+  (void)document->text();
+  (void)document->json();
+  const Data written = document->write();
+  if (ArchiveDocument::initWithData(written).value().write() != written) {
+    std::abort();
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  setLogSink({});
+  const Data bytes = Data::copyOf({reinterpret_cast<const char*>(data), size});
+  for (const auto use : {decode, print}) {
+    try {
+      use(bytes);
+    } catch (const NSException&) {
+      continue;
+    }
+  }
+  return 0;
+}

@@ -1,0 +1,36 @@
+#include "ClassRegistry.h"
+
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace mrziphoto {
+namespace {
+
+struct Registered {
+  std::mutex mutex;
+  std::map<std::string, const Class*, std::less<>> classes;
+};
+
+/// Classes are added while other static objects are made, so this one is made when first needed.
+Registered& registered() {
+  static Registered known;
+  return known;
+}
+
+}  // namespace
+
+void ClassRegistry::add(const Class& added) {
+  Registered& known = registered();
+  const std::lock_guard lock(known.mutex);
+  known.classes.insert_or_assign(std::string(added.name), &added);
+}
+
+const Class* ClassRegistry::find(std::string_view name) {
+  Registered& known = registered();
+  const std::lock_guard lock(known.mutex);
+  const auto found = known.classes.find(name);
+  return found != known.classes.end() ? found->second : nullptr;
+}
+
+}  // namespace mrziphoto
