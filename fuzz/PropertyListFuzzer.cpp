@@ -1,0 +1,21 @@
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/platform/PropertyList.h>
+#include <MRZiPhoto/platform/PropertyListWriter.h>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace mrziphoto;
+  try {
+    const Value value = propertyListFromData(Data({}, {reinterpret_cast<const char*>(data), size}));
+    const std::string text = propertyListFromValue(value);
+    if (propertyListFromValue(propertyListFromData(Data({}, text))) != text) {
+      std::abort();
+    }
+  } catch (const NSException&) {
+    return 0;
+  }
+  return 0;
+}

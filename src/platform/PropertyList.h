@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+
+#include "Data.h"
+#include "Export.h"
+#include "Value.h"
+
+namespace mrziphoto {
+
+/// How deep arrays and dictionaries of a property list may stand inside each other.
+inline constexpr std::size_t kMaximumPropertyListNesting = 512;
+
+/// Reads an XML property list: one value, in a <plist> element or alone.
+///
+/// - <dict> and <array> become dictionaries and arrays. Of equal keys the later value stands.
+/// - <string> and <data> become texts and bytes. A text that lies in `bytes` just as it is meant
+///   (in UTF-8, without references, CDATA sections or carriage returns) is a slice of it and keeps
+///   it alive.
+/// - <integer>, decimal or after "0x" hexadecimal, becomes an integer of the archives' type "q", or
+///   "Q" above its range; <real> a double ("nan", "inf" and "infinity" included); <true/> and
+///   <false/> booleans; <date> an instant. White space around these means nothing.
+///
+/// The encoding is told by a byte order mark, by the zero bytes of UTF-16, or by the XML
+/// declaration; otherwise it is UTF-8. Attributes mean nothing. Entities that a document defines
+/// for itself are not expanded.
+///
+/// Throws NSException "NSParseErrorException" when the document is not well-formed XML, when it is
+/// no property list, and when it is nested deeper than `kMaximumPropertyListNesting`. The reason is
+/// one sentence with line and byte, such as "the property list ends inside <dict> at line 7, byte
+/// 312". Lines count from 1, bytes of the file from 0; the byte is also the exception's offset.
+[[nodiscard]] MRZIPHOTO_EXPORT Value propertyListFromData(const Data& bytes);
+
+}  // namespace mrziphoto
