@@ -6,7 +6,7 @@ namespace mrziphoto {
 
 const Class Array::kClass{"NSArray", nullptr, 0, &makeEmpty<Array>};
 
-std::string Array::description() const { return describe(*this, 0); }
+std::string Array::description() const { return describe(*this); }
 
 bool Array::isEqual(const Object& other) const {
   const auto* array = dynamic_cast<const Array*>(&other);

@@ -1,31 +1,36 @@
 #include "Data.h"
 
+#include <sys/mman.h>
+
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <sys/mman.h>
 
 namespace mrziphoto {
 namespace {
 
-/// A block of memory. Large ones come in huge pages where the system has them: touching fresh
-/// memory is most of what opening a large library costs.
+/// A block of zeros. Large ones come from the system, which hands out zeros, in huge pages where it
+/// has them: touching fresh memory is most of what opening a large library costs.
 class Buffer final : public Object {
  public:
-  explicit Buffer(std::size_t size) : _size(size) {
+  explicit Buffer(std::size_t size) {
     if (size < kLarge) {
       _start = static_cast<char*>(std::calloc(size, 1));
-    } else {
-      _start = static_cast<char*>(std::aligned_alloc(kHugePage, rounded()));
-      if (_start != nullptr) {
-        madvise(_start, rounded(), MADV_HUGEPAGE);
-      }
+    } else if (size <= PTRDIFF_MAX - kHugePage) {
+      map(size);
     }
     if (_start == nullptr) {
       throw std::bad_alloc();
     }
   }
-  ~Buffer() override { std::free(_start); }
+  ~Buffer() override {
+    if (_mapping != nullptr) {
+      munmap(_mapping, _mappedSize);
+    } else {
+      std::free(_start);
+    }
+  }
   Buffer(const Buffer&) = delete;
   Buffer& operator=(const Buffer&) = delete;
 
@@ -38,12 +43,23 @@ class Buffer final : public Object {
  private:
   static constexpr std::size_t kHugePage = std::size_t{2} << 20;
   static constexpr std::size_t kLarge = 4 * kHugePage;
-  [[nodiscard]] std::size_t rounded() const {
-    return (_size + kHugePage - 1) / kHugePage * kHugePage;
+
+  void map(std::size_t size) {
+    _mappedSize = size + kHugePage;
+    void* mapping = mmap(nullptr, _mappedSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS,
+                         -1, 0);
+    if (mapping == MAP_FAILED) {
+      return;
+    }
+    _mapping = mapping;
+    const std::size_t behindPage = reinterpret_cast<std::uintptr_t>(mapping) % kHugePage;
+    _start = static_cast<char*>(mapping) + (behindPage == 0 ? 0 : kHugePage - behindPage);
+    madvise(_start, size, MADV_HUGEPAGE);
   }
 
   char* _start = nullptr;
-  std::size_t _size;
+  void* _mapping = nullptr;
+  std::size_t _mappedSize = 0;
 };
 
 }  // namespace

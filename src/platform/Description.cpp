@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <string_view>
 #include <vector>
 
 #include "Array.h"
@@ -13,12 +14,14 @@ namespace mrziphoto {
 namespace {
 
 constexpr std::size_t kIndent = 4;
-
-std::string indentation(std::size_t level) { return std::string(level * kIndent, ' '); }
+// Parts that an archive shares between many places, or quotes inside quotes, could else make the
+// text of a small file fill the memory.
+constexpr std::size_t kLongestElement = std::size_t{16} << 20;
+constexpr std::string_view kCut = "...";
 
 bool isPlainWord(std::string_view text) {
   return !text.empty() && std::ranges::all_of(text, [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || text::isDigit(c) || c == '_';
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || text::isDigit(c);
   });
 }
 
@@ -29,26 +32,14 @@ void appendUnit(std::string& out, std::uint32_t unit) {
 }
 
 void appendEscaped(std::string& out, std::uint32_t character) {
-  switch (character) {
-    case '"':
-      out += "\\\"";
-      return;
-    case '\\':
-      out += "\\\\";
-      return;
-    case '\n':
-      out += "\\n";
-      return;
-    case '\t':
-      out += "\\t";
-      return;
-    case '\r':
-      out += "\\r";
-      return;
-    default:
-      break;
-  }
-  if (character >= 0x20 && character < 0x7F) {
+  constexpr std::string_view kEscaped = "\"\\\n\t\r";
+  constexpr std::string_view kLetters = "\"\\ntr";
+  const std::size_t found = character < 0x80 ? kEscaped.find(static_cast<char>(character))
+                                             : std::string_view::npos;
+  if (found != std::string_view::npos) {
+    out += '\\';
+    out += kLetters[found];
+  } else if (character >= 0x20 && character < 0x7F) {
     out += static_cast<char>(character);
   } else if (character < 0x10000) {
     appendUnit(out, character);
@@ -58,61 +49,112 @@ void appendEscaped(std::string& out, std::uint32_t character) {
   }
 }
 
+/// Describes one container and what stands inside it.
+class Writer {
+ public:
+  std::string take() { return std::move(_out); }
+
+  void append(const Array& array) {
+    open('(');
+    for (std::size_t i = 0; i < array.size() && startElement(); ++i) {
+      append(array[i]);
+      _out += i + 1 < array.size() ? ",\n" : "\n";
+    }
+    close(')');
+  }
+
+  void append(const Dictionary& dictionary) {
+    std::vector<const Dictionary::Entry*> sorted;
+    sorted.reserve(dictionary.size());
+    for (const Dictionary::Entry& entry : dictionary) {
+      sorted.push_back(&entry);
+    }
+    std::ranges::sort(sorted, {}, [](const auto* entry) { return entry->key.text(); });
+
+    open('{');
+    for (const Dictionary::Entry* entry : sorted) {
+      if (!startElement()) {
+        break;
+      }
+      appendText(entry->key.text());
+      _out += " = ";
+      append(entry->value);
+      _out += ";\n";
+    }
+    close('}');
+  }
+
+ private:
+  void append(const Value& value) {
+    const Ref<Array> array = value.isWeak() ? nullptr : value.array();
+    const Ref<Dictionary> dictionary = value.isWeak() ? nullptr : value.dictionary();
+    if (array) {
+      append(*array);
+    } else if (dictionary) {
+      append(*dictionary);
+    } else if (value.kind() == Value::Kind::data) {
+      _out += value.description();
+    } else {
+      appendText(value.description());
+    }
+  }
+
+  void appendText(std::string_view text) {
+    if (isPlainWord(text)) {
+      _out += text;
+      return;
+    }
+    _out += '"';
+    while (!text.empty() && !isFull()) {
+      appendEscaped(_out, text::nextCharacter(text));
+    }
+    _out += text.empty() ? "" : kCut;
+    _out += '"';
+  }
+
+  void open(char bracket) {
+    indent();
+    _out += bracket;
+    _out += '\n';
+    ++_level;
+  }
+  void close(char bracket) {
+    --_level;
+    indent();
+    _out += bracket;
+  }
+  void indent() { _out.append(_level * kIndent, ' '); }
+
+  /// Indents the next element; false when there is no room for it, which the text then says.
+  bool startElement() {
+    if (_level == 1) {
+      _elementStart = _out.size();
+    }
+    indent();
+    if (isFull()) {
+      _out.append(kCut).append("\n");
+      return false;
+    }
+    return true;
+  }
+  [[nodiscard]] bool isFull() const { return _out.size() - _elementStart > kLongestElement; }
+
+  std::string _out;
+  std::size_t _level = 0;
+  std::size_t _elementStart = 0;  // of the outermost container's element
+};
+
+template <class Container>
+std::string described(const Container& container) {
+  Writer writer;
+  writer.append(container);
+  return writer.take();
+}
+
 }  // namespace
 
-void appendQuoted(std::string& out, std::string_view text) {
-  if (isPlainWord(text)) {
-    out += text;
-    return;
-  }
-  out += '"';
-  while (!text.empty()) {
-    appendEscaped(out, text::nextCharacter(text));
-  }
-  out += '"';
-}
+std::string describe(const Array& array) { return described(array); }
 
-void appendNestedDescription(std::string& out, const Value& value, std::size_t level) {
-  if (const Ref<Array> array = value.array()) {
-    out += describe(*array, level);
-  } else if (const Ref<Dictionary> dictionary = value.dictionary()) {
-    out += describe(*dictionary, level);
-  } else if (value.isNumber() || value.kind() == Value::Kind::data) {
-    out += value.description();
-  } else {
-    appendQuoted(out, value.description());
-  }
-}
-
-std::string describe(const Array& array, std::size_t level) {
-  const std::string indent = indentation(level);
-  std::string out = indent + "(\n";
-  for (std::size_t i = 0; i < array.size(); ++i) {
-    out += indent + indentation(1);
-    appendNestedDescription(out, array[i], level + 1);
-    out += i + 1 < array.size() ? ",\n" : "\n";
-  }
-  return out + indent + ")";
-}
-
-std::string describe(const Dictionary& dictionary, std::size_t level) {
-  std::vector<const Dictionary::Entry*> sorted;
-  sorted.reserve(dictionary.size());
-  for (const Dictionary::Entry& entry : dictionary) {
-    sorted.push_back(&entry);
-  }
-  std::ranges::sort(sorted, {}, [](const auto* entry) { return entry->key.text(); });
-
-  const std::string indent = indentation(level);
-  std::string out = indent + "{\n";
-  for (const Dictionary::Entry* entry : sorted) {
-    out += indent + indentation(1);
-    appendQuoted(out, entry->key.text());
-    out += " = ";
-    appendNestedDescription(out, entry->value, level + 1);
-    out += ";\n";
-  }
-  return out + indent + "}";
-}
+std::string describe(const Dictionary& dictionary) { return described(dictionary); }
 
 }  // namespace mrziphoto

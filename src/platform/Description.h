@@ -1,23 +1,18 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
-#include <string_view>
-
-#include "Value.h"
 
 namespace mrziphoto {
 
-/// Appends a value as it stands inside the description of a container that is nested `level` deep:
-/// texts that are not plain words in quotes, containers indented by four blanks a level.
-void appendNestedDescription(std::string& out, const Value& value, std::size_t level);
+class Array;
+class Dictionary;
 
-/// Appends a text as it stands inside a container: plain words as they are, all other texts in
-/// quotes, with characters outside ASCII as "\Uxxxx".
-void appendQuoted(std::string& out, std::string_view text);
-
-/// The descriptions of containers that are nested `level` deep (0 for one that stands alone).
-std::string describe(const Array& array, std::size_t level);
-std::string describe(const Dictionary& dictionary, std::size_t level);
+/// The descriptions of containers, in the platform's customary form: an element a line, four blanks
+/// more for each container around it. Inside them, words of ASCII letters and digits and bytes stand
+/// as they are, everything else in quotes, with characters outside ASCII as "\Uxxxx". The entries of
+/// a dictionary are sorted by key. An element whose text would be longer than 16 MiB is cut, which
+/// "..." shows.
+[[nodiscard]] std::string describe(const Array& array);
+[[nodiscard]] std::string describe(const Dictionary& dictionary);
 
 }  // namespace mrziphoto

@@ -1,5 +1,6 @@
 #include "Dictionary.h"
 
+#include <algorithm>
 #include <bitset>
 
 #include "Description.h"
@@ -26,6 +27,8 @@ class KeyText final : public Object {
 
 // Below this size a scan is faster than an index and needs no memory.
 constexpr std::size_t kScanned = 24;
+// From this size on, an index is also the fastest way to see whether new entries repeat a key.
+constexpr std::size_t kIndexedAtOnce = 256;
 
 }  // namespace
 
@@ -57,6 +60,9 @@ class Dictionary::Index {
     }
   }
 
+  /// True when two entries bear equal keys.
+  [[nodiscard]] bool metKeyTwice() const { return _metKeyTwice; }
+
   /// Takes in the entry that was appended last.
   void added() {
     if (_entries.size() * 2 > _slots.size()) {
@@ -84,6 +90,7 @@ class Dictionary::Index {
   void insert(std::size_t position) {
     std::size_t slot = _entries[position].key.hash() & _mask;
     while (_slots[slot] != kEmpty) {
+      _metKeyTwice = _metKeyTwice || _entries[_slots[slot]].key == _entries[position].key;
       slot = (slot + 1) & _mask;
     }
     _slots[slot] = static_cast<std::uint32_t>(position);
@@ -92,17 +99,19 @@ class Dictionary::Index {
   const std::vector<Entry>& _entries;
   std::vector<std::uint32_t> _slots;
   std::size_t _mask = 0;
+  bool _metKeyTwice = false;
 };
 
 namespace {
 
-/// Answers soon for the usual case that no key stands twice in a small dictionary.
-bool mayHoldKeyTwice(const std::vector<Dictionary::Entry>& entries) {
+/// For few entries. Looks back only where two hashes agree in some bits.
+bool holdsKeyTwice(const std::vector<Dictionary::Entry>& entries) {
   constexpr std::size_t kBits = 1024;
   std::bitset<kBits> seen;
-  for (const Dictionary::Entry& entry : entries) {
-    const std::size_t bit = entry.key.hash() % kBits;
-    if (seen[bit]) {
+  for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+    const auto isSame = [entry](const auto& earlier) { return earlier.key == entry->key; };
+    const std::size_t bit = entry->key.hash() % kBits;
+    if (seen[bit] && std::any_of(entries.begin(), entry, isSame)) {
       return true;
     }
     seen[bit] = true;
@@ -117,14 +126,19 @@ const Class Dictionary::kClass{"NSDictionary", nullptr, 0, &makeEmpty<Dictionary
 Dictionary::Dictionary() = default;
 Dictionary::~Dictionary() = default;
 
-Dictionary::Dictionary(std::vector<Entry> entries) {
-  if (entries.size() < kScanned && !mayHoldKeyTwice(entries)) {
-    _entries = std::move(entries);
-    return;
+Dictionary::Dictionary(std::vector<Entry> entries) : _entries(std::move(entries)) {
+  bool repeatsKey = false;
+  if (_entries.size() < kIndexedAtOnce) {
+    repeatsKey = holdsKeyTwice(_entries);
+  } else {
+    _index = std::make_unique<Index>(_entries);
+    repeatsKey = _index->metKeyTwice();
   }
-  _entries.reserve(entries.size());
-  for (Entry& entry : entries) {
-    set(entry.key, std::move(entry.value));
+  if (repeatsKey) {
+    _index.reset();
+    for (Entry& entry : std::exchange(_entries, {})) {
+      set(entry.key, std::move(entry.value));
+    }
   }
 }
 
@@ -172,7 +186,7 @@ void Dictionary::set(const DictionaryKey& key, Value value) {
   }
 }
 
-std::string Dictionary::description() const { return describe(*this, 0); }
+std::string Dictionary::description() const { return describe(*this); }
 
 bool Dictionary::isEqual(const Object& other) const {
   const auto* dictionary = dynamic_cast<const Dictionary*>(&other);
@@ -189,10 +203,11 @@ bool Dictionary::isEqual(const Object& other) const {
 }
 
 std::size_t Dictionary::hash() const {
-  // Independent of the order of the entries.
+  // Independent of the order of the entries. Values play no part: they may refer back to this
+  // dictionary, or share parts so often that walking them would not end.
   std::size_t result = _entries.size();
   for (const Entry& entry : _entries) {
-    result += entry.key.hash() ^ (entry.value.hash() * 31);
+    result += entry.key.hash();
   }
   return result;
 }

@@ -82,8 +82,11 @@ std::optional<std::string> printed(const Directive& directive, const FormatArgum
       return converted(argument.integer, "%x");
     case 'X':
       return converted(argument.integer, "%X");
-    case 'c':
-      return std::string(1, static_cast<char>(argument.integer));
+    case 'c': {
+      std::string character;  // of the 8-bit set that Unicode begins with
+      text::appendUtf8(character, static_cast<unsigned char>(argument.integer));
+      return character;
+    }
     case 'f':
       return fixed(argument.real, directive.precision.value_or(6));
     default:
@@ -98,8 +101,10 @@ void appendFilled(std::string& out, const Directive& directive, const std::strin
     out.append(fill, ' ');
     return;
   }
+  const std::size_t sign = directive.zeroFilled && text.starts_with('-') ? 1 : 0;
+  out.append(text, 0, sign);
   out.append(fill, directive.zeroFilled ? '0' : ' ');
-  out += text;
+  out.append(text, sign);
 }
 
 }  // namespace

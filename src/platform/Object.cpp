@@ -13,7 +13,8 @@ namespace {
 std::mutex weakLinksMutex;
 
 std::unordered_map<const Object*, WeakLink*>& weakLinks() {
-  static std::unordered_map<const Object*, WeakLink*> links;
+  // Never destroyed: a host's global objects may go after everything that is.
+  static auto& links = *new std::unordered_map<const Object*, WeakLink*>;
   return links;
 }
 

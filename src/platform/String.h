@@ -10,6 +10,8 @@
 
 namespace mrziphoto {
 
+class Value;
+
 /// An unchangeable text. It may be a slice of a larger buffer (a whole catalogue file), which it
 /// keeps alive; copying one copies no characters.
 class MRZIPHOTO_EXPORT String {
@@ -47,6 +49,8 @@ class MRZIPHOTO_EXPORT String {
   bool operator==(std::string_view other) const;
 
  private:
+  friend class Value;  // takes the owner of a text that it is given for good
+
   Ref<Object> _owner;
   std::string_view _bytes;
   Encoding _encoding = Encoding::utf8;

@@ -1,9 +1,26 @@
 #include "Text.h"
 
+#include <optional>
+#include <utility>
+
 namespace mrziphoto::text {
 namespace {
 
 constexpr std::uint32_t kReplacement = 0xFFFD;
+
+/// The text of units that are all ASCII, as most are; nothing when one is not.
+std::optional<std::string> asciiFromUtf16(std::string_view bytes, bool bigEndian) {
+  const std::size_t low = bigEndian ? 1 : 0;
+  std::string result(bytes.size() / 2, '\0');
+  unsigned char others = 0;
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    const auto first = static_cast<unsigned char>(bytes[2 * i + low]);
+    const auto second = static_cast<unsigned char>(bytes[2 * i + 1 - low]);
+    others = static_cast<unsigned char>(others | second | (first & 0x80));
+    result[i] = static_cast<char>(first);
+  }
+  return others == 0 ? std::optional(std::move(result)) : std::nullopt;
+}
 
 }  // namespace
 
@@ -98,6 +115,9 @@ std::uint32_t nextCharacter(std::string_view& text) {
 }
 
 std::string utf8FromUtf16(std::string_view bytes, bool bigEndian) {
+  if (std::optional<std::string> plain = asciiFromUtf16(bytes, bigEndian)) {
+    return *std::move(plain);
+  }
   const auto unit = [bytes, bigEndian](std::size_t at) -> std::uint32_t {
     const std::uint32_t first = static_cast<unsigned char>(bytes[at]);
     const std::uint32_t second = static_cast<unsigned char>(bytes[at + 1]);

@@ -1,5 +1,6 @@
 #include "Value.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -10,27 +11,14 @@
 #include "Array.h"
 #include "Dictionary.h"
 #include "Text.h"
+#include "detail/NumberTypes.h"
 
 namespace mrziphoto {
 namespace {
 
-struct NumberType {
-  char code;
-  bool isSigned;
-};
-
-constexpr std::array kIntegerTypes{
-    NumberType{'c', true}, NumberType{'C', false}, NumberType{'s', true}, NumberType{'S', false},
-    NumberType{'i', true}, NumberType{'I', false}, NumberType{'l', true}, NumberType{'L', false},
-    NumberType{'q', true}, NumberType{'Q', false}, NumberType{'B', false}};
-
 constexpr bool isSigned(char code) {
-  for (const NumberType& type : kIntegerTypes) {
-    if (type.code == code) {
-      return type.isSigned;
-    }
-  }
-  return true;
+  const detail::IntegerType* type = detail::integerType(code);
+  return type == nullptr || type->isSigned;
 }
 
 template <class Integer>
@@ -47,12 +35,23 @@ Integer clamped(double value) {
   return static_cast<Integer>(value);
 }
 
+/// The text from the number on that it begins with, without a plus sign; empty when it begins with
+/// none. Words such as "nan" and "infinity" are no numbers.
+std::string_view fromNumberOn(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\r"), text.size()));
+  std::string_view digits = text;
+  if (digits.starts_with('+') || digits.starts_with('-')) {
+    digits.remove_prefix(1);
+  }
+  if (digits.empty() || !(text::isDigit(digits.front()) || digits.front() == '.')) {
+    return {};
+  }
+  return text.starts_with('+') ? digits : text;
+}
+
 /// The decimal integer that a text begins with, cut off at the ends of the 64-bit range.
 std::int64_t leadingInteger(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\r"), text.size()));
-  if (text.starts_with('+')) {
-    text.remove_prefix(1);
-  }
+  text = fromNumberOn(text);
   std::int64_t result = 0;
   if (std::from_chars(text.data(), text.data() + text.size(), result).ec ==
       std::errc::result_out_of_range) {
@@ -63,16 +62,16 @@ std::int64_t leadingInteger(std::string_view text) {
 }
 
 double leadingReal(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\r"), text.size()));
-  if (text.starts_with('+')) {
-    text.remove_prefix(1);
-  }
+  text = fromNumberOn(text);
   double result = 0;
   std::from_chars(text.data(), text.data() + text.size(), result);
   return result;
 }
 
 std::string realDescription(double value, int digits) {
+  if (std::isnan(value)) {
+    return "nan";  // whatever its sign, which is an accident
+  }
   std::array<char, 64> text{};
   const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
                                  std::chars_format::general, digits);
@@ -96,7 +95,9 @@ Value::Value(const String& text)
   holdSlice(text.owner(), text.bytes());
 }
 
-Value::Value(String&& text) : Value(static_cast<const String&>(text)) {}
+Value::Value(String&& text) : _kind(Kind::string), _detail(static_cast<char>(text.encoding())) {
+  holdSlice(std::move(text._owner), text.bytes());
+}
 
 Value::Value(const Data& bytes) : _kind(Kind::data) { holdSlice(bytes.owner(), bytes.bytes()); }
 
@@ -120,14 +121,14 @@ Value Value::weak(const Object& object) {
   return result;
 }
 
-void Value::holdSlice(const Ref<Object>& owner, std::string_view bytes) {
+void Value::holdSlice(Ref<Object> owner, std::string_view bytes) {
   if (bytes.size() > std::numeric_limits<std::uint32_t>::max()) {
     throw std::length_error("a value holds less than 4 GiB");
   }
   _bytes = bytes.data();
   _size = static_cast<std::uint32_t>(bytes.size());
   if (owner) {
-    _held.object = Ref<Object>(owner).detach();
+    _held.object = owner.detach();
     _holds = Holds::object;
   }
 }
@@ -146,30 +147,17 @@ Value::Value(const Value& other) noexcept
   }
 }
 
-Value::Value(Value&& other) noexcept
-    : _held(other._held),
-      _bytes(other._bytes),
-      _size(other._size),
-      _kind(other._kind),
-      _holds(other._holds),
-      _detail(other._detail) {
-  other._kind = Kind::nothing;
-  other._holds = Holds::number;
-}
-
 Value& Value::operator=(Value other) noexcept {
   clear();
   return *new (this) Value(std::move(other));
 }
 
-void Value::clear() noexcept {
+void Value::release() const noexcept {
   if (_holds == Holds::object) {
     _held.object->release();
-  } else if (_holds == Holds::weakLink) {
+  } else {
     _held.link->release();
   }
-  _holds = Holds::number;
-  _kind = Kind::nothing;
 }
 
 Value::Kind Value::kind() const {
@@ -301,7 +289,8 @@ std::string Value::description() const {
     case Kind::object:
       break;
   }
-  return target()->description();
+  // Following a reference back to an object around it would not end.
+  return isWeak() ? "<" + std::string(className()) + ">" : target()->description();
 }
 
 std::string_view Value::className() const {
@@ -382,7 +371,8 @@ std::size_t Value::hash() const {
     case Kind::array:
     case Kind::dictionary:
     case Kind::object:
-      return _holds == Holds::weakLink ? 0 : target()->hash();
+      // Ends where objects refer to each other, for no container's hash looks at its values.
+      return target()->hash();
     default:
       return 0;
   }

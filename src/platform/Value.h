@@ -80,13 +80,25 @@ class MRZIPHOTO_EXPORT Value {
   static Value weak(const Object& object);
 
   Value(const Value& other) noexcept;
-  Value(Value&& other) noexcept;
+  Value(Value&& other) noexcept
+      : _held(other._held),
+        _bytes(other._bytes),
+        _size(other._size),
+        _kind(other._kind),
+        _holds(other._holds),
+        _detail(other._detail) {
+    other._kind = Kind::nothing;
+    other._holds = Holds::number;
+  }
   Value& operator=(Value other) noexcept;
   ~Value() { clear(); }
 
   [[nodiscard]] Kind kind() const;
   [[nodiscard]] bool isNothing() const { return kind() == Kind::nothing; }
   [[nodiscard]] bool isString() const { return _kind == Kind::string; }
+  /// True for a reference that does not keep its object alive. Whoever walks over nested values
+  /// must not follow it: it may lead back to an object around it.
+  [[nodiscard]] bool isWeak() const { return _holds == Holds::weakLink; }
   /// An integer, a floating or a decimal number.
   [[nodiscard]] bool isNumber() const {
     return _kind == Kind::integer || _kind == Kind::floating || _kind == Kind::decimal;
@@ -120,13 +132,15 @@ class MRZIPHOTO_EXPORT Value {
   }
 
   /// The value as a text: a text as it is, numbers in decimal, the other kinds as their
-  /// descriptions; "(null)" for nothing.
+  /// descriptions; "(null)" for nothing. Of the object of a weak reference only the class name in
+  /// angle brackets: its description may hold this one.
   [[nodiscard]] std::string description() const;
   /// The name of the class that archives know the value by; "<nil>" for nothing.
   [[nodiscard]] std::string_view className() const;
   /// Numbers by value whatever their types, texts by characters, containers by contents, other
   /// objects as they say. Nothing equals nothing.
   bool operator==(const Value& other) const;
+  /// Equal values have equal hashes.
   [[nodiscard]] std::size_t hash() const;
 
  private:
@@ -149,9 +163,16 @@ class MRZIPHOTO_EXPORT Value {
     _kind = Kind::floating;
     _detail = numberType;
   }
-  void clear() noexcept;
+  void clear() noexcept {
+    if (_holds != Holds::number) {
+      release();
+    }
+    _holds = Holds::number;
+    _kind = Kind::nothing;
+  }
+  void release() const noexcept;
   [[nodiscard]] Object* target() const;
-  void holdSlice(const Ref<Object>& owner, std::string_view bytes);
+  void holdSlice(Ref<Object> owner, std::string_view bytes);
   [[nodiscard]] std::string_view bytes() const { return {_bytes, _size}; }
   [[nodiscard]] bool equalsNumber(const Value& other) const;
   [[nodiscard]] double asDouble() const;

@@ -1,0 +1,188 @@
+#include "NSImage.h"
+
+#include <cmath>
+#include <memory>
+
+#include "FileManager.h"
+#include "Format.h"
+#include "Log.h"
+#include "detail/ImageBackend.h"
+#include "detail/OpenFile.h"
+
+namespace mrziphoto {
+namespace {
+
+/// The pixels that a side has; 0 for what is no number of pixels.
+std::uint32_t pixelsOf(float side) {
+  return side >= 1 && side <= static_cast<float>(NSImage::kLongestSide)
+             ? static_cast<std::uint32_t>(std::ceil(side))
+             : 0;
+}
+
+Ref<NSImage> makeOfKind(const Class& kind) {
+  return kind.make != nullptr ? Ref<Object>::adopt(kind.make()).as<NSImage>() : nullptr;
+}
+
+bool isTooLarge(const detail::ImageHeader& header) {
+  const std::uint64_t bound =
+      header.isHeldWhole ? NSImage::kMostPixels : NSImage::kMostPixelsReadByLines;
+  return header.width > NSImage::kLongestSide || header.height > NSImage::kLongestSide ||
+         std::uint64_t{header.width} * header.height > bound;
+}
+
+}  // namespace
+
+const Class NSImage::kClass{"NSImage", nullptr, 0, &makeEmpty<NSImage>};
+
+/// A file that can be decoded.
+struct NSImage::File {
+  std::string path;
+  detail::ImageHeader header;
+};
+
+bool NSImage::isSupported() { return detail::ImageBackend::isBuiltIn(); }
+
+Ref<NSImage> NSImage::initByReferencingFile(const std::string& path, const Class& kind) {
+  const Ref<NSImage> made = makeOfKind(kind);
+  return made && made->referToFile(path) ? made : nullptr;
+}
+
+Ref<NSImage> NSImage::initWithSize(NSSize size, const Class& kind) {
+  const Ref<NSImage> made = &kind == &kClass && !isSupported() ? nullptr : makeOfKind(kind);
+  if (made) {
+    made->setSize(size);
+  }
+  return made;
+}
+
+bool NSImage::referToFile(const std::string& path) {
+  _path = path;
+  return isSupported();
+}
+
+void NSImage::addRepresentation(Ref<NSBitmapImageRep> bitmap) {
+  if (bitmap) {
+    _representations.push_back(std::move(bitmap));
+  }
+}
+
+std::nullopt_t NSImage::fail(std::string_view reason) const {
+  _failure = format("'%@' %@", _path, reason);
+  return std::nullopt;
+}
+
+std::optional<NSImage::File> NSImage::openFile() const {
+  if (_path.empty() || !_failure.empty()) {
+    return std::nullopt;
+  }
+  File result{_path, {}};
+  std::unique_ptr<detail::OpenFile> file = detail::OpenFile::atPath(_path);
+  if (!file) {
+    result.path = FileManager::locate(_path).value_or("");
+    file = detail::OpenFile::atPath(result.path);
+  }
+  if (!file) {
+    return fail("cannot be opened");
+  }
+  const std::optional<detail::ImageHeader> header = detail::imageHeaderOf(*file);
+  if (!header) {
+    return fail("is no image that can be read");
+  }
+  result.header = *header;
+  if (header->format == detail::ImageFormat::heif) {
+    const detail::ImageBackend* backend = detail::ImageBackend::shared();
+    std::string reason;
+    if (backend == nullptr || !backend->readSize(result.path, result.header, reason)) {
+      return fail(format("cannot be decoded: %@", reason));
+    }
+  }
+  if (isTooLarge(result.header)) {
+    fail(
+        format("is too large an image: %u x %u pixels", result.header.width, result.header.height));
+    log("%@", _failure);
+    return std::nullopt;
+  }
+  _fileSize =
+      NSSize{static_cast<float>(result.header.width), static_cast<float>(result.header.height)};
+  return result;
+}
+
+/// Once opened, a file is taken to stay what it is.
+bool NSImage::hasReadableFile() const {
+  return _failure.empty() && (_fileSize.has_value() || openFile().has_value());
+}
+
+NSSize NSImage::size() const {
+  if (_size) {
+    return *_size;
+  }
+  return hasReadableFile() ? *_fileSize : NSSize{};
+}
+
+bool NSImage::isValid() const { return !_representations.empty() || hasReadableFile(); }
+
+template <class Decode>
+Ref<NSBitmapImageRep> NSImage::decodeFile(Decode&& decode) const {
+  const std::optional<File> file = openFile();
+  const detail::ImageBackend* backend = file ? detail::ImageBackend::shared() : nullptr;
+  if (backend == nullptr) {
+    return {};
+  }
+  std::string reason;
+  detail::Pixels pixels = decode(*backend, *file, reason);
+  if (!pixels.bytes) {
+    fail(format("cannot be decoded: %@", reason));
+    return {};
+  }
+  return make<NSBitmapImageRep>(std::move(pixels));
+}
+
+Ref<NSBitmapImageRep> NSImage::bitmap() const {
+  if (!_representations.empty()) {
+    return _representations.front();
+  }
+  if (!hasReadableFile() ||
+      !canHoldPixels(pixelsOf(_fileSize->width), pixelsOf(_fileSize->height))) {
+    return {};
+  }
+  return decodeFile([](const detail::ImageBackend& backend, const File& file, std::string& reason) {
+    return backend.decode(file.path, file.header.format, reason);
+  });
+}
+
+Ref<NSBitmapImageRep> NSImage::bitmapOfPixels(std::uint32_t wide, std::uint32_t high) const {
+  if (!_representations.empty()) {
+    return _representations.front()->scaledToPixels(wide, high);
+  }
+  if (!canHoldPixels(wide, high)) {
+    return {};
+  }
+  return decodeFile(
+      [=](const detail::ImageBackend& backend, const File& file, std::string& reason) {
+        return backend.decodeScaled(file.path, file.header, wide, high, reason);
+      });
+}
+
+Ref<NSImage> NSImage::scaledCopy(NSSize size) const {
+  Ref<NSImage> copy = initWithSize(size);
+  if (copy) {
+    copy->addRepresentation(bitmapOfPixels(pixelsOf(size.width), pixelsOf(size.height)));
+  }
+  return copy;
+}
+
+std::optional<Data> NSImage::pngData() const {
+  const Ref<NSBitmapImageRep> pixels = bitmap();
+  return pixels ? pixels->pngData() : std::nullopt;
+}
+
+bool NSImage::canHoldPixels(std::uint64_t wide, std::uint64_t high) {
+  return wide != 0 && high != 0 && wide <= kLongestSide && high <= kLongestSide &&
+         wide * high <= kMostPixels;
+}
+
+std::string NSImage::description() const {
+  return _path.empty() ? Object::description() : format("<%@ %@>", className(), _path);
+}
+
+}  // namespace mrziphoto
