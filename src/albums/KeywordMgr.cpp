@@ -1,8 +1,74 @@
 #include "KeywordMgr.h"
 
+#include <limits>
+#include <vector>
+
+#include "../photos/Key.h"
 #include "../platform/Array.h"
+#include "../platform/NumberIndex.h"
 
 namespace mrziphoto {
+
+/// The keywords of "UsedKeywords" that have a key.
+class KeywordMgr::UsedKeywords {
+ public:
+  explicit UsedKeywords(const Ref<Array>& stored) {
+    if (!stored) {
+      return;
+    }
+    for (const Value& element : *stored) {
+      const Ref<Keyword> keyword = element.object<Keyword>();
+      if (keyword && !keyword->key().isNothing()) {
+        add(keyword);
+      }
+    }
+  }
+
+  /// The first one whose key equals this one.
+  [[nodiscard]] Ref<Keyword> find(const Value& key) const {
+    if (const Ref<Key> object = key.object<Key>()) {
+      if (const auto number = object->plainNumber()) {
+        return at(_byKey.find(*number));
+      }
+    } else if (const auto number = wholeNumber(key); number && isKeyNumber(*number)) {
+      return at(_byNumber.find(*number));
+    }
+    // Any other key is a curiosity; it takes the long way.
+    for (const Ref<Keyword>& keyword : _keywords) {
+      if (keyword->key() == key) {
+        return keyword;
+      }
+    }
+    return {};
+  }
+
+ private:
+  /// Numbers of this size are equal only to themselves, whatever types they are stored as.
+  static bool isKeyNumber(std::int64_t number) {
+    return number >= std::numeric_limits<std::int32_t>::min() &&
+           number <= std::numeric_limits<std::uint32_t>::max();
+  }
+
+  void add(const Ref<Keyword>& keyword) {
+    const Value key = keyword->key();
+    const Ref<Key> object = key.object<Key>();
+    if (const auto number = object ? object->plainNumber() : wholeNumber(key)) {
+      (object ? _byKey : _byNumber).add(*number, _keywords.size());
+    }
+    _keywords.push_back(keyword);
+  }
+
+  [[nodiscard]] Ref<Keyword> at(std::optional<std::size_t> position) const {
+    return position ? _keywords[*position] : Ref<Keyword>();
+  }
+
+  std::vector<Ref<Keyword>> _keywords;
+  NumberIndex _byKey;
+  NumberIndex _byNumber;
+};
+
+KeywordMgr::KeywordMgr() = default;
+KeywordMgr::~KeywordMgr() = default;
 
 const List<Keyword>& KeywordMgr::keywords() const {
   if (!_keywords.isNothing()) {
@@ -24,17 +90,10 @@ const List<Keyword>& KeywordMgr::keywords() const {
 }
 
 Ref<Keyword> KeywordMgr::keywordForKeyNumber(const Value& key) const {
-  const Ref<Array> used = entry(kUsedKeywords).array();
-  if (!used) {
-    return {};
+  if (!_used) {
+    _used = std::make_unique<UsedKeywords>(entry(kUsedKeywords).array());
   }
-  for (const Value& element : *used) {
-    const Ref<Keyword> keyword = element.object<Keyword>();
-    if (keyword && !keyword->key().isNothing() && keyword->key() == key) {
-      return keyword;
-    }
-  }
-  return {};
+  return _used->find(key);
 }
 
 }  // namespace mrziphoto

@@ -14,6 +14,9 @@ class MRZIPHOTO_EXPORT KeywordMgr final : public ArchivedRecord {
  public:
   static const Class kClass;
 
+  KeywordMgr();
+  ~KeywordMgr() override;
+
   [[nodiscard]] Value objectForKey(std::string_view name) const { return entry(name); }
   /// The keywords, from "KeywordList", else from "UsedKeywords"; made once. Elements that are no
   /// keyword records yet become some.
@@ -30,7 +33,11 @@ class MRZIPHOTO_EXPORT KeywordMgr final : public ArchivedRecord {
   static constexpr std::string_view kUsedKeywords = "UsedKeywords";
 
  private:
+  class UsedKeywords;
+
   mutable List<Keyword> _keywords;
+  // Made by the first search: every photo of a catalogue may ask for several keywords.
+  mutable std::unique_ptr<UsedKeywords> _used;
 };
 
 }  // namespace mrziphoto

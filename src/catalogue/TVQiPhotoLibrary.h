@@ -128,6 +128,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
                                     std::uint32_t length);
   void _readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamData& stream, std::uint32_t location,
                                      std::uint32_t length);
+  void takeArchivedAlbum(const Ref<Album>& album);
   void readImageRecords(TVQiPhotoCodedStreamData& stream, std::uint32_t count);
 
   // The album data.

@@ -2,9 +2,11 @@
 
 namespace mrziphoto {
 
-Ref<AttributeMgr> AttributeMgr::init() {
+Ref<AttributeMgr> AttributeMgr::init() { return initWithDictionary(make<Dictionary>()); }
+
+Ref<AttributeMgr> AttributeMgr::initWithDictionary(Ref<Dictionary> dictionary) {
   Ref<AttributeMgr> result = make<AttributeMgr>();
-  result->_dictionary = make<Dictionary>();
+  result->_dictionary = std::move(dictionary);
   return result;
 }
 

@@ -15,6 +15,8 @@ class MRZIPHOTO_EXPORT AttributeMgr final : public ArchivedRecord {
   AttributeMgr() = default;
   /// A store with an empty dictionary, not even "Attributes" in it.
   static Ref<AttributeMgr> init();
+  /// A store over this dictionary itself.
+  static Ref<AttributeMgr> initWithDictionary(Ref<Dictionary> dictionary);
 
   void setAttributes(const Ref<Dictionary>& attributes) { setEntry(kAttributes, attributes); }
   /// The attributes by name; nothing when none was ever set.

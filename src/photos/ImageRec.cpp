@@ -2,9 +2,11 @@
 
 namespace mrziphoto {
 
-Ref<ImageRec> ImageRec::init() {
+Ref<ImageRec> ImageRec::init() { return initWithDictionary(make<Dictionary>()); }
+
+Ref<ImageRec> ImageRec::initWithDictionary(Ref<Dictionary> dictionary) {
   Ref<ImageRec> result = make<ImageRec>();
-  result->_dictionary = make<Dictionary>();
+  result->_dictionary = std::move(dictionary);
   return result;
 }
 

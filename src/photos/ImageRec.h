@@ -17,6 +17,8 @@ class MRZIPHOTO_EXPORT ImageRec final : public ArchivedRecord {
   ImageRec() = default;
   /// A store with an empty dictionary.
   static Ref<ImageRec> init();
+  /// A store over this dictionary itself.
+  static Ref<ImageRec> initWithDictionary(Ref<Dictionary> dictionary);
 
   void setObjectForKey(Value object, std::string_view name) { setEntry(name, std::move(object)); }
   [[nodiscard]] Value objectForKey(std::string_view name) const { return entry(name); }

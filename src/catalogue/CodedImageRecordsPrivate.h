@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "../albums/KeywordMgr.h"
+#include "../photos/ImageRecRef.h"
+#include "../photos/RecordSource.h"
+#include "../platform/Data.h"
+#include "../stream/TVQiPhotoCodedStreamData.h"
+
+namespace mrziphoto {
+
+/// The image records of a coded catalogue. When the catalogue is loaded they are walked and checked
+/// only; a photo record gets its stores from a second walk over its one image record, when somebody
+/// asks for them.
+class CodedImageRecords final : public RecordSource {
+ public:
+  /// What must be known of a record to file it.
+  struct Record {
+    std::uint32_t imageKey = 0;
+    std::int32_t rollKey = 0;  // 0 for a record that stands for a roll
+  };
+
+  /// The records of a catalogue of that version in `directory`. Their keywords are those of
+  /// `keywords` (which may be nothing), the keyword store as it stands where the records do.
+  CodedImageRecords(Data catalogue, std::string directory, std::int32_t version,
+                    Ref<KeywordMgr> keywords);
+
+  /// Passes and checks the record at the stream's position. Nothing when a size in it leads back to
+  /// bytes that were read already. Throws NSException for a record that cannot be read.
+  static std::optional<Record> pass(TVQiPhotoCodedStreamData& stream);
+
+  void makeStores(ImageRecRef& record, std::uint32_t position) const override;
+  [[nodiscard]] const Class& objectClass() const override;
+
+  class Contents;
+
+ private:
+  // Each makes the record's info and attributes, and answers its file locations.
+  Ref<Dictionary> makePhotoStores(ImageRecRef& record, Contents& contents) const;
+  Ref<Dictionary> makeRollStores(ImageRecRef& record, Contents& contents) const;
+  [[nodiscard]] Value keywordsForKeys(const std::vector<std::int32_t>& keys) const;
+  /// The full path of a file whose path the record tells; nothing when it does not.
+  [[nodiscard]] Value inDirectory(const Value& file) const;
+
+  Data _catalogue;
+  std::string _directory;
+  std::int32_t _version;
+  Ref<KeywordMgr> _keywords;
+};
+
+}  // namespace mrziphoto

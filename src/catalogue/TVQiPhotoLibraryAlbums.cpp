@@ -1,0 +1,68 @@
+// The album section of a coded catalogue.
+
+#include <algorithm>
+#include <array>
+
+#include "../albums/FilterAlbum.h"
+#include "../albums/FolderAlbum.h"
+#include "../platform/NSException.h"
+#include "../platform/NSUnarchiver.h"
+#include "../stream/TVQiPhotoCodedStreamData.h"
+#include "TVQiPhotoLibrary.h"
+
+namespace mrziphoto {
+
+/// Files an album by its exact class; kinds that are not in the table are dropped.
+void TVQiPhotoLibrary::takeArchivedAlbum(const Ref<Album>& album) {
+  struct Kept {
+    const Class* kind;
+    void (*take)(TVQiPhotoLibrary& library, const Ref<Album>& album);
+  };
+  constexpr auto kAdd = [](TVQiPhotoLibrary& library, const Ref<Album>& added) {
+    library.addAlbum(added);
+  };
+  static constexpr std::array kKept{
+      Kept{&Album::kClass, kAdd},
+      Kept{&FilterAlbum::kClass, kAdd},
+      Kept{&ArchiveAlbum::kClass,
+           [](TVQiPhotoLibrary& library, const Ref<Album>& archive) {
+             library._archiveAlbum = archive.as<ArchiveAlbum>();
+           }},
+      Kept{&FolderAlbum::kClass,
+           [](TVQiPhotoLibrary& library, const Ref<Album>& folder) {
+             library.addAlbums(folder.as<FolderAlbum>()->albums());
+           }},
+  };
+  const auto row = std::ranges::find(kKept, &album->objectClass(), &Kept::kind);
+  if (row != kKept.end()) {
+    row->take(*this, album);
+  }
+}
+
+void TVQiPhotoLibrary::_readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamData& stream,
+                                                     std::uint32_t location, std::uint32_t length) {
+  const Data bytes = stream.data().slice(location, length);
+  const auto reader = NSUnarchiver::initForReadingWithData(bytes);
+  if (!reader) {
+    throw NSException(kNSInvalidArgumentException,
+                      format("the album section at offset %u holds no archive", location),
+                      location);
+  }
+  // A number that means nothing to anybody.
+  static_cast<void>(reader->decodeValueOfObjCType("i"));
+  while (reader->cursor() < bytes.size()) {
+    const Value object = reader->decodeObject();
+    if (const Ref<Album> album = object.object<Album>()) {
+      takeArchivedAlbum(album);
+    } else if (object.isNumber() && object.intValue() == 0) {
+      // The end marker: what follows is no album.
+      return;
+    } else {
+      NSException::raise(kNSInternalInconsistencyException,
+                         "Unexpected object %@ %@ while loading album data", object.className(),
+                         object.isNothing() ? std::string() : object.description());
+    }
+  }
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,49 @@
+// The image records of a coded catalogue.
+
+#include "../albums/KeywordMgr.h"
+#include "../stream/TVQiPhotoCodedStreamData.h"
+#include "CodedImageRecordsPrivate.h"
+#include "TVQiPhotoLibrary.h"
+
+namespace mrziphoto {
+namespace {
+
+// Up to this version the photos themselves come from other files.
+constexpr std::int32_t kLastVersionWithoutPhotos = 24;
+
+List<ImageRecRef>& existing(List<ImageRecRef>& list) {
+  if (list.isNothing()) {
+    list = List<ImageRecRef>::makeEmpty();
+  }
+  return list;
+}
+
+}  // namespace
+
+void TVQiPhotoLibrary::readImageRecords(TVQiPhotoCodedStreamData& stream, std::uint32_t count) {
+  Ref<CodedImageRecords> source;
+  for (; count > 0; --count) {
+    const std::uint32_t position = stream.offsetInData();
+    const std::optional<CodedImageRecords::Record> found = CodedImageRecords::pass(stream);
+    if (!found) {
+      // Nobody knows where the next record begins: the catalogue ends here.
+      stream.seekToDataOffset(stream.length());
+      return;
+    }
+    List<ImageRecRef>& all = existing(_imageRecRefs);
+    const bool isPhoto = found->rollKey != 0;
+    if (isPhoto && _version <= kLastVersionWithoutPhotos) {
+      continue;
+    }
+    if (!source) {
+      source = make<CodedImageRecords>(stream.data(), directory(), _version,
+                                       _keywords.object<KeywordMgr>());
+    }
+    const Ref<ImageRecRef> record = ImageRecRef::init();
+    record->setSourceForKey(source, position, found->imageKey);
+    all.append(record);
+    existing(isPhoto ? _photoImageRecRefs : _rollImageRecRefs).append(record);
+  }
+}
+
+}  // namespace mrziphoto
