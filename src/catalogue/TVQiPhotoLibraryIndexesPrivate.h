@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "../platform/NSException.h"
@@ -24,8 +25,8 @@ class TVQiPhotoLibrary::RecordIndex {
 
   [[nodiscard]] Ref<ImageRecRef> find(const Key& key) const {
     if (const auto number = key.plainNumber()) {
-      const auto found = _byNumber.find(*number);
-      return found ? _records[*found] : Ref<ImageRecRef>();
+      const auto position = _byNumber.find(*number);
+      return position ? _records[*position] : Ref<ImageRecRef>();
     }
     // Keys that are more than a number are rare, and equal only their own like.
     for (const Ref<ImageRecRef>& record : _others) {
@@ -35,6 +36,36 @@ class TVQiPhotoLibrary::RecordIndex {
       }
     }
     return {};
+  }
+
+  /// `find` for a run of keys. In a large library each step of a look-up waits for memory; so each
+  /// step is begun for the whole run before the next one needs what it brings.
+  void find(std::span<const Ref<Key>> keys, std::span<Ref<ImageRecRef>> found) const {
+    const auto numberOf = [](const Ref<Key>& key) {
+      return key ? key->plainNumber() : std::nullopt;
+    };
+    for (const Ref<Key>& key : keys) {
+      if (const auto number = numberOf(key)) {
+        _byNumber.prefetch(*number);
+      }
+    }
+    std::vector<const Ref<ImageRecRef>*> places(keys.size());
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+      const auto number = numberOf(keys[i]);
+      const auto position = number ? _byNumber.find(*number) : std::nullopt;
+      if (position) {
+        places[i] = &_records.items()[*position];
+        __builtin_prefetch(places[i]);
+      }
+    }
+    for (const Ref<ImageRecRef>* place : places) {
+      if (place != nullptr) {
+        __builtin_prefetch(place->get(), 1);
+      }
+    }
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+      found[i] = places[i] != nullptr ? *places[i] : keys[i] ? find(*keys[i]) : nullptr;
+    }
   }
 
  private:

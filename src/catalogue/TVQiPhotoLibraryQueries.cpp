@@ -1,6 +1,8 @@
 // The questions that a catalogue answers, and the lists that its loaders fill.
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 #include "../albums/KeywordMgr.h"
 #include "../platform/Array.h"
@@ -69,13 +71,20 @@ Ref<ImageRecRef> TVQiPhotoLibrary::photoForKey(const Ref<Key>& key) const {
 }
 
 List<ImageRecRef> TVQiPhotoLibrary::photosForKeys(const List<Key>& keys) const {
+  constexpr std::size_t kRun = 64;
+  std::array<Ref<ImageRecRef>, kRun> photos;
   List<ImageRecRef>::Items found;
   found.reserve(keys.size());
-  for (const Ref<Key>& key : keys) {
-    if (Ref<ImageRecRef> photo = photoForKey(key)) {
-      found.push_back(std::move(photo));
-    } else {
-      log("No photo for key: %@", key);
+  for (std::size_t at = 0; at < keys.size(); at += kRun) {
+    const std::span run(keys.begin() + static_cast<std::ptrdiff_t>(at),
+                        std::min(kRun, keys.size() - at));
+    photoIndex().find(run, photos);
+    for (std::size_t i = 0; i < run.size(); ++i) {
+      if (photos[i]) {
+        found.push_back(std::move(photos[i]));
+      } else {
+        log("No photo for key: %@", run[i]);
+      }
     }
   }
   return List<ImageRecRef>(std::move(found));

@@ -69,11 +69,14 @@ std::optional<std::string> TVQiPhotoDatabase::catalogueDescription() const {
 }
 
 Ref<PhotoFolder> TVQiPhotoDatabase::photoFolder(const std::string& path) const {
-  Ref<PhotoFolder>& folder = _photoFolders[path];
-  if (!folder) {
-    folder = make<PhotoFolder>(path);
+  if (const auto known = _photoFolders.find(path); known != _photoFolders.end()) {
+    return known->second;
   }
-  return folder;
+  Ref<PhotoFolder>& around = _photoFolders[path::withoutLastComponent(path)];
+  if (!around) {
+    around = make<PhotoFolder>(path::withoutLastComponent(path));
+  }
+  return _photoFolders[path] = make<PhotoFolder>(path, around.get());
 }
 
 void TVQiPhotoDatabase::addAlbum(const Ref<Album>& album) {

@@ -13,9 +13,11 @@ namespace mrziphoto {
 /// from the file system is learnt once and not once a photo.
 class MRZIPHOTO_EXPORT PhotoFolder final : public Object {
  public:
-  /// The folder at that path, its symbolic links resolved.
-  explicit PhotoFolder(const std::string& path);
+  /// The folder at that path. The folder around it, where it is given, spares most questions to the
+  /// file system.
+  explicit PhotoFolder(const std::string& path, const PhotoFolder* around = nullptr);
 
+  /// The path with its symbolic links resolved; the path as it is when there is no such folder.
   [[nodiscard]] const std::string& path() const { return _path; }
   /// The folder in which the photos' stores lie: the sub-folder "Data", or the folder itself.
   [[nodiscard]] std::string storeFolder(bool inDataFolder) const;
@@ -32,6 +34,7 @@ class MRZIPHOTO_EXPORT PhotoFolder final : public Object {
   };
 
   std::string _path;
+  bool _exists = false;
   mutable Listing _listings[2];
 };
 
