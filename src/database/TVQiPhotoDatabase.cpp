@@ -14,7 +14,7 @@
 namespace mrziphoto {
 namespace {
 
-constexpr std::string_view kDumpDefault = "DumpiPhotoDatabase";
+const std::string kDumpDefault = "DumpiPhotoDatabase";
 
 // Catalogue versions at which the library's files change.
 constexpr std::int32_t kOldestSupported = 15;
@@ -37,10 +37,6 @@ constexpr std::array kDataVersions{
 constexpr std::int32_t kLowestWithThumbnailFiles = 13;
 // The first data version whose albums stand in the catalogue and not in files of their own.
 constexpr std::int32_t kFirstWithoutAlbumFiles = 50;
-
-bool isFile(const std::string& path) {
-  return FileManager::exists(path) && !FileManager::isFolder(path);
-}
 
 }  // namespace
 
@@ -108,7 +104,7 @@ std::optional<Date> TVQiPhotoDatabase::_timestampForFilename(const std::string& 
 
 void TVQiPhotoDatabase::_loadWithContentsOfRootDirectory() {
   std::string file = libraryDataFilename();
-  const std::int32_t version = isFile(file) ? TVQiPhotoLibrary::iPhotoVersionForFilename(file) : 0;
+  const std::int32_t version = FileManager::isFile(file) ? TVQiPhotoLibrary::iPhotoVersionForFilename(file) : 0;
   if (version < kOldestSupported) {
     NSException::raise(kNSInvalidArgumentException,
                        "iPhoto Library not supported before iPhoto 4 for '%@'", file);
@@ -136,7 +132,7 @@ void TVQiPhotoDatabase::_loadWithContentsOfRootDirectory() {
 }
 
 void TVQiPhotoDatabase::loadCatalogue(const std::string& path) {
-  if (!isFile(path)) {
+  if (!FileManager::isFile(path)) {
     NSException::raise(kNSInvalidArgumentException, "iPhoto Library does not exist at '%@'", path);
   }
   _library = TVQiPhotoLibrary::initWithContentsOfFile(path);
@@ -145,7 +141,7 @@ void TVQiPhotoDatabase::loadCatalogue(const std::string& path) {
 
 void TVQiPhotoDatabase::loadDirectories() {
   const std::string file = directoriesDataFilename();
-  if (!isFile(file)) {
+  if (!FileManager::isFile(file)) {
     NSException::raise(kNSInternalInconsistencyException,
                        "iPhoto Library component does not exist at '%@'", file);
   }

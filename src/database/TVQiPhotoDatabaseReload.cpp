@@ -1,0 +1,39 @@
+// Noticing that the library was rewritten.
+
+#include "../platform/Log.h"
+#include "../platform/NSException.h"
+#include "TVQiPhotoDatabase.h"
+
+namespace mrziphoto {
+namespace {
+
+/// A file that has gone counts as unchanged: iPhoto may be about to write it anew.
+bool hasChanged(const std::optional<Date>& now, const std::optional<Date>& recorded) {
+  return now && now != recorded;
+}
+
+}  // namespace
+
+bool TVQiPhotoDatabase::reloadIfChanged() {
+  const bool libraryChanged =
+      hasChanged(_timestampForFilename(currentLibraryDataFilename()), libraryTimestamp);
+  const bool directoriesChanged =
+      hasChanged(_timestampForFilename(directoriesDataFilename()), directoriesTimestamp);
+  if (!libraryChanged && !directoriesChanged) {
+    return false;
+  }
+  removeAllAlbums();
+  _library = nullptr;
+  _directories = nullptr;
+  _lastImport = nullptr;
+  _photoLibrary = nullptr;
+  _photoFolders.clear();
+  try {
+    _loadWithContentsOfRootDirectory();
+  } catch (const NSException& exception) {
+    log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+  }
+  return true;
+}
+
+}  // namespace mrziphoto
