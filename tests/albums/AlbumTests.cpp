@@ -1,0 +1,215 @@
+#include <MRZiPhoto/albums/ArchiveAlbum.h>
+#include <MRZiPhoto/albums/DynamicAlbum.h>
+#include <MRZiPhoto/albums/FolderAlbum.h>
+#include <MRZiPhoto/albums/KeywordAlbum.h>
+#include <MRZiPhoto/albums/LastImportAlbum.h>
+#include <MRZiPhoto/albums/PublishedAlbum.h>
+#include <MRZiPhoto/albums/RollAlbum.h>
+#include <MRZiPhoto/platform/Array.h>
+#include <MRZiPhoto/platform/NSArchiver.h>
+#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/platform/NSUnarchiver.h>
+#include <gtest/gtest.h>
+
+#include "CollectedLog.h"
+#include "StandInDatabase.h"
+#include "TemporaryFolder.h"
+
+namespace mrziphoto {
+namespace {
+
+template <class Kind = Album>
+Ref<Kind> named(std::string_view name) {
+  const Ref<Kind> album = Album::init<Kind>();
+  album->setAlbumName(name);
+  return album;
+}
+
+/// An album of that kind with these children, the way archives bring it.
+template <class Kind>
+Ref<Kind> withChildren(std::vector<Value> children) {
+  NSArchiver archiver;
+  const Ref<Kind> album = Album::init<Kind>();
+  const_cast<Dictionary&>(*album->storedDictionary())
+      .set(Album::kChildren, make<Array>(std::move(children)));
+  archiver.encodeObject(album);
+  return NSUnarchiver::initForReadingWithData(archiver.archivedData())
+      ->decodeObject()
+      .template object<Kind>();
+}
+
+template <class Kind>
+std::string names(const List<Kind>& albums) {
+  std::string result;
+  for (const Ref<Kind>& album : albums) {
+    result += album->albumName().value_or("?");
+  }
+  return result;
+}
+
+TEST(Album, EveryKindComesBackFromAnArchiveAndLogsNewerVersions) {
+  EXPECT_EQ(albumKinds().size(), 13U);
+  for (const AlbumKind* kind : albumKinds()) {
+    const auto album = Ref<Object>::adopt(kind->make()).as<Album>();
+    ASSERT_TRUE(album);
+    EXPECT_EQ(album->defaultAlbumName(), kind->defaultName);
+    album->setAlbumName("n");
+    NSArchiver archiver;
+    archiver.setVersionForClassName(kind->highestVersion + 1, kind->name);
+    archiver.encodeObject(album);
+    CollectedLog log;
+    const Ref<Album> again = NSUnarchiver::initForReadingWithData(archiver.archivedData())
+                                 ->decodeObject()
+                                 .object<Album>();
+    ASSERT_TRUE(again) << kind->name;
+    EXPECT_EQ(&again->objectClass(), kind);
+    EXPECT_EQ(again->title(), "n");
+    ASSERT_FALSE(log.lines().empty());
+    std::string line = std::string(kind->name) + " version " + std::to_string(kind->highestVersion + 1);
+    if (kind == &PublishedAlbum::kClass) {
+      line += " isKeyed = 0";
+    }
+    EXPECT_EQ(log.lines()[0], line);
+    EXPECT_EQ(log.lines().size(), kind == &DynamicAlbum::kClass ? 2U : 1U);
+  }
+}
+
+TEST(Album, ADerivedKindLogsItsBaseClassUnderItsOwnName) {
+  NSArchiver archiver;
+  archiver.setVersionForClassName(10, "Album");
+  archiver.encodeObject(Album::init<RollAlbum>());
+  CollectedLog log;
+  static_cast<void>(
+      NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject());
+  EXPECT_EQ(log.lines(), std::vector<std::string>{"RollAlbum version 10"});
+}
+
+TEST(Album, ComesFromAlbumData) {
+  EXPECT_EQ(Album::init<ArchiveAlbum>()->albumName(), "Photo Library");
+  EXPECT_EQ(Album::init<LastImportAlbum>()->albumName(), "Last Import");
+  EXPECT_EQ(Album::init<RollAlbum>()->albumName(), "Album");
+
+  const Ref<Album> trip = Album::initWithDictionary<Album>(
+      Dictionary{{"AlbumName", "Trip"},
+                 {"AlbumId", 7},
+                 {"Annotation", "a"},
+                 {"KeyList", make<Array>(std::vector<Value>{"12", -1, "x"})}});
+  EXPECT_EQ(trip->albumName(), "Trip");
+  EXPECT_EQ(trip->key(), Value(7));
+  EXPECT_EQ(trip->comments(), "a");
+  EXPECT_EQ(trip->photoKeys()->keyNumbers(), (std::vector<std::uint32_t>{12, 4294967295U, 0}));
+  EXPECT_TRUE(trip->photos().empty());
+  const Ref<AttributeMgr> attributes = AttributeMgr::init();
+  attributes->setAttributeForKey("b", AttributeMgr::kAlbumAnnotation);
+  trip->setAttributes(attributes);
+  EXPECT_EQ(trip->annotation(), "b");
+
+  const Ref<Album> both =
+      Album::initWithDictionary<Album>(Dictionary{{"AlbumKey", 1}, {"AlbumId", 2}});
+  EXPECT_EQ(both->key(), Value(1));
+  EXPECT_EQ(both->albumName(), "Album");
+  EXPECT_TRUE(both->photoKeys()->keyNumbers().empty());
+}
+
+TEST(RollAlbum, AsksItsRollRecordBeforeItself) {
+  const Ref<RollAlbum> roll =
+      Album::initWithDictionary<RollAlbum>(Dictionary{{"AlbumName", "Alpha"},
+                                                      {"RollName", "Beta"},
+                                                      {"AlbumId", 5},
+                                                      {"RollDateAsTimerInterval", 0}});
+  EXPECT_EQ(roll->albumName(), "Beta");
+  EXPECT_EQ(roll->modificationDate(), Date{0});
+  EXPECT_EQ(roll->date(), Date{0});
+
+  StandInDatabase database;
+  const Ref<ImageRecRef> record = ImageRecRef::init();
+  record->setImageInfoForKey(dictionary({{"Caption", "Gamma"}, {"DateAsTimerInterval", 9}}), 5);
+  record->setDatabase(&database);
+  database.rolls[5] = record;
+  roll->setDatabase(&database);
+  CollectedLog log;
+  EXPECT_EQ(roll->albumName(), "Gamma");
+  EXPECT_EQ(roll->title(), "Gamma");
+  EXPECT_EQ(roll->comments(), std::nullopt);
+  EXPECT_EQ(roll->archiveDate(), Date{9});
+  EXPECT_EQ(roll->valueForKey("archiveDate").date(), Date{9});
+}
+
+TEST(FolderAlbum, ListsPlainAlbumsWithFoldersFlattened) {
+  const Ref<FolderAlbum> inner = withChildren<FolderAlbum>({named("C")});
+  const Ref<FolderAlbum> outer = withChildren<FolderAlbum>(
+      {named("A"), named<KeywordAlbum>("K"), withChildren<FolderAlbum>({named("B"), inner}), "text"});
+  EXPECT_EQ(names(outer->albums()), "ABC");
+  EXPECT_EQ(outer->children().size(), 3U);
+}
+
+TEST(ArchiveAlbum, ListsItsRollsOnce) {
+  const Ref<ArchiveAlbum> archive = withChildren<ArchiveAlbum>(
+      {named<RollAlbum>("1"), named("X"), named<RollAlbum>("2")});
+  EXPECT_EQ(names(archive->rolls()), "12");
+  archive->addRoll(named<RollAlbum>("3"));
+  EXPECT_EQ(names(archive->rolls()), "123");
+  const Ref<ArchiveAlbum> added = withChildren<ArchiveAlbum>({named<RollAlbum>("1")});
+  added->addRoll(named<RollAlbum>("9"));
+  EXPECT_EQ(names(added->rolls()), "9") << "added rolls stand in for the children's";
+  EXPECT_TRUE(Album::init<ArchiveAlbum>()->rolls().empty());
+  StandInDatabase database;
+  archive->setDatabase(&database);
+  EXPECT_EQ(archive->rolls()[2]->database(), &database);
+}
+
+TEST(Album, AlbumFilesThatHoldNoAlbumGiveNothing) {
+  const TemporaryFolder folder;
+  struct Case {
+    std::string_view name, contents;
+    std::size_t lines;
+  };
+  NSArchiver number;
+  number.encodeObject(7);
+  const std::string stored(number.archivedData().bytes());
+  for (const Case& each : {Case{".DS_Store", "x", 0}, {"text", "x", 1}, {"number", stored, 0}}) {
+    folder.write(std::string(each.name), each.contents);
+    CollectedLog log;
+    EXPECT_FALSE(Album::albumWithContentsOfFile(folder.path() + "/" + std::string(each.name)));
+    EXPECT_EQ(log.lines().size(), each.lines) << each.name;
+  }
+  CollectedLog log;
+  EXPECT_FALSE(Album::albumWithContentsOfFile(folder.path() + "/missing"));
+  EXPECT_FALSE(Album::albumWithContentsOfFile(""));
+  EXPECT_EQ(log.lines().size(), 1U);
+}
+
+TEST(KeyMgr, ReadsThePackedForm) {
+  using namespace std::string_view_literals;
+  struct Case {
+    std::string_view packed;
+    std::vector<std::uint32_t> keys;
+    std::vector<std::string> lines;
+  };
+  for (const Case& each :
+       {Case{"\0\0\0\2\0\0\0\x10\0\0\0\x20"sv, {16, 32}, {}},
+        {"\0\0\0\2\0\0\0\x10\0\0\0\x20\0\0\0\x30"sv, {16, 32}, {"KeyMgr count = 2, but entries = 4"}},
+        {"\xFF\xFF\xFF\xFF\0\0\0\x10\0"sv, {16}, {"KeyMgr count = -1, but entries = 2"}},
+        {"\0\0\0"sv, {}, {}}}) {
+    NSArchiver archiver;
+    class Packed final : public ArchivedRecord {
+     public:
+      explicit Packed(std::string_view bytes)
+          : ArchivedRecord(dictionary({{"KeyList", Data::copyOf(bytes)}})) {}
+      const Class& objectClass() const override { return KeyMgr::kClass; }
+    };
+    archiver.encodeObject(make<Packed>(each.packed));
+    const Ref<KeyMgr> keys = NSUnarchiver::initForReadingWithData(archiver.archivedData())
+                                 ->decodeObject()
+                                 .object<KeyMgr>();
+    CollectedLog log;
+    EXPECT_EQ(keys->imageKeys().size(), each.keys.size());
+    EXPECT_EQ(log.lines(), each.lines);
+    EXPECT_EQ(keys->keyNumbers(), each.keys);
+  }
+  const List<Key> list({Key::initWithKey(4), Key::initWithKey(9)});
+  EXPECT_EQ(&KeyMgr::initWithKeys(list)->imageKeys().items(), &list.items());
+}
+
+}  // namespace
+}  // namespace mrziphoto

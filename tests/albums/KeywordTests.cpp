@@ -1,0 +1,72 @@
+#include <MRZiPhoto/albums/KeywordMgr.h>
+#include <MRZiPhoto/photos/Key.h>
+#include <MRZiPhoto/platform/Array.h>
+#include <MRZiPhoto/platform/NSArchiver.h>
+#include <MRZiPhoto/platform/NSUnarchiver.h>
+#include <gtest/gtest.h>
+
+#include "CollectedLog.h"
+#include "StandInDatabase.h"
+
+namespace mrziphoto {
+namespace {
+
+Ref<KeywordMgr> managerOver(const Ref<Dictionary>& stored) {
+  class Holder final : public ArchivedRecord {
+   public:
+    explicit Holder(Ref<Dictionary> entries) : ArchivedRecord(std::move(entries)) {}
+    const Class& objectClass() const override { return KeywordMgr::kClass; }
+  };
+  NSArchiver archiver;
+  archiver.encodeObject(make<Holder>(stored));
+  return NSUnarchiver::initForReadingWithData(archiver.archivedData())
+      ->decodeObject()
+      .object<KeywordMgr>();
+}
+
+Ref<Keyword> keyword(std::string_view text, const Value& key) {
+  return Keyword::initWithDictionary(Dictionary{{"String", text}, {"Key", key}});
+}
+
+TEST(Keyword, ComesFromTextsDictionariesAndAnythingElse) {
+  CollectedLog log;
+  const Ref<Keyword> birthday = Keyword::initWithString("Birthday");
+  EXPECT_EQ(birthday->string(), "Birthday");
+  EXPECT_EQ(birthday->keyword(), "Birthday");
+  EXPECT_TRUE(birthday->key().isNothing());
+  EXPECT_TRUE(birthday->keyValue().isNothing());
+  EXPECT_EQ(keyword("x", Key::initWithKey(3))->keyValue(), Value(3));
+  EXPECT_EQ(keyword("x", 3)->keyValue(), Value(3));
+  EXPECT_TRUE(log.lines().empty());
+  EXPECT_EQ(Keyword::initWithString(5)->string(), std::nullopt);
+  EXPECT_EQ(log.lines(), std::vector<std::string>{"Don't know how to init Keyword from 5'"});
+}
+
+TEST(Keyword, ShowsTheFavouriteByItsName) {
+  const Ref<Keyword> favourite = Keyword::initWithString("_Favorite_");
+  EXPECT_EQ(favourite->string(), "_Favorite_");
+  EXPECT_NE(favourite->keyword(), "_Favorite_") << "the string tables supply a text";
+}
+
+TEST(KeywordMgr, ListsOneEntryAndSearchesTheOther) {
+  const Ref<KeywordMgr> manager = managerOver(
+      dictionary({{"KeywordList", make<Array>(std::vector<Value>{
+                                      keyword("a", 1), "b", dictionary({{"String", "c"}})})},
+                  {"UsedKeywords", make<Array>(std::vector<Value>{
+                                       "text", keyword("used", 1), keyword("later", 1),
+                                       keyword("object", Key::initWithKey(2))})}}));
+  EXPECT_EQ(manager->count(), 3U);
+  EXPECT_EQ(manager->keywords()[2]->string(), "c");
+  EXPECT_EQ(&manager->keywords().items(), &manager->keywords().items());
+  ASSERT_TRUE(manager->keywordForKeyNumber(1));
+  EXPECT_EQ(manager->keywordForKeyNumber(1)->string(), "used");
+  EXPECT_FALSE(manager->keywordForKeyNumber(2)) << "a Key equals no bare number";
+  EXPECT_TRUE(manager->keywordForKeyNumber(Key::initWithKey(2)));
+  EXPECT_FALSE(manager->keywordForKeyNumber(3));
+  EXPECT_EQ(managerOver(dictionary({{"UsedKeywords", make<Array>(std::vector<Value>{"x"})}}))->count(),
+            1U);
+  EXPECT_EQ(managerOver(dictionary({}))->count(), 0U);
+}
+
+}  // namespace
+}  // namespace mrziphoto

@@ -1,0 +1,362 @@
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include <MRZiPhoto/albums/FolderAlbum.h>
+
+#include "support/CodedLibrary.h"
+
+namespace mrziphoto {
+namespace {
+
+using Type = CodedBlockType;
+
+/// "name = value" for each entry, in stored order.
+std::vector<std::string> entriesOf(const Ref<Dictionary>& dictionary) {
+  std::vector<std::string> entries;
+  for (const Dictionary::Entry& entry : *dictionary) {
+    entries.push_back(std::string(entry.key.text()) + " = " + entry.value.description());
+  }
+  return entries;
+}
+
+using Entries = std::vector<std::string>;
+
+CodedBuilder photo(std::int32_t key) { return CodedBuilder().item("idKY", key).item("idRL", 5); }
+
+CodedBuilder fileBlock(std::uint32_t number, Type type, std::u16string_view path) {
+  return CodedBuilder().block(number, type, CodedBuilder().item("idFP", path));
+}
+
+/// Fields of every kind that a record has something from.
+CodedBuilder fullRecord(std::int32_t key, std::int32_t roll) {
+  return CodedBuilder()
+      .item("idKY", key)
+      .item("idRL", roll)
+      .item("idDT", 1.0)
+      .item("idMD", 2.0)
+      .item("idAD", 3.0)
+      .item("idMM", 4.0)
+      .item("idCP", u"Köln \U0001F600")
+      .item("idCM", u"comment")
+      .item("idFN", u"sub/name.jpg")
+      .item("idTP", u"2004/05/06/Thumbs/7.jpg")
+      .item("idOF", u"DSC_1.JPG")
+      .item("idNK", 2)
+      .item("idKS", std::vector<std::int32_t>{2, 9, 1})
+      .item("idUD", std::string("exif"))
+      .item("idNI", 3)
+      .raw(fileBlock(1, Type::original, u"2004/Originals/7.jpg").bytes())
+      .raw(fileBlock(2, Type::thumbnail, u"2004/Thumbs/unused.jpg").bytes())
+      .block(3, Type::image,
+             CodedBuilder()
+                 .item("idFP", u"2004/7.jpg")
+                 .item("idIS", std::vector<float>{640, 480})
+                 .item("idRO", 90.0F)
+                 .item("idFS", std::int64_t{-1})
+                 .item("idFO", 1.0F)
+                 .item("idIF", 1)
+                 .item("idRR", 1));
+}
+
+TEST(CodedImageRecords, PutWhatAPhotosRecordSaysIntoItsStores) {
+  const CodedLibrary library(60,
+                             CodedBuilder()
+                                 .item("dbKW", archiveOf(keywordStore({{"one", 1}, {"two", 2}})))
+                                 .images({fullRecord(7, 5)}));
+  ASSERT_TRUE(library);
+  ASSERT_EQ(library->photos().size(), 1U);
+  EXPECT_TRUE(library->rollRecRefs().empty());
+  const Ref<ImageRecRef> record = library->photos()[0];
+  EXPECT_EQ(record->keyStringValue(), "7");
+  const Ref<AttributeMgr> store = record->imageAttributes();
+  EXPECT_EQ(entriesOf(store->storedDictionary())[0],
+            "Modification_Date = 2001-01-01 00:00:02 +0000");
+  EXPECT_EQ(record->keywords().array()->size(), 2U);
+  EXPECT_EQ((*record->keywords().array())[0].object<Keyword>()->string(), "two");
+  Entries attributes = entriesOf(store->attributes());
+  ASSERT_EQ(attributes.size(), 8U);
+  EXPECT_TRUE(attributes.back().starts_with("KeyWords = ("));
+  attributes.pop_back();
+  EXPECT_EQ(attributes,
+            (Entries{"ArchiveDate = 2001-01-01 00:00:03 +0000",
+                     "MetaDate = 2001-01-01 00:00:04 +0000", "Caption = Köln \U0001F600",
+                     "Annotation = comment", "FileSize = 18446744073709551615",
+                     "OrigFileName = DSC_1.JPG", "ImageUserData = <65786966>"}));
+  EXPECT_EQ(entriesOf(record->info()->storedDictionary()),
+            (Entries{"Image_Height = 480", "Image_Width = 640", "FileName = name.jpg",
+                     "Rotation = 90", "Date = 2001-01-01 00:00:01 +0000"}));
+  EXPECT_EQ(record->imagePath(), library.path("2004/7.jpg"));
+  EXPECT_EQ(record->originalImagePath(), library.path("2004/Originals/7.jpg"));
+  EXPECT_EQ(record->thumbnailPath(), library.path("2004/05/06/Thumbs/7.jpg"));
+}
+
+TEST(CodedImageRecords, PutWhatARollsRecordSaysIntoItsStores) {
+  for (const std::int32_t version : {51, 25, 24}) {
+    const CodedLibrary library(version, CodedBuilder().images({fullRecord(7, 0)}));
+    ASSERT_TRUE(library);
+    EXPECT_TRUE(library->photos().empty());
+    ASSERT_EQ(library->rollRecRefs().size(), 1U);
+    const Ref<ImageRecRef> record = library->rollRecRefs()[0];
+    EXPECT_EQ(record->imagePath(), library.path("2004/05/06/sub/name.jpg"));
+    const CollectedLog log;
+    if (version == 24) {
+      EXPECT_FALSE(record->info());
+      EXPECT_TRUE(record->imageAttributes()->storedDictionary()->empty()) << "made for want of one";
+      continue;
+    }
+    EXPECT_EQ(record->modificationDate(), Date{2});
+    EXPECT_EQ(
+        entriesOf(record->imageAttributes()->attributes()),
+        (Entries{"ArchiveDate = 2001-01-01 00:00:03 +0000", "ModDate = 2001-01-01 00:00:02 +0000",
+                 "MetaDate = 2001-01-01 00:00:04 +0000", "Caption = Köln \U0001F600",
+                 "Annotation = comment", "OrigFileName = DSC_1.JPG"}));
+    EXPECT_EQ(entriesOf(record->info()->storedDictionary()),
+              (Entries{"FileName = 2004/7.jpg", "Date = 2001-01-01 00:00:01 +0000"}));
+  }
+}
+
+TEST(CodedImageRecords, HoldPhotosAboveVersion24) {
+  for (const std::int32_t version : {15, 24, 25, 50, 51, 150}) {
+    const CodedLibrary library(version, CodedBuilder().images({photo(1), fullRecord(2, 0)}));
+    ASSERT_TRUE(library);
+    EXPECT_EQ(library->photos().size(), version > 24 ? 1U : 0U) << version;
+    EXPECT_EQ(library->rollRecRefs().size(), 1U) << version;
+  }
+}
+
+TEST(CodedImageRecords, GoThroughOddRecordsAsThePlainOnes) {
+  const CodedBuilder after = CodedBuilder().item("idCP", u"after");
+  const std::string imageA = fileBlock(1, Type::image, u"a").bytes();
+  struct Case {
+    std::string_view what;
+    CodedBuilder fields;                          // behind the keys
+    std::string_view image, original, thumbnail;  // files in the library folder; empty for none
+    std::size_t keywords = 0;
+  };
+  const Case cases[]{
+      {"no files at all", CodedBuilder(), "", "", ""},
+      {"no original", CodedBuilder().item("idNI", 1).raw(imageA), "a", "a", ""},
+      {"an original only",
+       CodedBuilder().item("idNI", 1).raw(fileBlock(1, Type::original, u"o").bytes()), "", "o", ""},
+      {"a thumbnail in a block",
+       CodedBuilder().item("idNI", 1).raw(fileBlock(1, Type::thumbnail, u"t").bytes()), "", "",
+       "t"},
+      {"blocks 1 and 2 of 2",
+       CodedBuilder().item("idNI", 2).raw(imageA).raw(fileBlock(2, Type::original, u"o").bytes()),
+       "a", "o", ""},
+      {"blocks 1 and 5 of 2",
+       CodedBuilder().item("idNI", 2).raw(imageA).raw(fileBlock(5, Type::original, u"o").bytes()),
+       "a", "a", ""},
+      {"no block", CodedBuilder().item("idNI", 0), "", "", ""},
+      {"blocks a second time",
+       CodedBuilder().item("idNI", 1).raw(imageA).item("idNI", 1).raw(
+           fileBlock(1, Type::original, u"o").bytes()),
+       "", "o", ""},
+      {"a block of another type",
+       CodedBuilder().item("idNI", 1).block(1, CodedBuilder()
+                                                   .item("idTY", 7)
+                                                   .item("idFP", u"x")
+                                                   .item("idIS", std::vector<float>{1, 2})),
+       "", "", ""},
+      {"a type behind its file",
+       CodedBuilder().item("idNI", 1).block(1, CodedBuilder().item("idFP", u"x").item("idTY", 6)),
+       "", "", ""},
+      {"an unlisted code in a block, of which only the code is passed",
+       CodedBuilder().item("idNI", 1).block(
+           1, Type::image, CodedBuilder().code("idZZ").code("idYY").item("idFP", u"a")),
+       "a", "a", ""},
+      {"a block field that reaches beyond its block, over what follows",
+       CodedBuilder().item("idNI", 1).number(1).number(20).item("idTY", 6).code("idFP").number(18),
+       "", "", ""},
+      {"an unlisted field", CodedBuilder().item("idZZ", std::string("odd")), "", "", ""},
+      {"fields of odd sizes",
+       CodedBuilder().item("idCM", std::string("abc")).item("idUI", std::string("a")), "", "", ""},
+      {"keyword keys before their count",
+       CodedBuilder().item("idKS", std::vector<std::int32_t>{1}).item("idNK", 1), "", "", ""},
+      {"keyword keys behind a count of 0",
+       CodedBuilder().item("idNK", 0).item("idKS", std::string("x")), "", "", ""},
+      {"keyword keys that do not fill their field",
+       CodedBuilder().item("idNK", 9).item("idKS", std::string("\0\0\0\1\0\0", 6)), "", "", "", 1},
+  };
+  CodedBuilder catalogue;
+  catalogue.item("dbKW", archiveOf(keywordStore({{"one", 1}})));
+  for (const Case& each : cases) {
+    catalogue.images({photo(1).raw(each.fields.bytes()).raw(after.bytes())});
+  }
+  const CodedLibrary library(60, catalogue);
+  ASSERT_TRUE(library) << library.log().front();
+  ASSERT_EQ(library->photos().size(), std::size(cases));
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    const Case& each = cases[i];
+    SCOPED_TRACE(each.what);
+    const CollectedLog log;
+    const Ref<ImageRecRef> record = library->photos()[i];
+    EXPECT_EQ(record->caption(), "after");
+    EXPECT_EQ(record->keywords().array()->size(), each.keywords);
+    const auto isFile = [&](const std::optional<std::string>& path, std::string_view name) {
+      return path == library.path(std::string(name));
+    };
+    // Without a stored path, paths are made up from the folder, which these records lack.
+    EXPECT_EQ(isFile(record->imagePath(), each.image), !each.image.empty());
+    EXPECT_EQ(isFile(record->originalImagePath(), each.original), !each.original.empty());
+    EXPECT_EQ(isFile(record->thumbnailPath(), each.thumbnail), !each.thumbnail.empty());
+  }
+}
+
+TEST(CodedImageRecords, RefuseFieldsWhoseSizeDoesNotFit) {
+  const auto refused = [](const CodedBuilder& fields, std::uint32_t code, CodedRead read) {
+    const std::uint32_t size = codedReadKind(read).requiredSize;
+    if (size == 0) {
+      return;
+    }
+    SCOPED_TRACE(fourCharacterText(code));
+    const CodedLibrary library(60, CodedBuilder().images({fields}));
+    EXPECT_FALSE(library);
+    EXPECT_EQ(library.log(), Entries{"NSInternalInconsistencyException - Unexpected datasize " +
+                                     std::to_string(size + 1) + " during " +
+                                     std::string(codedReadKind(read).operation) + " = (null)"});
+  };
+  for (const CodedImageField& field : kCodedImageFields) {
+    const std::uint32_t size = codedReadKind(field.read).requiredSize + 1;
+    refused(photo(1).number(field.code).number(size).raw(std::string(size, 'x')), field.code,
+            field.read);
+  }
+  for (const CodedBlockField& field : kCodedBlockFields) {
+    const std::uint32_t size = codedReadKind(field.read).requiredSize + 1;
+    const CodedBuilder wrong =
+        CodedBuilder().number(field.code).number(size).raw(std::string(size, 'x'));
+    refused(photo(1).item("idNI", 1).block(1, wrong), field.code, field.read);
+  }
+}
+
+TEST(CodedImageRecords, RefuseWhatIsNoArchiveAndWhatTheFileDoesNotHold) {
+  struct Case {
+    CodedBuilder fields;
+    std::string_view logged;
+  };
+  for (const Case& each :
+       {Case{photo(1).item("idRS", std::string("no archive")), "NSInvalidArgumentException - "},
+        {photo(1).item("idRS", std::string("\4\13streamtyped\x81\xE8\3\x84", 17)),
+         "NSArchiverArchiveInconsistency - "},
+        {photo(1).code("idCP").number(100).raw("x"), "NSRangeException - "},
+        {photo(1).code("idUD").number(-1), "NSRangeException - "},
+        {photo(1).item("idNI", 2).raw(fileBlock(1, Type::image, u"a").bytes()),
+         "NSRangeException - "}}) {
+    const CodedLibrary library(60, CodedBuilder().images({each.fields}));
+    EXPECT_FALSE(library);
+    ASSERT_EQ(library.log().size(), 1U);
+    EXPECT_TRUE(library.log()[0].starts_with(each.logged)) << library.log()[0];
+  }
+}
+
+TEST(CodedImageRecords, EndWhereASizeLeadsBack) {
+  for (const std::int32_t size : {-1, -4, -8, -12, std::numeric_limits<std::int32_t>::min()}) {
+    const CodedBuilder damaged[]{
+        photo(2).code("idZZ").number(size),
+        photo(2).code("idKS").number(size),
+        photo(2).item("idNI", 1).number(1).number(size),
+        photo(2).item("idNI", 1).number(9).number(size),
+    };
+    for (const CodedBuilder& record : damaged) {
+      const CodedLibrary library(60, CodedBuilder().images({photo(1), record, photo(3)}));
+      ASSERT_TRUE(library);
+      ASSERT_EQ(library->photos().size(), 1U);
+      EXPECT_EQ(library->photos()[0]->keyStringValue(), "1");
+    }
+    // A record's own size only says where its fields end, and none is looked for before its start.
+    CodedBuilder records;
+    records.item("dbCT", 2).item("dbTV", std::string()).code("imag").number(size);
+    const CodedLibrary library(60, records.item("imag", photo(3)));
+    ASSERT_TRUE(library);
+    EXPECT_EQ(library->rollRecRefs().size(), 1U);
+    ASSERT_EQ(library->photos().size(), 1U);
+    EXPECT_EQ(library->photos()[0]->keyStringValue(), "3");
+  }
+}
+
+TEST(CodedImageRecords, StandBehindEveryMarkerAsManyAsCountedLast) {
+  const CodedBuilder record = CodedBuilder().item("imag", photo(1));
+  const std::string three = record.bytes() + record.bytes() + record.bytes();
+  const CodedLibrary library(51, CodedBuilder()
+                                     .item("dbTV", std::string("no records yet"))
+                                     .item("dbMD", 1.0)
+                                     .item("dbXX", std::string(5, 'x'))
+                                     .item("dbCT", 3)
+                                     .item("dbTV", 7)
+                                     .raw(three)
+                                     .item("dbTV", std::string())
+                                     .raw(three)
+                                     .item("dbVS", 51));
+  ASSERT_TRUE(library);
+  EXPECT_EQ(library->photos().size(), 6U);
+}
+
+TEST(CodedImageRecords, HaveTheKeywordsOfTheStoreBeforeThem) {
+  const CodedBuilder record = photo(1).item("idNK", 1).item("idKS", std::vector<std::int32_t>{1});
+  const CodedBuilder sections = CodedBuilder()
+                                    .images({record})
+                                    .item("dbKW", archiveOf(keywordStore({{"new", 1}})))
+                                    .images({record})
+                                    .item("dbKW", archiveOf(make<Array>()))
+                                    .images({record});
+  const CodedLibrary library(catalogueBytes(50, sections, keywordStore({{"old", 1}})));
+  ASSERT_TRUE(library);
+  std::string found;
+  for (const Ref<ImageRecRef>& each : library->photos()) {
+    const Ref<Array> keywords = each->keywords().array();
+    found += keywords->empty() ? "none" : *(*keywords)[0].object<Keyword>()->string() + " ";
+  }
+  EXPECT_EQ(found, "old new none");
+}
+
+/// Asks every record of a catalogue that can be loaded for everything. A catalogue that cannot be
+/// loaded must leave one line that says why.
+bool isLibraryOrRefusal(const TemporaryFolder& folder, const std::string& bytes) {
+  folder.write("Library.iPhoto", bytes);
+  const CollectedLog log;
+  const Ref<TVQiPhotoLibrary> library =
+      TVQiPhotoLibrary::initWithContentsOfFile(folder / "Library.iPhoto");
+  if (!library) {
+    return !log.lines().empty();
+  }
+  std::size_t described = 0;
+  for (const List<ImageRecRef>& records : {library->photos(), library->rollRecRefs()}) {
+    for (const Ref<ImageRecRef>& record : records) {
+      described += record->description().size();
+    }
+  }
+  return described >= library->photos().size() && !library->description().empty();
+}
+
+TEST(CodedCatalogue, IsReadOrRefusedWhateverIsDamaged) {
+  const TemporaryFolder files;
+  NSArchiver albums;
+  albums.encodeInt(0);
+  albums.encodeObject(Album::init<ArchiveAlbum>());
+  albums.encodeObject(Album::init<FolderAlbum>());
+  albums.encodeObject(0);
+  const CodedBuilder roll = CodedBuilder()
+                                .item("stKY", 5)
+                                .item("rlNM", u"roll")
+                                .item("stPK", std::vector<std::int32_t>{1, 2});
+  const CodedBuilder sections = CodedBuilder()
+                                    .images({fullRecord(1, 5), fullRecord(2, 0)})
+                                    .item("dbAL", std::string(albums.archivedData().bytes()))
+                                    .rolls({roll});
+  for (const std::string& whole :
+       {catalogueBytes(60, sections), catalogueBytes(50, sections, keywordStore({{"one", 1}})),
+        catalogueBytes(25, sections, keywordStore({{"one", 1}}), std::endian::big)}) {
+    ASSERT_TRUE(isLibraryOrRefusal(files, whole));
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+      // Shorter than a code, a file is no catalogue at all, which the probe says by throwing.
+      EXPECT_TRUE(i < 4 || isLibraryOrRefusal(files, whole.substr(0, i))) << i;
+      std::string flipped = whole;
+      flipped[i] = static_cast<char>(~flipped[i]);
+      EXPECT_TRUE(isLibraryOrRefusal(files, flipped)) << i;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace mrziphoto

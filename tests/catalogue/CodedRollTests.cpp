@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+
+#include "support/CodedLibrary.h"
+
+namespace mrziphoto {
+namespace {
+
+/// "name/comment/keys " of each roll of a catalogue whose roll section holds these bytes.
+std::string rolls(const std::string& section) {
+  NSArchiver albums;
+  albums.encodeInt(0);
+  albums.encodeObject(Album::init<ArchiveAlbum>());
+  const CodedLibrary library(60, CodedBuilder()
+                                     .item("dbAL", std::string(albums.archivedData().bytes()))
+                                     .item("dbRL", section));
+  if (!library) {
+    return library.log().front();
+  }
+  std::string result;
+  for (const Ref<RollAlbum>& roll : library->rolls()) {
+    result += roll->key().description() + "/" + roll->albumName().value_or("-") + "/" +
+              roll->annotation().value_or("-") + "/";
+    for (const std::uint32_t key : roll->photoKeys()->keyNumbers()) {
+      result += std::to_string(key) + ",";
+    }
+    result += " ";
+  }
+  return result;
+}
+
+CodedBuilder section() { return CodedBuilder().number(1); }
+
+TEST(CodedRollRecords, BecomeRollAlbums) {
+  const std::vector<std::int32_t> keys{3, -1};
+  const CodedBuilder number12 = CodedBuilder().item("stKY", 12);
+  struct Case {
+    std::string_view what;
+    CodedBuilder section;
+    std::string_view rolls;
+  };
+  for (const Case& each : std::initializer_list<Case>{
+           {"nothing", CodedBuilder(), ""},
+           {"the number in front alone", section(), ""},
+           {"every field",
+            section().roll(CodedBuilder()
+                               .item("rlNM", u"Köln")
+                               .item("rlCM", u"comment")
+                               .item("stPK", keys)
+                               .item("slUI", u"id")
+                               .item("rlDT", 1.0)
+                               .item("rlDR", archiveOf("text"))
+                               .item("rlEM", std::int16_t{1})
+                               .item("rlOR", std::int16_t{1})
+                               .item("stKY", 12)),
+            "12/Köln/comment/3,4294967295, "},
+           {"a key alone", section().roll(number12), "12/// "},
+           {"a text of four bytes",
+            section().roll(CodedBuilder().item("rlNM", u"ab").item("stKY", 12)), "12/ab// "},
+           {"no key, a key of 0 and a key of another size",
+            section()
+                .roll(CodedBuilder().item("rlNM", u"a"))
+                .roll(CodedBuilder().item("stKY", 0))
+                .roll(CodedBuilder().item("stKY", std::string()))
+                .roll(number12),
+            "12/// "},
+           {"unlisted fields",
+            section().roll(CodedBuilder()
+                               .item("rlXX", 1)
+                               .item("rlYY", std::string("odd"))
+                               .raw(number12.bytes())),
+            "12/// "},
+           {"a record whose field reaches beyond it",
+            section().number(5).raw(number12.bytes()).roll(number12), "12/// 12/// "},
+           {"lengths that say nothing", section().number(0).number(-7).number(3).roll(number12),
+            "12/// "},
+           {"a size that leads back",
+            section().roll(number12).roll(CodedBuilder().code("rlXX").number(-8)).roll(number12),
+            "12/// "},
+           {"a date of another size", section().roll(CodedBuilder().item("rlDT", 1)),
+            "NSInternalInconsistencyException - Unexpected datasize 4 during readCodedDouble = "
+            "(null)"},
+           {"more keys than bytes", section().number(99).code("stPK").number(0x7FFFFFFF),
+            "NSRangeException - the data ends inside a value: 2147483644 bytes wanted at offset 16 "
+            "of 16 = (null)"}}) {
+    EXPECT_EQ(rolls(each.section.bytes()), each.rolls) << each.what;
+  }
+}
+
+}  // namespace
+}  // namespace mrziphoto

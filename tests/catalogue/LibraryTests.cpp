@@ -1,0 +1,192 @@
+#include <MRZiPhoto/catalogue/TVQiPhotoLibrary.h>
+#include <MRZiPhoto/photos/RecordDatabase.h>
+#include <MRZiPhoto/platform/Array.h>
+#include <MRZiPhoto/platform/NSException.h>
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "CollectedLog.h"
+#include "LibraryFolder.h"
+#include "StandInDatabase.h"
+
+namespace mrziphoto {
+namespace {
+
+using namespace std::string_view_literals;
+
+std::string captions(const List<ImageRecRef>& photos) {
+  std::string result;
+  for (const Ref<ImageRecRef>& photo : photos) {
+    result += photo->caption().value_or("?") + " ";
+  }
+  return result;
+}
+
+/// One image of the album data; without a roll it stands for a roll.
+std::string image(int key, const std::string& caption, std::optional<int> roll = std::nullopt) {
+  return xml::entry(std::to_string(key),
+                    xml::dict(xml::entry("Caption", xml::text(caption)) +
+                              xml::entry("ImagePath", xml::text("/old/p.jpg")) +
+                              (roll ? xml::entry("Roll", xml::number(*roll)) : "")));
+}
+
+TEST(TVQiPhotoLibrary, TellsTheVersionOfACatalogueFile) {
+  const LibraryFolder library;
+  struct Case {
+    std::string_view contents;
+    std::int32_t version;
+    std::string logged;  // the end of the one log line
+  };
+  const std::string before = library.root + "/coded";
+  for (const Case& each :
+       {Case{"dbVS\0\0\0\4\0\0\0\x33"sv, 51, ""},
+        {"XYZW\0\0\0\4\0\0\0\x33"sv, 0, " - wrong header code 'XYZW'"},
+        {"dbVS\0\0\0\2\0\x33"sv, 0,
+         " - NSInternalInconsistencyException Unexpected datasize 2 during readCodedInt"},
+        {"dbVS"sv, 0, "at offset 4 of 4"}}) {
+    library.write("coded", each.contents);
+    CollectedLog log;
+    EXPECT_EQ(TVQiPhotoLibrary::iPhotoVersionForFilename(before), each.version);
+    ASSERT_EQ(log.lines().size(), each.logged.empty() ? 0U : 1U);
+    if (!each.logged.empty()) {
+      EXPECT_TRUE(log.lines()[0].starts_with(
+          "Can't determine stream version of iPhotoVersionForFilename: " + before + " - "));
+      EXPECT_TRUE(log.lines()[0].ends_with(each.logged)) << log.lines()[0];
+    }
+  }
+  library.writeArchivedVersion("archive", 42);
+  EXPECT_EQ(TVQiPhotoLibrary::iPhotoVersionForFilename(library.root + "/archive"), 42);
+  library.writeArchive("objects", {"text"});
+  CollectedLog log;
+  EXPECT_EQ(TVQiPhotoLibrary::iPhotoVersionForFilename(library.root + "/objects"), 0);
+  EXPECT_TRUE(log.lines()[0].starts_with("Can't determine archive version of "));
+  library.write("short", "db");
+  EXPECT_THROW(TVQiPhotoLibrary::iPhotoVersionForFilename(library.root + "/short"), NSException);
+}
+
+TEST(TVQiPhotoLibrary, LoadsAlbumDataAboveVersion15) {
+  const LibraryFolder library;
+  library.writeCodedVersion("Library.iPhoto", 151);
+  library.writeAlbumData(
+      xml::entry("Archive Path", xml::text("/old")) +
+      xml::entry("Master Image List",
+                 xml::dict(image(1, "P1", 5) + image(5, "R1") + image(2, "P2", 5))) +
+      xml::entry("List of Albums",
+                 xml::array(xml::dict(xml::entry("AlbumName", xml::text("A"))) + xml::number(3))) +
+      xml::entry("List of Rolls", xml::array(xml::dict(xml::entry("AlbumId", xml::number(5))))) +
+      xml::entry("List of Keywords", xml::dict(xml::entry("3", xml::text("Kids")))));
+  CollectedLog log;
+  // A missing catalogue file falls back to "Library.iPhoto".
+  const Ref<TVQiPhotoLibrary> loaded =
+      TVQiPhotoLibrary::initWithContentsOfFile(library.root + "/Library6.iPhoto");
+  ASSERT_TRUE(loaded);
+  EXPECT_EQ(log.lines(), (std::vector<std::string>{
+                             "New iPhoto library version 151",
+                             "Using " + library.root + " instead of /old as the archive path"}));
+  EXPECT_EQ(loaded->libraryVersion(), 151);
+  EXPECT_EQ(captions(loaded->photos()), "P1 P2 ");
+  EXPECT_EQ(captions(loaded->rollRecRefs()), "R1 ");
+  EXPECT_EQ(loaded->albums()[0]->albumName(), "A");
+  EXPECT_EQ(loaded->numberOfAlbums(), 1U);
+  EXPECT_EQ(loaded->numberOfRolls(), 1U);
+  for (const Value& key : {Value(3), Value("3"), Value(3.0)}) {
+    ASSERT_TRUE(loaded->keywordForKey(key));
+    EXPECT_EQ(loaded->keywordForKey(key)->string(), "Kids");
+  }
+  EXPECT_FALSE(loaded->keywordForKey("x"));
+  EXPECT_TRUE(loaded->keywordsForKeys(*make<Array>(std::vector<Value>{3})).empty());
+
+  EXPECT_EQ(loaded->updateImagePath("/old/2004/a.jpg"), library.root + "/2004/a.jpg");
+  EXPECT_EQ(loaded->updateImagePath("/elsewhere"), "/elsewhere");
+  EXPECT_EQ(loaded->archivePath(), library.root);
+  EXPECT_TRUE(loaded->description().starts_with(
+      "version = 151, nextImageKey = (null), nextRollKey = (null), flag1 = 0, flag2 = 0, "
+      "imagesDate1 = (null), imageRecRefs = (\n"));
+}
+
+TEST(TVQiPhotoLibrary, AMissingOrDamagedAlbumDataFile) {
+  const LibraryFolder library;
+  library.writeCodedVersion("Library.iPhoto", 200);
+  const std::string file = library.root + "/Library.iPhoto";
+  {
+    CollectedLog log;
+    const Ref<TVQiPhotoLibrary> loaded = TVQiPhotoLibrary::initWithContentsOfFile(file);
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(log.lines().back(),
+              "Using " + library.root + " instead of (null) as the archive path");
+    EXPECT_TRUE(loaded->photos().empty());
+    EXPECT_FALSE(loaded->keywords().isNothing());
+    EXPECT_FALSE(loaded->rolls().isNothing());
+  }
+  library.write("AlbumData.xml", "<plist><dict>");
+  CollectedLog log;
+  EXPECT_FALSE(TVQiPhotoLibrary::initWithContentsOfFile(file));
+  EXPECT_TRUE(log.lines().back().starts_with("NSParseErrorException - ")) << log.lines().back();
+  // Values of other kinds than the entries speak of count as missing.
+  library.writeAlbumData(xml::entry("Archive Path", xml::number(1)) +
+                         xml::entry("Master Image List", xml::dict(xml::entry("7", "<true/>"))) +
+                         xml::entry("List of Albums", xml::text("x")) +
+                         xml::entry("List of Keywords", xml::array("")));
+  const Ref<TVQiPhotoLibrary> odd = TVQiPhotoLibrary::initWithContentsOfFile(file);
+  ASSERT_TRUE(odd);
+  EXPECT_EQ(odd->numberOfAlbums(), 0U);
+  EXPECT_EQ(odd->rollRecRefs().size(), 1U);
+}
+
+TEST(TVQiPhotoLibrary, LooksUpPhotosAsAWalkOverTheListWould) {
+  const LibraryFolder library;
+  library.writeCodedVersion("Library.iPhoto", 200);
+  std::mt19937 random(3);
+  std::string images;
+  for (int i = 0; i < 400; ++i) {
+    // Texts that differ may give one key: "7" and "07" are both photo 7.
+    const int key = static_cast<int>(random() % 500);
+    const std::string text = std::string(random() % 3, '0') + std::to_string(key);
+    images += xml::entry(text, xml::dict(xml::entry("Roll", xml::number(1)) +
+                                         xml::entry("Caption", xml::text(std::to_string(i)))));
+  }
+  library.writeAlbumData(xml::entry("Master Image List", xml::dict(images)));
+  CollectedLog log;
+  const Ref<TVQiPhotoLibrary> loaded =
+      TVQiPhotoLibrary::initWithContentsOfFile(library.root + "/Library.iPhoto");
+  ASSERT_TRUE(loaded);
+  for (std::uint32_t number = 0; number < 501; ++number) {
+    const Ref<Key> key = Key::initWithKey(number);
+    Ref<ImageRecRef> walked;
+    for (const Ref<ImageRecRef>& photo : loaded->photos()) {
+      if (!walked && photo->key().object<Key>()->isEqual(*key)) {
+        walked = photo;
+      }
+    }
+    EXPECT_EQ(loaded->photoForKey(key), walked) << number;
+  }
+  const std::size_t before = log.lines().size();
+  const List<Key> keys({Key::initWithKey(loaded->photos()[0]->photoId().unsignedIntValue()),
+                        Key::initWithKey(9999)});
+  EXPECT_EQ(loaded->photosForKeys(keys).size(), 1U);
+  ASSERT_EQ(log.lines().size(), before + 1);
+  EXPECT_EQ(log.lines().back(), "No photo for key: Key: {\n    Key = 9999;\n}");
+}
+
+TEST(TVQiPhotoLibrary, KeepsItsAlbumList) {
+  const Ref<TVQiPhotoLibrary> library = TVQiPhotoLibrary::init();
+  StandInDatabase database;
+  library->setDatabase(&database);
+  const List<Album> albums = library->albums();
+  const Ref<Album> first = Album::init<Album>();
+  library->addAlbum(Album::init<Album>());
+  library->insertAlbumAtIndex(first, 0);
+  EXPECT_EQ(albums.size(), 2U) << "the list itself was answered";
+  EXPECT_EQ(albums[0], first);
+  EXPECT_EQ(first->database(), &database);
+  EXPECT_EQ(library->numberOfRolls(), 0U);
+  library->addRoll(Album::init<RollAlbum>());
+  EXPECT_TRUE(library->rolls().isNothing()) << "a roll without an archive album is dropped";
+  library->removeAllAlbums();
+  EXPECT_TRUE(albums.empty());
+  EXPECT_EQ(first->database(), nullptr);
+}
+
+}  // namespace
+}  // namespace mrziphoto

@@ -1,0 +1,82 @@
+#include <MRZiPhoto/directories/TVQiPhotoDirectories.h>
+#include <MRZiPhoto/photos/Key.h>
+#include <MRZiPhoto/platform/Array.h>
+#include <MRZiPhoto/platform/NSArchiver.h>
+#include <MRZiPhoto/platform/NSException.h>
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "CollectedLog.h"
+#include "StandInDatabase.h"
+#include "TemporaryFolder.h"
+
+namespace mrziphoto {
+namespace {
+
+class Entry final : public ArchivedRecord {
+ public:
+  Entry(Value key, std::string_view folder)
+      : ArchivedRecord(dictionary({{"Key", std::move(key)}, {"Path", folder}})) {}
+  const Class& objectClass() const override { return DirectoryRec::kClass; }
+};
+
+Data table(std::vector<Value> entries, std::uint32_t version = 1) {
+  NSArchiver archiver;
+  archiver.setVersionForClassName(version, "DirectoryRec");
+  archiver.encodeObject(3);
+  archiver.encodeObject(make<Array>(std::move(entries)));
+  return archiver.archivedData();
+}
+
+TEST(TVQiPhotoDirectories, FindsFoldersByKey) {
+  const Ref<TVQiPhotoDirectories> directories = TVQiPhotoDirectories::initWithData(
+      table({make<Entry>(1, "a"), make<Entry>(Key::initWithKey(2), "b"), "no entry",
+             make<Entry>(1, "later")}));
+  ASSERT_TRUE(directories);
+  EXPECT_EQ(directories->directoryForKey(1), "a") << "the first entry stands";
+  EXPECT_EQ(directories->directoryForKey(Key::initWithKey(2)), "b");
+  EXPECT_EQ(directories->directoryForKey(2.0), "b");
+  EXPECT_EQ(directories->directoryForKey(3), std::nullopt);
+  EXPECT_EQ(directories->directoryForKey("1"), std::nullopt);
+  EXPECT_EQ(TVQiPhotoDirectories::init()->directoryForKey(1), std::nullopt);
+  EXPECT_EQ(TVQiPhotoDirectories::init()->description(),
+            "TVQiPhotoDirectories: directoriesKey = (null), directories = (null)");
+}
+
+TEST(TVQiPhotoDirectories, IndexAndWalkAgree) {
+  std::mt19937 random(1);
+  std::vector<Value> entries;
+  for (int i = 0; i < 500; ++i) {
+    const auto key = static_cast<std::int32_t>(random() % 300);
+    const Value stored = i % 3 == 0 ? Value(Key::initWithKeyValue(key)) : Value(key);
+    entries.emplace_back(make<Entry>(stored, std::to_string(i)));
+  }
+  const Ref<TVQiPhotoDirectories> directories = TVQiPhotoDirectories::initWithData(table(entries));
+  for (std::int32_t key = -1; key < 301; ++key) {
+    EXPECT_EQ(directories->directoryForKey(key), directories->directoryByWalk(key)) << key;
+  }
+}
+
+TEST(TVQiPhotoDirectories, LogsWhatItCannotRead) {
+  const TemporaryFolder folder;
+  const Data whole = table({make<Entry>(1, "a")});
+  const auto logged = [&](std::string_view contents) {
+    folder.write("Dir.data", contents);
+    CollectedLog log;
+    EXPECT_FALSE(TVQiPhotoDirectories::initWithContentsOfFile(folder.path() + "/Dir.data"));
+    return log.lines().size();
+  };
+  EXPECT_EQ(logged("no archive"), 1U);
+  EXPECT_EQ(logged(whole.bytes().substr(0, whole.size() - 1)), 1U);
+  CollectedLog log;
+  EXPECT_FALSE(TVQiPhotoDirectories::initWithContentsOfFile(folder.path() + "/missing"));
+  EXPECT_EQ(log.lines().size(), 1U);
+  const Ref<TVQiPhotoDirectories> newer =
+      TVQiPhotoDirectories::initWithData(table({make<Entry>(1, "a")}, 2));
+  EXPECT_EQ(log.lines().back(), "DirectoryRec version 2");
+  EXPECT_EQ(newer->directoryForKey(1), "a");
+}
+
+}  // namespace
+}  // namespace mrziphoto

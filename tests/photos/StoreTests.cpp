@@ -1,0 +1,114 @@
+#include <MRZiPhoto/photos/AttributeMgr.h>
+#include <MRZiPhoto/photos/DBSource.h>
+#include <MRZiPhoto/photos/ImageRec.h>
+#include <MRZiPhoto/photos/ImageRefKey.h>
+#include <MRZiPhoto/platform/NSArchiver.h>
+#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/platform/NSUnarchiver.h>
+#include <gtest/gtest.h>
+
+#include "CollectedLog.h"
+#include "StandInDatabase.h"
+
+namespace mrziphoto {
+namespace {
+
+/// The object after a way through an archive.
+Value archivedAndRead(NSArchiver& archiver, const Value& object) {
+  archiver.encodeObject(object);
+  return NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject();
+}
+
+TEST(Key, HoldsTheWholeUnsignedRange) {
+  for (const auto& [number, text] :
+       {std::pair{0U, "0"}, {7U, "7"}, {4294967295U, "4294967295"}}) {
+    const Ref<Key> key = Key::initWithKey(number);
+    EXPECT_EQ(key->stringValue(), text);
+    EXPECT_EQ(key->plainNumber(), number);
+    EXPECT_TRUE(key->isEqual(*Key::initWithKeyString(text)));
+    EXPECT_EQ(key->hash(), Key::initWithKeyString(text)->hash());
+  }
+  // Texts that are no plain numbers: leading digits count.
+  for (const auto& [text, number] : {std::pair{"12abc", 12U}, {"", 0U}, {"abc", 0U}, {"-5", 0U},
+                                     {"99999999999", 4294967295U}}) {
+    EXPECT_EQ(Key::initWithKeyString(text)->plainNumber(), number) << text;
+  }
+}
+
+TEST(Key, EqualsByItsWholeDictionary) {
+  NSArchiver archiver;
+  const Ref<Key> made = Key::initWithKey(7);
+  const Value again = archivedAndRead(archiver, made);
+  ASSERT_TRUE(again.object<Key>());
+  EXPECT_TRUE(made->isEqual(*again.object<Key>()));
+  EXPECT_EQ(made->hash(), again.object<Key>()->hash());
+  EXPECT_TRUE(made->isEqual(*Key::initWithKeyValue(7.0)));
+  EXPECT_FALSE(made->isEqual(*Key::initWithKeyValue("7")));
+  EXPECT_EQ(made->description(), "Key: {\n    Key = 7;\n}");
+}
+
+TEST(Key, WithoutAValueRaises) {
+  const Key empty;
+  try {
+    static_cast<void>(empty.stringValue());
+    FAIL() << "no exception";
+  } catch (const NSException& exception) {
+    EXPECT_EQ(exception.name(), kNSInternalInconsistencyException);
+    EXPECT_EQ(exception.reason(), "Key with no Key value");
+  }
+}
+
+TEST(ImageRec, PrefersItsImageSource) {
+  const Ref<ImageRec> info = ImageRec::init();
+  EXPECT_EQ(info->imageWidth(), Value(0.0F));
+  info->setFileName({});
+  EXPECT_EQ(info->fileName(), std::nullopt);
+  info->setFileName("a.jpg");
+  info->setImageWidth(640.0F);
+  info->setImageWidth({});
+  EXPECT_EQ(info->fileName(), "a.jpg");
+  EXPECT_EQ(info->imageWidth().intValue(), 640);
+  info->setObjectForKey(make<DBSource>(), ImageRec::kImageSource);
+  EXPECT_EQ(info->fileName(), std::nullopt) << "the source decides, even without a name";
+}
+
+TEST(AttributeMgr, KeepsAttributesApartFromItsOwnEntries) {
+  const Ref<AttributeMgr> store = AttributeMgr::init();
+  EXPECT_TRUE(store->attributeForKey("Caption").isNothing());
+  EXPECT_FALSE(store->attributes());
+  store->setAttributeForKey({}, "Caption");
+  ASSERT_TRUE(store->attributes());
+  EXPECT_TRUE(store->attributes()->empty());
+  store->setAttributeForKey("Köln", "Caption");
+  EXPECT_EQ(store->attributeForKey("Caption").text(), "Köln");
+  EXPECT_EQ(store->modificationDate(), std::nullopt);
+  store->setModificationDate(Date{5});
+  EXPECT_EQ(store->modificationDate(), Date{5});
+}
+
+TEST(ArchivedStores, LogNewerVersionsAndReadOn) {
+  struct Case {
+    Value object;
+    std::string_view versionName;
+    std::uint32_t version;
+    std::vector<std::string> lines;
+  };
+  const Ref<ImageRec> info = ImageRec::init();
+  info->setFileName("a.jpg");
+  const Ref<AttributeMgr> misspelt = AttributeMgr::init();
+  misspelt->setAttributeForKey("x", "Caption");
+  for (const Case& each : {Case{info, "ImageRec", 4, {}}, {info, "ImageRec", 5, {"ImageRec version 5"}},
+                           {misspelt, "AttributeMgr", 2, {"AttributeMgr version 2"}},
+                           {make<ImageRefKey>(), "Key", 2, {"ImageRefKey version 2"}}}) {
+    CollectedLog log;
+    NSArchiver archiver;
+    archiver.setVersionForClassName(each.version, each.versionName);
+    const Value again = archivedAndRead(archiver, each.object);
+    EXPECT_EQ(log.lines(), each.lines) << each.versionName;
+    ASSERT_TRUE(again.object<ArchivedRecord>());
+    EXPECT_EQ(again.description(), each.object.description());
+  }
+}
+
+}  // namespace
+}  // namespace mrziphoto
