@@ -1,0 +1,173 @@
+#include "sample/AlbumDataWriter.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include <MRZiPhoto/albums/Album.h>
+#include <MRZiPhoto/albums/ArchiveAlbum.h>
+#include <MRZiPhoto/albums/FilterAlbum.h>
+#include <MRZiPhoto/albums/RollAlbum.h>
+#include <MRZiPhoto/photos/ImageRecRef.h>
+#include <MRZiPhoto/platform/Text.h>
+
+#include "sample/Generations.h"
+#include "sample/PropertyListStream.h"
+#include "sample/SampleAlbums.h"
+#include "sample/SampleLibrary.h"
+
+namespace mrziphoto::sample {
+namespace {
+
+// The application that wrote libraries up to a catalogue version.
+struct Application {
+  std::int32_t lastVersion;
+  std::string_view version;
+};
+constexpr std::array kApplications{
+    Application{kLastWithAlbumFiles, "4.0.3"},
+    Application{kLastArchiveHeaded, "5.0.4 (263)"},
+    Application{kLastWithDirectories, "6.0.6 (322)"},
+    Application{kLastCoded - 1, "7.1.5 (378)"},
+    Application{kNewestSampleVersion, "9.4"},
+};
+
+void writeKeys(PropertyListStream& list, const SampleSelection& photos) {
+  list.beginArray(Album::kKeyList);
+  for (std::uint32_t i = 0; i < photos.most; ++i) {
+    list.string(SampleModel::photoKey(photos.first + i * photos.step));
+  }
+  list.endArray();
+  list.integer("PhotoCount", photos.most);
+}
+
+void writeFilters(PropertyListStream& list) {
+  list.string("Filter Mode", "All");
+  list.beginArray("Filters");
+  list.beginDictionary();
+  list.integer("Count", 5);
+  list.string("Operation", "Is");
+  list.string("Type", "Rating");
+  list.endDictionary();
+  list.endArray();
+}
+
+void writeAlbum(PropertyListStream& list, const SampleModel& model, const SampleAlbum& album) {
+  list.beginDictionary();
+  list.integer(Album::kAlbumId, album.key);
+  list.string(Album::kAlbumName, album.name);
+  list.string("Album Type", album.albumDataType);
+  if (album.kind == &ArchiveAlbum::kClass) {
+    list.key("Master");
+    list.boolean(true);
+  }
+  if (album.kind == &FilterAlbum::kClass) {
+    writeFilters(list);
+  }
+  if (album.parent != 0) {
+    list.integer("Parent", album.parent);
+  }
+  if (!album.comment.empty()) {
+    list.string(Album::kAnnotation, album.comment);
+  }
+  writeKeys(list, photosOfAlbum(album, model));
+  list.endDictionary();
+}
+
+// The albums of the oldest libraries lie in a folder of their own. A reader shows those behind the
+// ones listed here, so that listing them would show them twice.
+void writeAlbums(PropertyListStream& list, const SampleModel& model) {
+  list.beginArray("List of Albums");
+  if (model.version() > kLastWithAlbumFiles) {
+    for (const SampleAlbum& album : sampleAlbums()) {
+      writeAlbum(list, model, album);
+    }
+  }
+  list.endArray();
+}
+
+void writeRolls(PropertyListStream& list, const SampleModel& model) {
+  list.beginArray("List of Rolls");
+  for (std::uint32_t i = 0; i < model.rollCount(); ++i) {
+    const SampleRoll roll = model.roll(i);
+    list.beginDictionary();
+    list.integer(Album::kAlbumId, roll.key);
+    list.integer("RollID", roll.key);
+    list.string(RollAlbum::kRollName, roll.name);
+    if (roll.comment) {
+      list.string(Album::kAnnotation, *roll.comment);
+    }
+    list.real(RollAlbum::kRollDateAsTimerInterval, roll.date);
+    list.key("KeyPhotoKey");
+    list.string(SampleModel::photoKey(roll.firstPhoto));
+    writeKeys(list, {roll.firstPhoto, 1, roll.photoCount});
+    list.endDictionary();
+  }
+  list.endArray();
+}
+
+void writeKeywords(PropertyListStream& list) {
+  list.beginDictionary("List of Keywords");
+  for (const SampleKeyword& keyword : SampleModel::keywords()) {
+    list.string(std::to_string(keyword.key), keyword.text);
+  }
+  list.endDictionary();
+}
+
+// What a photo's record answers as its archive date is the date that stands here.
+void writePhoto(PropertyListStream& list, const SamplePhoto& photo, const std::string& prefix) {
+  list.beginDictionary(std::to_string(photo.key));
+  list.string("MediaType", "Image");
+  list.string(ImageRecRef::kCaption, photo.caption);
+  if (photo.comment) {
+    list.string(ImageRecRef::kComment, *photo.comment);
+  }
+  list.real("Aspect Ratio", static_cast<double>(photo.width / photo.height));
+  list.integer("Rating", photo.rating);
+  list.integer(ImageRecRef::kRoll, photo.rollKey);
+  list.real(ImageRecRef::kDateAsTimerInterval, photo.archiveDate);
+  list.real(ImageRecRef::kModDateAsTimerInterval, photo.modificationDate);
+  list.real("MetaModDateAsTimerInterval", photo.metadataDate);
+  list.string(ImageRecRef::kImagePath, prefix + photo.imagePath);
+  if (photo.isEdited) {
+    list.string(ImageRecRef::kOriginalPath, prefix + photo.originalPath);
+  }
+  list.string(ImageRecRef::kThumbPath, prefix + photo.thumbnailPath);
+  if (!photo.keywords.empty()) {
+    list.beginArray(ImageRecRef::kKeywords);
+    for (const std::int32_t keyword : photo.keywords) {
+      list.string(static_cast<std::uint32_t>(keyword));
+    }
+    list.endArray();
+  }
+  list.endDictionary();
+}
+
+}  // namespace
+
+void writeAlbumData(const SampleModel& model, const std::string& folder,
+                    const std::function<void()>& photoDone) {
+  const std::string archivePath = text::repairedUtf8(folder);
+  PropertyListStream list(folder + "/AlbumData.xml");
+  list.beginDictionary();
+  list.string("Application Version", std::ranges::lower_bound(kApplications, model.version(), {},
+                                                              &Application::lastVersion)
+                                         ->version);
+  list.string("Archive Path", archivePath);
+  list.integer("Major Version", 2);
+  list.integer("Minor Version", 0);
+  writeAlbums(list, model);
+  writeRolls(list, model);
+  writeKeywords(list);
+  list.beginDictionary("Master Image List");
+  model.forEachPhoto([&](const SampleRoll&, const SamplePhoto& photo) {
+    writePhoto(list, photo, archivePath + "/");
+    photoDone();
+  });
+  list.endDictionary();
+  list.endDictionary();
+  list.finish();
+}
+
+}  // namespace mrziphoto::sample

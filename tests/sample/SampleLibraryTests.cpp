@@ -1,0 +1,320 @@
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+#include <MRZiPhoto/exif/TVQiPhotoUserData.h>
+#include <MRZiPhoto/platform/Array.h>
+
+#include "sample/SampleLibrary.h"
+#include "support/CollectedLog.h"
+#include "support/TemporaryFolder.h"
+
+namespace mrziphoto {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kPhotos = 24;
+constexpr std::size_t kRolls = 4;
+
+SampleOptions optionsFor(const std::string& folder, std::int32_t version) {
+  SampleOptions options;
+  options.folder = folder;
+  options.libraryVersion = version;
+  options.photos = kPhotos;
+  return options;
+}
+
+std::string contents(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator(file), {}};
+}
+
+/// The contents of all files in a folder, by path.
+std::map<std::string, std::string> filesIn(const std::string& folder) {
+  std::map<std::string, std::string> files;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
+    if (entry.is_regular_file()) {
+      files.emplace(entry.path().lexically_relative(folder).string(), contents(entry.path()));
+    }
+  }
+  return files;
+}
+
+std::string textOf(const std::optional<std::string>& text) { return text.value_or("(nothing)"); }
+
+std::vector<std::string> keywordTexts(const Value& keywords) {
+  std::vector<std::string> texts;
+  for (const Value& each : *keywords.array()) {
+    const Ref<Keyword> keyword = each.object<Keyword>();
+    texts.push_back(keyword ? textOf(keyword->string()) : "no keyword");
+  }
+  return texts;
+}
+
+/// What libraries of all versions say of a photo; paths begin behind the library folder.
+std::vector<std::string> story(const ImageRecRef& photo, const std::string& root) {
+  std::vector<std::string> lines{photo.keyStringValue(),
+                                 textOf(photo.caption()),
+                                 textOf(photo.comments()),
+                                 Value(photo.archiveDate()).description(),
+                                 textOf(photo.originalFilename()),
+                                 photo.fileSize().description(),
+                                 textOf(photo.imagePath()).substr(root.size()),
+                                 textOf(photo.thumbnailPath()).substr(root.size())};
+  std::ranges::copy(keywordTexts(photo.keywords()), std::back_inserter(lines));
+  return lines;
+}
+
+std::vector<std::string> story(const RollAlbum& roll) {
+  std::vector<std::string> lines{keyNumber(roll.key()).description(), textOf(roll.albumName()),
+                                 textOf(roll.comments()), Value(roll.date()).description(),
+                                 Value(roll.archiveDate()).description()};
+  for (const Ref<ImageRecRef>& photo : roll.photos()) {
+    lines.push_back(photo->keyStringValue());
+  }
+  return lines;
+}
+
+std::vector<std::vector<std::string>> story(const TVQiPhotoDatabase& database) {
+  std::vector<std::vector<std::string>> lines;
+  for (const Ref<ImageRecRef>& photo : database.photos()) {
+    lines.push_back(story(*photo, database.directory()));
+  }
+  for (const Ref<RollAlbum>& roll : database.rolls()) {
+    lines.push_back(story(*roll));
+  }
+  for (const Ref<Keyword>& keyword : database.keywords()) {
+    lines.push_back({keyword->keyValue().description(), textOf(keyword->string())});
+  }
+  return lines;
+}
+
+struct Generation {
+  std::int32_t version;
+  std::string dataVersion;
+  std::size_t photos;
+  std::size_t rollRecords;
+  std::set<std::string> albumKinds;
+  std::set<std::string> entries;
+};
+
+const std::set<std::string> kCodedKinds{"Album", "FilterAlbum"};
+const std::set<std::string> kFileKinds{
+    "Album",       "ArchiveAlbum",    "BookAlbum",      "DynamicAlbum",   "FilterAlbum",
+    "FolderAlbum", "LastImportAlbum", "PublishedAlbum", "SlideshowAlbum", "TrashAlbum"};
+const std::set<std::string> kDayFolderEntries{"2003", "AlbumData.xml", "Dir.data", "Thumb64.data"};
+const std::set<std::string> kTreeEntries{"AlbumData.xml",      "Data",     "Library.iPhoto",
+                                         "Library6.iPhoto",    "Modified", "Originals",
+                                         "Thumb64Segment.data"};
+
+std::set<std::string> with(std::set<std::string> entries, std::initializer_list<std::string> more) {
+  entries.insert(more);
+  return entries;
+}
+
+std::vector<Generation> generations() {
+  const auto oldest = with(kDayFolderEntries, {"Albums", "Library.data", "Thumb32.data"});
+  const auto archiveHeaded = with(kDayFolderEntries, {"Library.iPhoto"});
+  const auto withDirectories = with(kTreeEntries, {"Dir.data"});
+  return {
+      {15, "40", 0, kRolls, kFileKinds, oldest},
+      {16, "40", kPhotos, kRolls, kFileKinds, oldest},
+      {24, "40", kPhotos, kRolls, kFileKinds, oldest},
+      {25, "50", kPhotos, kRolls, kCodedKinds, archiveHeaded},
+      {50, "50", kPhotos, kRolls, kCodedKinds, archiveHeaded},
+      {51, "60", kPhotos, kRolls, kCodedKinds, withDirectories},
+      {100, "60", kPhotos, kRolls, kCodedKinds, withDirectories},
+      {101, "70", kPhotos, kRolls, kCodedKinds, kTreeEntries},
+      {150, "80", kPhotos, kRolls, kCodedKinds, kTreeEntries},
+      {151, "80", kPhotos, 0, {"Album"}, kTreeEntries},
+      {300, "80", kPhotos, 0, {"Album"}, kTreeEntries},
+  };
+}
+
+void expectThatFilesAreThere(const ImageRecRef& photo) {
+  const std::string image = textOf(photo.imagePath());
+  ASSERT_TRUE(fs::is_regular_file(image)) << image;
+  EXPECT_EQ(photo.fileSize().integer(), static_cast<std::int64_t>(fs::file_size(image))) << image;
+  EXPECT_TRUE(contents(image).starts_with("\xFF\xD8\xFF")) << image;
+  EXPECT_TRUE(fs::is_regular_file(textOf(photo.thumbnailPath()))) << image;
+}
+
+void expectGeneration(const Generation& expected, bool bigEndianArchives) {
+  const TemporaryFolder folder;
+  SampleOptions options = optionsFor(folder.path(), expected.version);
+  options.bigEndianArchives = bigEndianArchives;
+  writeSampleLibrary(options);
+  std::set<std::string> entries;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder.path())) {
+    entries.insert(entry.path().filename().string());
+  }
+  EXPECT_EQ(entries, expected.entries);
+
+  const CollectedLog log;
+  const Ref<TVQiPhotoDatabase> database =
+      TVQiPhotoDatabase::initWithContentsOfDirectory(folder.path());
+  ASSERT_TRUE(database);
+  EXPECT_EQ(database->iPhotoLibraryVersion(), expected.version);
+  EXPECT_EQ(database->iPhotoDataVersion(), expected.dataVersion);
+  EXPECT_EQ(database->photos().size(), expected.photos);
+  EXPECT_EQ(database->rolls().size(), kRolls);
+  EXPECT_EQ(database->rollRecRefs().size(), expected.rollRecords);
+  EXPECT_EQ(database->keywords().size(), 8U);
+  std::set<std::string> kinds;
+  for (const Ref<Album>& album : database->albums()) {
+    kinds.emplace(album->className());
+  }
+  EXPECT_EQ(kinds, expected.albumKinds);
+  for (const Ref<ImageRecRef>& photo : database->photos()) {
+    expectThatFilesAreThere(*photo);
+  }
+  for (const Ref<RollAlbum>& roll : database->rolls()) {
+    EXPECT_FALSE(textOf(roll->albumName()).empty());
+    EXPECT_TRUE(roll->date());
+  }
+  // An album of a kind that logs itself, and the word that a version is new.
+  EXPECT_LE(log.lines().size(), 1U) << ::testing::PrintToString(log.lines());
+}
+
+TEST(SampleLibraryTest, OpensInEveryGenerationAndByteOrder) {
+  for (const Generation& generation : generations()) {
+    for (const bool bigEndian : {false, true}) {
+      SCOPED_TRACE(std::to_string(generation.version) + (bigEndian ? " big" : " little"));
+      expectGeneration(generation, bigEndian);
+    }
+  }
+}
+
+TEST(SampleLibraryTest, TellsTheSameStoryInAllGenerations) {
+  const CollectedLog log;
+  const auto storyOfVersion = [](std::int32_t version) {
+    const TemporaryFolder folder;
+    writeSampleLibrary(optionsFor(folder.path(), version));
+    return story(*TVQiPhotoDatabase::initWithContentsOfDirectory(folder.path()));
+  };
+  const auto coded = storyOfVersion(60);
+  EXPECT_EQ(coded.size(), kPhotos + kRolls + 8);
+  EXPECT_EQ(coded, storyOfVersion(200));
+  // These keep their pictures in other places than those above.
+  EXPECT_EQ(storyOfVersion(20), storyOfVersion(50));
+}
+
+TEST(SampleLibraryTest, KeepsWhatTheCameraNoted) {
+  const CollectedLog log;
+  for (const std::int32_t version : {20, 50, 60}) {
+    const TemporaryFolder folder;
+    writeSampleLibrary(optionsFor(folder.path(), version));
+    const Ref<TVQiPhotoDatabase> database =
+        TVQiPhotoDatabase::initWithContentsOfDirectory(folder.path());
+    for (const Ref<ImageRecRef>& photo : database->photos()) {
+      const Ref<TVQiPhotoUserData> camera = photo->exifData();
+      const std::string model = textOf(camera->model());
+      EXPECT_NE(contents(textOf(photo->imagePath())).find(model), std::string::npos) << model;
+      EXPECT_TRUE(camera->aperture() && camera->exposure() && camera->focalLength() &&
+                  camera->isoSpeed() && camera->flash());
+    }
+  }
+}
+
+TEST(SampleLibraryTest, WritesTheSameBytesForTheSameSeed) {
+  const TemporaryFolder parent;
+  const std::string folder = parent / "library";
+  const auto filesOf = [&folder](std::int32_t version, std::uint64_t seed) {
+    fs::remove_all(folder);
+    SampleOptions options = optionsFor(folder, version);
+    options.seed = seed;
+    writeSampleLibrary(options);
+    return filesIn(folder);
+  };
+  for (const std::int32_t version : {20, 60}) {
+    EXPECT_TRUE(filesOf(version, 1) == filesOf(version, 1)) << version;
+    EXPECT_FALSE(filesOf(version, 1) == filesOf(version, 2)) << version;
+  }
+}
+
+TEST(SampleLibraryTest, LeavesPicturesOut) {
+  const CollectedLog log;
+  for (const std::int32_t version : {20, 60, 200}) {
+    const TemporaryFolder folder;
+    SampleOptions options = optionsFor(folder.path(), version);
+    options.images = false;
+    std::uint32_t reported = 0;
+    std::uint32_t total = 0;
+    options.progress = [&](std::uint32_t done, std::uint32_t ofThat) {
+      reported = done;
+      total = ofThat;
+    };
+    writeSampleLibrary(options);
+    EXPECT_GT(reported, 0U);
+    EXPECT_EQ(reported, total);
+    for (const auto& [name, bytes] : filesIn(folder.path())) {
+      EXPECT_FALSE(bytes.starts_with("\xFF\xD8\xFF")) << name;
+    }
+    const Ref<TVQiPhotoDatabase> database =
+        TVQiPhotoDatabase::initWithContentsOfDirectory(folder.path());
+    EXPECT_EQ(database->photos().size(), kPhotos) << version;
+  }
+}
+
+TEST(SampleLibraryTest, CanBeEmpty) {
+  const CollectedLog log;
+  for (const std::int32_t version : {20, 60, 200}) {
+    const TemporaryFolder folder;
+    SampleOptions options = optionsFor(folder.path(), version);
+    options.photos = 0;
+    writeSampleLibrary(options);
+    const Ref<TVQiPhotoDatabase> database =
+        TVQiPhotoDatabase::initWithContentsOfDirectory(folder.path());
+    ASSERT_TRUE(database) << version;
+    EXPECT_TRUE(database->photos().empty() && database->rolls().empty()) << version;
+  }
+}
+
+TEST(SampleLibraryTest, RefusesWithOneSentence) {
+  const TemporaryFolder folder;
+  folder.write("full/notes.txt", "mine");
+  const struct {
+    std::string folder;
+    std::int32_t version;
+    std::uint32_t photos;
+    std::string message;
+  } kCases[] = {
+      {folder / "a", 14, 1,
+       "a library of version 14 cannot be written: versions go from 15 to 300"},
+      {folder / "a", 301, 1,
+       "a library of version 301 cannot be written: versions go from 15 to 300"},
+      {folder / "a", 60, 2'000'001,
+       "a library of 2000001 photos cannot be written: 2000000 are the most"},
+      {folder / "full", 60, 1,
+       "no library can be written to " + folder / "full" + ": the folder is not empty"},
+      {folder / "full/notes.txt", 60, 1,
+       "no library can be written to " + folder / "full/notes.txt" + ": it is not a folder"},
+      {folder / "full/notes.txt/b", 60, 1,
+       "cannot make the folder " + folder / "full/notes.txt/b" + ": Not a directory"},
+      {"", 60, 1, "no library can be written to the folder ''"},
+  };
+  for (const auto& each : kCases) {
+    SampleOptions options = optionsFor(each.folder, each.version);
+    options.photos = each.photos;
+    try {
+      writeSampleLibrary(options);
+      ADD_FAILURE() << each.message;
+    } catch (const std::runtime_error& error) {
+      EXPECT_EQ(error.what(), each.message);
+    }
+  }
+  EXPECT_EQ(filesIn(folder.path()).size(), 1U);
+}
+
+}  // namespace
+}  // namespace mrziphoto
