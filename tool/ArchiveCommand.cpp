@@ -1,0 +1,46 @@
+#include <optional>
+#include <string>
+
+#include <MRZiPhoto/platform/ArchiveDocument.h>
+#include <MRZiPhoto/platform/FileManager.h>
+#include <MRZiPhoto/platform/NSException.h>
+
+#include "Commands.h"
+#include "Failure.h"
+
+namespace mrziphoto::tool {
+namespace {
+
+ArchiveDocument readArchive(const std::string& file) {
+  const std::string name = '\'' + file + '\'';
+  const std::optional<Data> bytes = FileManager::contents(file);
+  if (!bytes) {
+    throw Failure(ExitStatus::notThere, "the file " + name + " cannot be read");
+  }
+  try {
+    if (const std::optional<ArchiveDocument> document = ArchiveDocument::initWithData(*bytes)) {
+      return *document;
+    }
+  } catch (const NSException& exception) {
+    throw Failure(ExitStatus::notThere,
+                  "the archive " + name + " is damaged: " + exception.reason());
+  }
+  throw Failure(ExitStatus::notThere, "the file " + name + " is no typed-object archive");
+}
+
+}  // namespace
+
+void archive(Session& session) {
+  const Format format = session.arguments.format;
+  if (format == Format::csv) {
+    throw Failure(ExitStatus::wrongUse, "the structure of an archive does not fit the format csv");
+  }
+  const ArchiveDocument document = readArchive(session.arguments.words.front());
+  std::string& out = session.output.text();
+  out += format == Format::table ? document.text() : document.json();
+  if (!out.ends_with('\n')) {
+    out += '\n';
+  }
+}
+
+}  // namespace mrziphoto::tool

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace mrziphoto::tool {
+
+/// Appends one JSON value after the other to a text, with the commas that lists and objects need.
+class JsonText {
+ public:
+  /// `out` outlives this object.
+  explicit JsonText(std::string& out) : _out(&out) {}
+
+  void null() { word("null"); }
+  void boolean(bool value) { word(value ? "true" : "false"); }
+  /// A number, already written as JSON writes numbers.
+  void number(std::string_view digits) { word(digits); }
+  void text(std::string_view text);
+  void beginList() { open('['); }
+  void endList() { close(']'); }
+  void beginObject() { open('{'); }
+  /// Before each value of an object.
+  void name(std::string_view name);
+  void endObject() { close('}'); }
+  /// The next value follows something that was appended by other hands, and takes no comma.
+  void restart() { _needsComma = false; }
+
+  /// Appends a text in quotes. What is no valid UTF-8 becomes U+FFFD; all control characters, the
+  /// 8-bit ones too, are escaped.
+  static void appendQuoted(std::string& out, std::string_view text);
+
+ private:
+  void separate();
+  void word(std::string_view word);
+  void open(char bracket);
+  void close(char bracket);
+
+  std::string* _out;
+  bool _needsComma = false;
+};
+
+}  // namespace mrziphoto::tool

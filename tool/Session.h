@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+
+#include "Output.h"
+#include "RecordWriter.h"
+#include "sample/SampleLibrary.h"
+
+namespace mrziphoto::tool {
+
+/// What the command line says, behind the name of the command.
+struct Arguments {
+  /// The library folder as it was named; nothing for the default library.
+  std::optional<std::string> library;
+  /// The other words, in order: KEY, NAME..., FILE, FOLDER.
+  std::vector<std::string> words;
+  Format format = Format::table;
+  /// What `--fields` says, with commas.
+  std::optional<std::string> fields;
+  std::optional<std::string> album;
+  std::optional<std::string> roll;
+  std::optional<std::string> keyword;
+  std::string outputFile;
+  bool quiet = false;
+  /// All but the folder, which is the first word.
+  SampleOptions sample;
+};
+
+/// One run of the tool.
+struct Session {
+  Arguments arguments;
+  Output output;
+  /// The library, once a command has opened it: it stays open for as long as the session lasts.
+  Ref<TVQiPhotoDatabase> database;
+};
+
+}  // namespace mrziphoto::tool

@@ -1,0 +1,71 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <new>
+
+#include "CommandLine.h"
+#include "Failure.h"
+#include "Output.h"
+#include "Session.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define MRZIPHOTO_LEAVES_AT_ONCE 0
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define MRZIPHOTO_LEAVES_AT_ONCE 0
+#endif
+#endif
+#ifndef MRZIPHOTO_LEAVES_AT_ONCE
+#define MRZIPHOTO_LEAVES_AT_ONCE 1
+#endif
+
+namespace {
+
+using namespace mrziphoto::tool;
+
+/// Files must not be opened in the place of a standard stream that the caller has closed. What
+/// stands in for it can neither be read nor written.
+void occupyStandardStreams() {
+  for (const int descriptor : std::array{STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(descriptor, F_GETFD) == -1) {
+      static_cast<void>(::open("/", O_PATH));
+    }
+  }
+}
+
+ExitStatus run(int argc, const char* const* argv, Session& session) {
+  try {
+    runCommandLine(argc, argv, session);
+    session.output.flush();
+    return ExitStatus::done;
+  } catch (const ClosedPipe&) {
+    return ExitStatus::done;
+  } catch (const Failure& failure) {
+    Output::complain(failure.what());
+    return failure.status();
+  } catch (const std::bad_alloc&) {
+    Output::complain("there is not enough memory");
+  } catch (const std::exception& error) {
+    Output::complain(error.what());
+  }
+  return ExitStatus::notThere;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  occupyStandardStreams();
+  // A closed pipe is then told by the failing write.
+  std::signal(SIGPIPE, SIG_IGN);
+  Session session;
+  const auto status = static_cast<int>(run(argc, argv, session));
+#if MRZIPHOTO_LEAVES_AT_ONCE
+  // Taking a million records apart would cost time and bring nothing.
+  std::_Exit(status);
+#endif
+  return status;
+}
