@@ -13,6 +13,16 @@ install(
   NAMESPACE MRZiPhoto::
   DESTINATION "${package_folder}")
 
+if(TARGET MRZiPhotoImages)
+  install(TARGETS MRZiPhotoImages LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+endif()
+
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/resources"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/MRZiPhoto")
+
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/resources/"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/MRZiPhoto/resources")
+
 get_property(headers GLOBAL PROPERTY mrziphoto_public_headers)
 foreach(header IN LISTS headers)
   cmake_path(GET header PARENT_PATH room)

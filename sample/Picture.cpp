@@ -5,6 +5,7 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include <jpeglib.h>
@@ -28,32 +29,31 @@ constexpr std::array<std::array<std::uint8_t, kDigitHeight>, 10> kDigits{{
     {7, 5, 7, 1, 7},
 }};
 
-constexpr std::uint8_t kWhite = 255;
+constexpr int kWhite = 255;
 
+// The colours run along the diagonal, so that every row is a piece of one and the same strip.
 void drawGradient(Picture& picture, std::uint64_t colours) {
-  constexpr std::size_t kSteps = 256;
-  std::array<std::array<std::uint8_t, Picture::kSamples>, kSteps> steps{};
-  for (std::size_t step = 0; step < kSteps; ++step) {
+  const std::size_t length = picture.width() + picture.height();
+  std::vector<std::uint8_t> strip;
+  strip.reserve(length * Picture::kSamples);
+  for (std::size_t way = 0; way < length; ++way) {
     for (std::size_t i = 0; i < Picture::kSamples; ++i) {
       const std::size_t from = colours >> (8 * i) & 0xFF;
       const std::size_t to = colours >> (8 * (i + Picture::kSamples)) & 0xFF;
-      steps[step][i] = static_cast<std::uint8_t>((from * (kSteps - step) + to * step) / kSteps);
+      strip.push_back(static_cast<std::uint8_t>((from * (length - way) + to * way) / length));
     }
   }
-  const std::size_t length = picture.width() + picture.height();
   for (std::size_t y = 0; y < picture.height(); ++y) {
-    for (std::size_t x = 0; x < picture.width(); ++x) {
-      std::ranges::copy(steps[(x + y) * kSteps / length], picture.pixel(x, y).begin());
-    }
+    std::memcpy(picture.row(y), &strip[y * Picture::kSamples], picture.width() * Picture::kSamples);
   }
 }
 
 void fill(Picture& picture, std::size_t left, std::size_t top, std::size_t right,
           std::size_t bottom) {
-  for (std::size_t y = top; y < std::min(bottom, picture.height()); ++y) {
-    for (std::size_t x = left; x < std::min(right, picture.width()); ++x) {
-      std::ranges::fill(picture.pixel(x, y), kWhite);
-    }
+  const std::size_t end = std::min(right, picture.width());
+  for (std::size_t y = top; y < std::min(bottom, picture.height()) && left < end; ++y) {
+    std::memset(picture.row(y) + left * Picture::kSamples, kWhite,
+                (end - left) * Picture::kSamples);
   }
 }
 
@@ -130,7 +130,7 @@ bool compress(const Picture& picture, std::string_view exif, JpegBytes& result) 
                       static_cast<unsigned>(exif.size()));
   }
   for (std::size_t y = 0; y < picture.height(); ++y) {
-    JSAMPROW row = const_cast<JSAMPROW>(picture.pixel(0, y).data());
+    JSAMPROW row = const_cast<JSAMPROW>(picture.row(y));
     jpeg_write_scanlines(&compressor, &row, 1);
   }
   jpeg_finish_compress(&compressor);

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,11 +18,10 @@ class Picture {
 
   [[nodiscard]] std::size_t width() const { return _width; }
   [[nodiscard]] std::size_t height() const { return _height; }
-  [[nodiscard]] std::span<std::uint8_t> pixel(std::size_t x, std::size_t y) {
-    return std::span(_samples).subspan((y * _width + x) * kSamples, kSamples);
-  }
-  [[nodiscard]] std::span<const std::uint8_t> pixel(std::size_t x, std::size_t y) const {
-    return std::span(_samples).subspan((y * _width + x) * kSamples, kSamples);
+  /// A row's samples.
+  [[nodiscard]] std::uint8_t* row(std::size_t y) { return &_samples[y * _width * kSamples]; }
+  [[nodiscard]] const std::uint8_t* row(std::size_t y) const {
+    return &_samples[y * _width * kSamples];
   }
 
  private:

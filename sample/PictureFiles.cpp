@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <span>
 #include <string_view>
 
 #include "sample/Bytes.h"
@@ -37,18 +36,17 @@ void writePhoto(const SampleModel& model, const SamplePhoto& photo, const std::s
   }
 }
 
-// The pixels of a slot are words of red, alpha, blue and green whose lowest byte comes first.
+// Green, blue, alpha, red: readers turn each pixel by a byte.
 std::string slotOf(const Picture& picture) {
-  constexpr char kOpaque = '\xFF';
+  constexpr std::uint8_t kOpaque = 255;
   std::string slot;
   slot.reserve(picture.width() * picture.height() * 4);
   for (std::size_t y = 0; y < picture.height(); ++y) {
     for (std::size_t x = 0; x < picture.width(); ++x) {
-      const std::span<const std::uint8_t> pixel = picture.pixel(x, y);
-      slot += static_cast<char>(pixel[1]);
-      slot += static_cast<char>(pixel[2]);
-      slot += kOpaque;
-      slot += static_cast<char>(pixel[0]);
+      const std::uint8_t* pixel = picture.row(y) + x * Picture::kSamples;
+      for (const std::uint8_t byte : {pixel[1], pixel[2], kOpaque, pixel[0]}) {
+        slot += static_cast<char>(byte);
+      }
     }
   }
   return slot;

@@ -1,7 +1,9 @@
 #include "sample/SampleModel.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstddef>
 
 #include "sample/Generations.h"
 

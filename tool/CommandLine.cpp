@@ -84,7 +84,8 @@ constexpr std::array kCommands{
             "Write the thumbnail of one photo as a PNG file",
             "  mrziphoto thumbnail ~/Old 17 -o 17.png"},
     Command{"dump", dump, kReading, "[LIBRARY]", 0, 0, kLibrary,
-            "Show the whole catalogue as its description tells it", "  mrziphoto dump ~/Old | less"},
+            "Show the whole catalogue as its description tells it",
+            "  mrziphoto dump ~/Old | less"},
     Command{"archive", archive, kMore, "FILE", 1, 1, kFormat,
             "Show what is inside any typed-object archive",
             "  mrziphoto archive ~/Old/Dir.data\n"
@@ -100,7 +101,8 @@ constexpr std::string_view kDescription =
     "Opens an iPhoto library folder and tells what is in it. Nothing is written to the folder.";
 
 constexpr std::string_view kFooter =
-    "LIBRARY is a library folder. Without it, that is 'iPhoto Library' in the folder 'Pictures' of\n"
+    "LIBRARY is a library folder. Without it, that is 'iPhoto Library' in the folder 'Pictures' "
+    "of\n"
     "your home folder. 'mrziphoto COMMAND --help' explains a command, with examples.\n"
     "\n"
     "Answers go to standard output, everything else to standard error. Exit status:\n"
@@ -148,6 +150,7 @@ template <class T, std::size_t count>
 void addChoice(CLI::App& app, const char* name, const char* type,
                const std::array<Choice<T>, count>& choices, T& target, const char* help) {
   std::vector<std::string> words;
+  words.reserve(count);
   for (const Choice<T>& choice : choices) {
     words.emplace_back(choice.word);
   }

@@ -4,7 +4,8 @@
 
 namespace mrziphoto::tool {
 
-// What the commands do. Each appends its answer to the output, and throws `Failure` when it has none.
+// What the commands do. Each appends its answer to the output, and throws `Failure` when it has
+// none.
 
 void info(Session& session);
 void photos(Session& session);

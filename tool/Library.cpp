@@ -14,6 +14,7 @@
 #include <MRZiPhoto/platform/Path.h>
 #include <MRZiPhoto/platform/Text.h>
 
+#include "ComposedText.h"
 #include "Failure.h"
 #include "Progress.h"
 #include "Values.h"
@@ -35,8 +36,11 @@ std::optional<std::uint32_t> keyFromText(std::string_view text) {
   return result.ec == std::errc() ? std::optional(number) : std::nullopt;
 }
 
-bool hasKey(const Value& key, std::uint32_t number) {
-  return numberOfKey(key).integer() == number;
+bool hasKey(const Value& key, std::uint32_t number) { return numberOfKey(key).integer() == number; }
+
+/// True when there is a text that reads so, whatever its Unicode form; `composed` is composed.
+bool reads(const std::optional<std::string>& text, const std::string& composed) {
+  return text && composedText(*text) == composed;
 }
 
 using AlbumTest = std::function<bool(const Album& album)>;
@@ -67,11 +71,15 @@ Ref<Album> findAlbum(const TVQiPhotoDatabase& database, const AlbumTest& passes)
 Ref<Album> albumNamed(const TVQiPhotoDatabase& database, const std::string& word) {
   Ref<Album> found;
   if (const auto number = isKeyText(word) ? keyFromText(word) : std::nullopt) {
-    found = findAlbum(database,
-                      [&](const Album& album) { return hasKey(album.key(), *number); });
+    found = findAlbum(database, [&](const Album& album) { return hasKey(album.key(), *number); });
   }
   if (!found) {
     found = findAlbum(database, [&](const Album& album) { return album.albumName() == word; });
+  }
+  if (!found) {
+    found = findAlbum(database, [&, name = composedText(word)](const Album& album) {
+      return reads(album.albumName(), name);
+    });
   }
   if (!found) {
     failToFind(database, "album " + quoted(word));
@@ -104,17 +112,19 @@ List<ImageRecRef> photosThat(const List<ImageRecRef>& photos,
   return List<ImageRecRef>(std::move(kept));
 }
 
+/// True for a photo that bears the keyword; `text` is composed.
 bool isTagged(const ImageRecRef& photo, const std::string& text) {
   const Ref<Array> keywords = photo.keywords().array();
   return keywords && std::ranges::any_of(*keywords, [&](const Value& keyword) {
-           return keywordText(keyword) == text;
+           return reads(keywordText(keyword), text);
          });
 }
 
 /// True when the library lists the keyword, or one of its photos bears it all the same.
 bool isKeyword(const TVQiPhotoDatabase& database, const std::string& text) {
-  return std::ranges::any_of(database.keywords(),
-                             [&](const auto& keyword) { return keyword->keyword() == text; }) ||
+  return std::ranges::any_of(
+             database.keywords(),
+             [&](const auto& keyword) { return reads(keyword->keyword(), text); }) ||
          std::ranges::any_of(database.photos(),
                              [&](const auto& photo) { return isTagged(*photo, text); });
 }
@@ -130,8 +140,7 @@ std::string folderOf(const std::optional<std::string>& named) {
 /// Says where a large library is opened, which takes a while.
 void announce(const std::string& folder) {
   constexpr std::uint64_t kLarge = std::uint64_t{256} * 1024 * 1024;
-  const std::optional<std::uint64_t> size =
-      FileManager::size(path::join(folder, "AlbumData.xml"));
+  const std::optional<std::uint64_t> size = FileManager::size(path::join(folder, "AlbumData.xml"));
   if (Output::errorIsTerminal() && size.value_or(0) >= kLarge) {
     Progress::note("Opening " + folder + " ...");
   }
@@ -195,16 +204,16 @@ List<ImageRecRef> selectPhotos(const TVQiPhotoDatabase& database, const Argument
       for (const Ref<ImageRecRef>& photo : inRoll) {
         members.insert(photo.get());
       }
-      photos = photosThat(
-          photos, [&](const ImageRecRef& photo) { return members.contains(&photo); });
+      photos =
+          photosThat(photos, [&](const ImageRecRef& photo) { return members.contains(&photo); });
     } else {
       photos = inRoll;
     }
   }
   if (arguments.keyword) {
-    photos = photosThat(
-        photos, [&](const ImageRecRef& photo) { return isTagged(photo, *arguments.keyword); });
-    if (photos.empty() && !isKeyword(database, *arguments.keyword)) {
+    const std::string text = composedText(*arguments.keyword);
+    photos = photosThat(photos, [&](const ImageRecRef& photo) { return isTagged(photo, text); });
+    if (photos.empty() && !isKeyword(database, text)) {
       failToFind(database, "keyword " + quoted(*arguments.keyword));
     }
   }

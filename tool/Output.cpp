@@ -1,10 +1,9 @@
 #include "Output.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <unistd.h>
 
 #include "Failure.h"
 #include "TerminalText.h"

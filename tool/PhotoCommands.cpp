@@ -42,9 +42,8 @@ void writeOnePhoto(Session& session, const PhotoFields& fields) {
 
 void photos(Session& session) {
   const Arguments& arguments = session.arguments;
-  const PhotoFields fields = arguments.fields
-                                 ? PhotoFields::named(splitAtCommas(*arguments.fields))
-                                 : PhotoFields::usual(arguments.format);
+  const PhotoFields fields = arguments.fields ? PhotoFields::named(splitAtCommas(*arguments.fields))
+                                              : PhotoFields::usual(arguments.format);
   const List<ImageRecRef> selected = selectPhotos(openLibrary(session), arguments);
   const auto out = RecordWriter::to(session.output, arguments.format, Shape::list, fields.names());
   Progress progress("Listing photos");
@@ -74,8 +73,7 @@ void thumbnail(Session& session) {
   static_cast<void>(photoWithKey(database, key));
   // The library makes no pictures yet, so that no photo has a thumbnail to write.
   throw Failure(ExitStatus::notThere,
-                "photo " + key + " of the library '" + database.directory() +
-                    "' has no thumbnail");
+                "photo " + key + " of the library '" + database.directory() + "' has no thumbnail");
 }
 
 }  // namespace mrziphoto::tool

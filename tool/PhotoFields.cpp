@@ -121,7 +121,8 @@ const ImageRecRef& anyPhoto() {
 
 void complain(const ImageRecRef& photo, const std::string& what, const NSException& exception) {
   const Value number = numberOfKey(photo.key());
-  const std::string which = number.isNothing() ? "a photo without a key" : "photo " + number.description();
+  const std::string which =
+      number.isNothing() ? "a photo without a key" : "photo " + number.description();
   Output::complain(which + ": " + what + " cannot be read: " + exception.reason());
 }
 

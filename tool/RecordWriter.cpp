@@ -18,8 +18,7 @@ constexpr double kLargestPlain = 1e17;
 template <class... Arguments>
 void writeNumber(RecordWriter& out, Arguments... arguments) {
   std::array<char, 64> digits{};
-  const auto result =
-      std::to_chars(digits.data(), digits.data() + digits.size(), arguments...);
+  const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), arguments...);
   out.number({digits.data(), static_cast<std::size_t>(result.ptr - digits.data())});
 }
 

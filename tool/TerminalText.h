@@ -6,9 +6,9 @@
 
 namespace mrziphoto::tool {
 
-/// A text as a terminal may show it: well-formed UTF-8 in one line, with a blank for every control
-/// character, so that no text of a library steers the terminal.
-[[nodiscard]] std::string terminalText(std::string_view text);
+/// The bytes as a terminal may show them: well-formed UTF-8 in one line, with a blank for every
+/// control character, so that no text of a library steers the terminal.
+[[nodiscard]] std::string terminalText(std::string_view bytes);
 
 /// How many columns of a terminal the text takes: none for a combining mark, two for the wide
 /// characters of East Asia and for pictographs.

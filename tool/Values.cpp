@@ -1,8 +1,8 @@
 #include "Values.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
 
 #include <MRZiPhoto/albums/Keyword.h>
 #include <MRZiPhoto/photos/Key.h>
@@ -14,105 +14,71 @@
 namespace mrziphoto::tool {
 namespace {
 
-// The parts of a value may be shared, and may refer back to what is around them. Both limits are
-// far beyond what libraries hold, and keep an odd one from being written without end.
-constexpr std::size_t kDeepest = 64;
-constexpr std::size_t kMostParts = 1'000'000;
-
 // With longer exponents the plain digits of a decimal would be mostly zeros.
 constexpr std::int32_t kLongestExponent = 100;
 
-class ValueWalk {
- public:
-  explicit ValueWalk(RecordWriter& out) : _out(out) {}
-
-  void write(const Value& value, std::size_t depth = 0);
-
- private:
-  void writeDecimal(const Decimal& decimal);
-  void writeObject(const Value& value);
-
-  RecordWriter& _out;
-  std::size_t _parts = 0;
-};
-
-void ValueWalk::write(const Value& value, std::size_t depth) {
-  if (depth > kDeepest || ++_parts > kMostParts) {
-    _out.null();
-    return;
-  }
-  switch (value.kind()) {
-    case Value::Kind::nothing:
-      _out.null();
-      return;
-    case Value::Kind::integer:
-      if (value.numberType() == 'B') {
-        _out.boolean(value.intValue() != 0);
-      } else {
-        _out.number(value.description());
-      }
-      return;
-    case Value::Kind::floating:
-      if (value.numberType() == 'f') {
-        _out.real(static_cast<float>(value.doubleValue()));
-      } else {
-        _out.real(value.doubleValue());
-      }
-      return;
-    case Value::Kind::decimal:
-      writeDecimal(*value.decimal());
-      return;
-    case Value::Kind::date:
-      _out.date(value.date());
-      return;
-    case Value::Kind::array:
-      _out.beginList();
-      for (const Value& element : *value.array()) {
-        write(element, depth + 1);
-      }
-      _out.endList();
-      return;
-    case Value::Kind::dictionary:
-      _out.beginObject();
-      for (const Dictionary::Entry& entry : *value.dictionary()) {
-        _out.name(entry.key.text());
-        write(entry.value, depth + 1);
-      }
-      _out.endObject();
-      return;
-    case Value::Kind::string:
-      value.string()->withUtf8([this](std::string_view text) { _out.text(text); });
-      return;
-    case Value::Kind::data:
-      _out.text(value.data()->description());
-      return;
-    case Value::Kind::object:
-      writeObject(value);
-      return;
-  }
-}
-
-void ValueWalk::writeDecimal(const Decimal& decimal) {
+void writeDecimal(RecordWriter& out, const Decimal& decimal) {
   if (std::abs(decimal.exponent) <= kLongestExponent) {
-    _out.number(decimal.description());
+    out.number(decimal.description());
   } else {
-    _out.real(decimal.doubleValue());
+    out.real(decimal.doubleValue());
   }
 }
 
-void ValueWalk::writeObject(const Value& value) {
-  if (value.object<Key>()) {
-    writeKey(_out, value);
-  } else if (const Ref<Keyword> keyword = value.object<Keyword>()) {
-    _out.text(keyword->keyword());
+void writeArray(RecordWriter& out, const Array& array) {
+  out.beginList();
+  for (const Value& element : array) {
+    writeValue(out, element);
+  }
+  out.endList();
+}
+
+void writeDictionary(RecordWriter& out, const Dictionary& dictionary) {
+  out.beginObject();
+  for (const Dictionary::Entry& entry : dictionary) {
+    out.name(entry.key.text());
+    writeValue(out, entry.value);
+  }
+  out.endObject();
+}
+
+void writeNumber(RecordWriter& out, const Value& number) {
+  if (number.numberType() == 'B') {
+    out.boolean(number.intValue() != 0);
+  } else if (number.numberType() == 'f') {
+    out.real(static_cast<float>(number.doubleValue()));
+  } else if (number.kind() == Value::Kind::floating) {
+    out.real(number.doubleValue());
+  } else if (const std::optional<Decimal> decimal = number.decimal()) {
+    writeDecimal(out, *decimal);
   } else {
-    _out.text(value.description());
+    out.number(number.description());
   }
 }
 
 }  // namespace
 
-void writeValue(RecordWriter& out, const Value& value) { ValueWalk(out).write(value); }
+void writeValue(RecordWriter& out, const Value& value) {
+  // A weak value may lead back to what it stands in.
+  const bool mayFollow = !value.isWeak();
+  if (value.isNothing()) {
+    out.null();
+  } else if (value.isNumber()) {
+    writeNumber(out, value);
+  } else if (value.kind() == Value::Kind::date) {
+    out.date(value.date());
+  } else if (const Ref<Array> array = value.array(); array && mayFollow) {
+    writeArray(out, *array);
+  } else if (const Ref<Dictionary> dictionary = value.dictionary(); dictionary && mayFollow) {
+    writeDictionary(out, *dictionary);
+  } else if (value.object<Key>()) {
+    writeKey(out, value);
+  } else if (const Ref<Keyword> keyword = value.object<Keyword>()) {
+    out.text(keyword->keyword());
+  } else {
+    out.text(value.description());
+  }
+}
 
 Value numberOfKey(const Value& key) {
   if (const std::optional<std::string> text = key.text()) {

@@ -1,11 +1,10 @@
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <array>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <fcntl.h>
 #include <new>
+#include <unistd.h>
 
 #include "CommandLine.h"
 #include "Failure.h"

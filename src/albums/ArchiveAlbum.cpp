@@ -24,9 +24,13 @@ const List<RollAlbum>& ArchiveAlbum::rolls() const {
 }
 
 void ArchiveAlbum::setDatabase(RecordDatabase* database) {
+  // Its children have it already; in a damaged archive this album may be one of them.
+  const bool isNew = database != this->database();
   Album::setDatabase(database);
-  for (const Ref<Album>& child : children()) {
-    child->setDatabase(database);
+  if (isNew) {
+    for (const Ref<Album>& child : children()) {
+      child->setDatabase(database);
+    }
   }
   for (const Ref<RollAlbum>& roll : _rolls) {
     roll->setDatabase(database);

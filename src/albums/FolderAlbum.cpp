@@ -1,19 +1,27 @@
 #include "FolderAlbum.h"
 
+#include <unordered_set>
+
 #include "../platform/KeyValue.h"
 
 namespace mrziphoto {
 namespace {
 
-// Deeper than archives nest; a folder that was made to contain itself ends here.
+// Deeper than archives nest.
 constexpr int kDeepest = 256;
 
-void appendAlbums(const FolderAlbum& folder, List<Album>& albums, int depth) {
+using Folders = std::unordered_set<const FolderAlbum*>;
+
+void appendAlbums(const FolderAlbum& folder, List<Album>& albums, Folders& met, int depth) {
+  // Folders of a damaged archive may contain one another, and the same one many times over.
+  if (depth > kDeepest || !met.insert(&folder).second) {
+    return;
+  }
   for (const Ref<Album>& child : folder.children()) {
     if (&child->objectClass() == &Album::kClass) {
       albums.append(child);
-    } else if (&child->objectClass() == &FolderAlbum::kClass && depth < kDeepest) {
-      appendAlbums(static_cast<const FolderAlbum&>(*child), albums, depth + 1);
+    } else if (&child->objectClass() == &FolderAlbum::kClass) {
+      appendAlbums(static_cast<const FolderAlbum&>(*child), albums, met, depth + 1);
     }
   }
 }
@@ -22,7 +30,8 @@ void appendAlbums(const FolderAlbum& folder, List<Album>& albums, int depth) {
 
 List<Album> FolderAlbum::albums() const {
   List<Album> albums = List<Album>::makeEmpty();
-  appendAlbums(*this, albums, 0);
+  Folders met;
+  appendAlbums(*this, albums, met, 0);
   return albums;
 }
 

@@ -17,7 +17,9 @@
 #include "../platform/Date.h"
 #include "../platform/Export.h"
 #include "../platform/List.h"
+#include "../platform/NSImage.h"
 #include "../platform/Object.h"
+#include "../thumbcache/iPhotoSegmentCache.h"
 
 namespace mrziphoto {
 
@@ -78,9 +80,26 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   [[nodiscard]] std::optional<std::string> directoryForKey(const Value& key) const override;
   [[nodiscard]] std::optional<std::string> updateImagePath(const std::string& path) const override;
   [[nodiscard]] Ref<PhotoFolder> photoFolder(const std::string& path) const override;
+  /// The file of the small thumbnails, opened on first request. Nothing when there is none that
+  /// can be read, which is logged once.
+  [[nodiscard]] Ref<iPhotoSegmentCache> thumbnailSegmentCache() const;
+  /// The thumbnail that the file holds for the photo of that key (a `Key` or a number), decoded
+  /// anew: 64 by 64 pixels. Nothing when it holds none, or the file ends inside of it.
+  [[nodiscard]] Ref<NSBitmapImageRep> cacheThumbnailForKey(const Value& key) const;
+  /// A new image of that size around the same thumbnail, which is decoded once and kept for the
+  /// database's life: some 16 KB for each photo that was asked.
+  [[nodiscard]] Ref<NSImage> thumbnailForKeyImageSize(const Value& key,
+                                                      NSSize size) const override;
   void addAlbum(const Ref<Album>& album);
   void insertAlbumAtIndex(const Ref<Album>& album, std::int32_t position);
   void removeAllAlbums();
+
+  /// Looks whether the catalogue file or "Dir.data" has another modification date than when it was
+  /// loaded, and if so loads the library anew. True when a change was seen, also when loading
+  /// failed, which the log tells: the database then answers nothing for what is missing. The version
+  /// texts and the thumbnails that were read stay. Records and albums handed out before belong to
+  /// the old catalogue and have no database any more.
+  bool reloadIfChanged();
 
   /// The catalogue's description; nothing without a catalogue.
   [[nodiscard]] std::optional<std::string> catalogueDescription() const;
@@ -109,6 +128,9 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   mutable std::optional<std::string> _iPhotoVersion;
   mutable std::optional<std::string> _iPhotoDataVersion;
   mutable std::unordered_map<std::string, Ref<PhotoFolder>> _photoFolders;
+  mutable Ref<iPhotoSegmentCache> _thumbnailCache;
+  mutable bool _thumbnailCacheAttempted = false;
+  mutable std::unordered_map<std::uint32_t, Ref<NSBitmapImageRep>> _thumbnails;
 };
 
 }  // namespace mrziphoto

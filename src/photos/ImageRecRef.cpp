@@ -18,7 +18,7 @@
 
 namespace mrziphoto {
 
-ImageRecRef::ImageRecRef() = default;
+ImageRecRef::ImageRecRef() { initialize(); }
 ImageRecRef::~ImageRecRef() = default;
 
 ImageRecRef::OnRequest& ImageRecRef::onRequest() const {
@@ -211,12 +211,12 @@ Value ImageRecRef::rotation() const {
 
 Value ImageRecRef::imageWidth() const {
   const Ref<ImageRec> store = info();
-  return store ? store->imageWidth() : Value();
+  return store ? store->imageWidth() : imageSide(&NSSize::width);
 }
 
 Value ImageRecRef::imageHeight() const {
   const Ref<ImageRec> store = info();
-  return store ? store->imageHeight() : Value();
+  return store ? store->imageHeight() : imageSide(&NSSize::height);
 }
 
 NSSize ImageRecRef::imageSize() const {

@@ -8,14 +8,15 @@
 
 #include "../platform/Dictionary.h"
 #include "../platform/Export.h"
+#include "../platform/NSSize.h"
 #include "../platform/Object.h"
-#include "../stream/TVQiPhotoCodedStreamData.h"
 #include "AttributeMgr.h"
 #include "ImageRec.h"
 #include "Key.h"
 
 namespace mrziphoto {
 
+class NSImage;
 class PhotoFolder;
 class RecordDatabase;
 class RecordSource;
@@ -90,7 +91,8 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   /// Bytes: as stored, else as the file system says of the file at `imagePath`.
   [[nodiscard]] Value fileSize() const;
   [[nodiscard]] Value rotation() const;
-  /// Pixels, as the info store has them (0.0 where it lacks them).
+  /// Pixels, as the info store has them (0.0 where it lacks them); without an info store those of
+  /// `image`, whose file is opened for it.
   [[nodiscard]] Value imageWidth() const;
   [[nodiscard]] Value imageHeight() const;
   /// Width and height of the image; 0 where they are unknown.
@@ -123,6 +125,29 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   /// True when the original has another path than the image; no file is looked at.
   [[nodiscard]] bool hasBeenEdited() const;
 
+  /// The kind of the images that are answered: the class that a host has registered under the name
+  /// "TVQAttributedImage", else `NSImage`. Looked for once in the life of the process.
+  static const Class& imageClass();
+  /// The image of the file at that path, made without looking at the file. The last one is kept for
+  /// each thread, so that asking for the same path again gives the same object. Nothing where the
+  /// library was built without images.
+  static Ref<NSImage> imageWithPath(const std::string& path);
+
+  /// The photo's picture, which is not valid where its file is missing or no image.
+  [[nodiscard]] Ref<NSImage> image() const;
+  [[nodiscard]] Ref<NSImage> displayImage() const { return image(); }
+  /// The thumbnail's file, else the small bitmap that the database has for the photo, as an image
+  /// of the photo's size. Each of the two is kept once it was found; nothing when there is none.
+  [[nodiscard]] Ref<NSImage> thumbnail() const;
+  [[nodiscard]] Ref<NSImage> displayThumbnail() const;
+  /// The picture before it was edited; `image` when it was not.
+  [[nodiscard]] Ref<NSImage> originalImage() const;
+  /// A copy of `originalImage` of at most 240 pixels either way, or itself where it is no larger;
+  /// `thumbnail` when the photo was not edited. Kept.
+  [[nodiscard]] Ref<NSImage> originalThumbnail() const;
+  /// Makes what `originalThumbnail` answers for an edited photo.
+  void _makeOriginalThumbnail() const;
+
   /// The info store: the photo's own, else the one in the file beside the photo, else the one that
   /// was handed in. Looked for once. A file that cannot be read as one is logged.
   [[nodiscard]] Ref<ImageRec> info() const;
@@ -139,6 +164,14 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   [[nodiscard]] const Accessor* accessorNamed(std::string_view key) const override;
   /// True when key-value access to this record answers that key.
   [[nodiscard]] bool respondsToSelector(std::string_view key) const;
+
+  /// The old names of `valueForUndefinedKey`. A use of them is logged as deprecated.
+  [[nodiscard]] Value handleQueryWithUnboundKey(std::string_view key) const;
+  [[nodiscard]] Value tvq_handleQueryWithUnboundKey(std::string_view key) const;
+
+  /// Writes `count` bytes of the data, from `location` on, to the log in hexadecimal; less where
+  /// the data ends before.
+  static void _dumpDataLocationCount(const Data& data, std::uint32_t location, std::uint32_t count);
 
   /// "%@: %@, directory = %@, attributes = %@, info = %@".
   [[nodiscard]] std::string description() const override;
@@ -179,6 +212,9 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   [[nodiscard]] std::optional<std::string> updated(const std::optional<std::string>& path) const;
   [[nodiscard]] std::optional<std::string> directoryFromImageInfo() const;
   [[nodiscard]] Ref<PhotoFolder> folder() const;
+  [[nodiscard]] Value imageSide(float NSSize::*side) const;
+  [[nodiscard]] Ref<NSImage> keptThumbnail(Ref<NSImage>& kept) const;
+  static void initialize();
   void loadInfo() const;
   void loadImageAttributes() const;
 

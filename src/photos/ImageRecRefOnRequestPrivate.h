@@ -4,6 +4,7 @@
 #include <string>
 
 #include "../exif/TVQiPhotoUserData.h"
+#include "../platform/NSImage.h"
 #include "ImageRecRef.h"
 
 namespace mrziphoto {
@@ -14,6 +15,9 @@ struct ImageRecRef::OnRequest {
   Ref<ImageRec> _dbInfo;
   std::optional<std::string> _relativeDirectory;
   Ref<TVQiPhotoUserData> _exifData;
+  Ref<NSImage> _thumbnail;
+  Ref<NSImage> _displayThumbnail;
+  Ref<NSImage> _originalThumbnail;
 };
 
 }  // namespace mrziphoto

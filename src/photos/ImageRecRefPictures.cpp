@@ -1,14 +1,22 @@
-// Where the photo record's picture files lie, and whether the photo was edited.
+// The photo record's pictures: where their files lie, whether the photo was edited, and the images.
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
+#include "../platform/ClassRegistry.h"
+#include "../platform/NSImage.h"
 #include "../platform/Path.h"
 #include "ImageRecRef.h"
+#include "ImageRecRefOnRequestPrivate.h"
 #include "RecordDatabase.h"
 
 namespace mrziphoto {
 namespace {
+
+constexpr std::string_view kHostImageClass = "TVQAttributedImage";
+// The longest side of the small copy of an original.
+constexpr float kLongestThumbnailSide = 240;
 
 // The generations that keep an original under the image file's own name.
 constexpr std::array<std::string_view, 4> kOriginalsUnderOwnName{"50", "40", "20", "11"};
@@ -66,6 +74,103 @@ bool ImageRecRef::hasBeenEdited() const {
     _hasBeenEditedIsValid = true;
   }
   return _hasBeenEdited;
+}
+
+const Class& ImageRecRef::imageClass() {
+  static const Class& kind = []() -> const Class& {
+    const Class* host = ClassRegistry::find(kHostImageClass);
+    return host != nullptr && host->isKindOf(NSImage::kClass) ? *host : NSImage::kClass;
+  }();
+  return kind;
+}
+
+Ref<NSImage> ImageRecRef::imageWithPath(const std::string& path) {
+  // One for each thread: two databases may live in two threads.
+  static thread_local std::string cachedPath;
+  static thread_local Ref<NSImage> cachedImage;
+  if (cachedImage && cachedPath == path) {
+    return cachedImage;
+  }
+  cachedImage = NSImage::initByReferencingFile(path, imageClass());
+  cachedPath = path;
+  if (cachedImage) {
+    cachedImage->setCachedSeparately(true);
+  }
+  return cachedImage;
+}
+
+Ref<NSImage> ImageRecRef::image() const {
+  const std::optional<std::string> path = imagePath();
+  return path ? imageWithPath(*path) : nullptr;
+}
+
+/// A side of the photo's picture, where no store tells it.
+Value ImageRecRef::imageSide(float NSSize::*side) const {
+  const Ref<NSImage> full = image();
+  return full ? Value(full->size().*side) : Value();
+}
+
+Ref<NSImage> ImageRecRef::keptThumbnail(Ref<NSImage>& kept) const {
+  if (kept) {
+    return kept;
+  }
+  const std::optional<std::string> path = thumbnailPath();
+  Ref<NSImage> found = path ? NSImage::initByReferencingFile(*path, imageClass()) : nullptr;
+  if (!found || !found->isValid()) {
+    found =
+        _database != nullptr ? _database->thumbnailForKeyImageSize(key(), imageSize()) : nullptr;
+  }
+  if (found) {
+    found->setCachedSeparately(true);
+  }
+  kept = found;
+  return found;
+}
+
+Ref<NSImage> ImageRecRef::thumbnail() const { return keptThumbnail(onRequest()._thumbnail); }
+
+Ref<NSImage> ImageRecRef::displayThumbnail() const {
+  return keptThumbnail(onRequest()._displayThumbnail);
+}
+
+Ref<NSImage> ImageRecRef::originalImage() const {
+  if (!hasBeenEdited()) {
+    return image();
+  }
+  const std::optional<std::string> path = originalImagePath();
+  return path ? imageWithPath(*path) : nullptr;
+}
+
+Ref<NSImage> ImageRecRef::originalThumbnail() const {
+  if (!hasBeenEdited()) {
+    return thumbnail();
+  }
+  if (!onRequest()._originalThumbnail) {
+    _makeOriginalThumbnail();
+  }
+  return onRequest()._originalThumbnail;
+}
+
+void ImageRecRef::_makeOriginalThumbnail() const {
+  Ref<NSImage>& kept = onRequest()._originalThumbnail;
+  const Ref<NSImage> original = originalImage();
+  if (!original) {
+    return;
+  }
+  const NSSize size = original->size();
+  const float longest = std::max(size.width, size.height);
+  if (!(longest > kLongestThumbnailSide)) {
+    kept = original;
+    return;
+  }
+  const double scale = static_cast<double>(kLongestThumbnailSide) / static_cast<double>(longest);
+  const auto scaled = [scale](float side) {
+    return static_cast<float>(std::ceil(static_cast<double>(side) * scale));
+  };
+  kept = original->scaledCopy({scaled(size.width), scaled(size.height)});
+  if (kept) {
+    kept->setCachedSeparately(true);
+  }
 }
 
 }  // namespace mrziphoto

@@ -6,6 +6,7 @@
 
 #include "../platform/Export.h"
 #include "../platform/List.h"
+#include "../platform/NSSize.h"
 #include "../platform/Value.h"
 
 namespace mrziphoto {
@@ -13,6 +14,7 @@ namespace mrziphoto {
 class ImageRecRef;
 class Key;
 class Keyword;
+class NSImage;
 class PhotoFolder;
 
 /// The questions that photo records and albums put to the database that holds them. The database
@@ -41,6 +43,11 @@ class MRZIPHOTO_EXPORT RecordDatabase {
   [[nodiscard]] virtual List<ImageRecRef> photosForKeys(const List<Key>& keys) const = 0;
   /// The record that stands for a roll; nothing for an unknown key (a `Key` or a number).
   [[nodiscard]] virtual Ref<ImageRecRef> rollRecRefForKey(const Value& key) const = 0;
+
+  /// The small thumbnail that the library keeps for the photo of that key (a `Key` or a number), as
+  /// an image that is drawn in that size; nothing when it keeps none.
+  [[nodiscard]] virtual Ref<NSImage> thumbnailForKeyImageSize(const Value& key,
+                                                              NSSize size) const = 0;
 
   /// The catalogue's version number; 0 without a catalogue.
   [[nodiscard]] virtual std::int32_t iPhotoLibraryVersion() const = 0;

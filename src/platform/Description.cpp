@@ -34,8 +34,8 @@ void appendUnit(std::string& out, std::uint32_t unit) {
 void appendEscaped(std::string& out, std::uint32_t character) {
   constexpr std::string_view kEscaped = "\"\\\n\t\r";
   constexpr std::string_view kLetters = "\"\\ntr";
-  const std::size_t found = character < 0x80 ? kEscaped.find(static_cast<char>(character))
-                                             : std::string_view::npos;
+  const std::size_t found =
+      character < 0x80 ? kEscaped.find(static_cast<char>(character)) : std::string_view::npos;
   if (found != std::string_view::npos) {
     out += '\\';
     out += kLetters[found];

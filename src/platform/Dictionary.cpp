@@ -77,7 +77,7 @@ class Dictionary::Index {
 
   void rebuild() {
     std::size_t size = 64;
-    while (size < _entries.size() * 3) {
+    while (size < _entries.size() * 2) {
       size *= 2;
     }
     _slots.assign(size, kEmpty);

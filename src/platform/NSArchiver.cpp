@@ -52,14 +52,19 @@ void NSArchiver::encodeObject(const Value& value) {
   writeObject(value);
 }
 
-NSArchiver::Identity NSArchiver::identityOf(const Value& value) {
-  if (const std::optional<String> text = value.string()) {
-    return {text->bytes().data(), text->bytes().size(), Value::Kind::string};
+std::optional<NSArchiver::Identity> NSArchiver::identityOf(const Value& value) {
+  const std::optional<String> text = value.string();
+  const std::optional<Data> data = value.data();
+  if (const std::string_view bytes = text   ? text->bytes()
+                                     : data ? data->bytes()
+                                            : "";
+      !bytes.empty()) {
+    return Identity{bytes.data(), bytes.size(), value.kind()};
   }
-  if (const std::optional<Data> bytes = value.data()) {
-    return {bytes->bytes().data(), bytes->size(), Value::Kind::data};
+  if (const Ref<Object> object = value.object()) {
+    return Identity{object.get(), 0, Value::Kind::object};
   }
-  return {value.object().get(), sizeof(Object), Value::Kind::object};
+  return std::nullopt;
 }
 
 void NSArchiver::writeObject(const Value& value) {
@@ -69,15 +74,15 @@ void NSArchiver::writeObject(const Value& value) {
     _writer->writeNil();
     return;
   }
-  const Identity identity = identityOf(value);
-  const bool hasIdentity = std::get<const void*>(identity) != nullptr && std::get<1>(identity) != 0;
-  if (const auto found = _objects.find(identity); hasIdentity && found != _objects.end()) {
+  const std::optional<Identity> identity = identityOf(value);
+  if (const auto found = identity ? _objects.find(*identity) : _objects.end();
+      found != _objects.end()) {
     _writer->writeReference(found->second);
     return;
   }
   const std::size_t number = _writer->writeNew();
-  if (hasIdentity) {
-    _objects.emplace(identity, number);
+  if (identity) {
+    _objects.emplace(*identity, number);
     _kept.push_back(value);
   }
   writeClass(plainClass != nullptr ? plainClass : &object->objectClass());
@@ -90,17 +95,11 @@ void NSArchiver::writeObject(const Value& value) {
 }
 
 void NSArchiver::encodeKey(std::string_view key) {
-  const auto found = _keys.find(key);
-  if (found != _keys.end()) {
-    _writer->writeShared("@");
-    _writer->writeReference(found->second);
-    return;
+  auto found = _keys.find(key);
+  if (found == _keys.end()) {
+    found = _keys.emplace(key, key).first;
   }
-  const Value text(key);
-  encodeObject(text);
-  if (const auto written = _objects.find(identityOf(text)); written != _objects.end()) {
-    _keys.emplace(key, written->second);
-  }
+  encodeObject(found->second);
 }
 
 void NSArchiver::writeClass(const Class* written) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -57,7 +58,7 @@ class MRZIPHOTO_EXPORT NSArchiver {
  private:
   using Identity = std::tuple<const void*, std::size_t, Value::Kind>;
 
-  static Identity identityOf(const Value& value);
+  static std::optional<Identity> identityOf(const Value& value);
   void writeObject(const Value& value);
   void writeClass(const Class* written);
   void writeCString(std::string_view text);
@@ -66,7 +67,7 @@ class MRZIPHOTO_EXPORT NSArchiver {
   std::unique_ptr<detail::ArchiveWriter> _writer;
   std::map<Identity, std::size_t> _objects;
   std::vector<Value> _kept;  // what is alive keeps its place in memory to itself
-  std::map<std::string, std::size_t, std::less<>> _keys;
+  std::map<std::string, Value, std::less<>> _keys;
   std::map<std::string, std::size_t, std::less<>> _cStrings;
   std::map<std::string, std::size_t, std::less<>> _classes;
   std::map<std::string, std::uint32_t, std::less<>> _versions;

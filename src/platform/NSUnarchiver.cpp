@@ -87,7 +87,7 @@ Value NSUnarchiver::decodeElement() {
 DictionaryKey NSUnarchiver::decodeKey() {
   const Value key = decodeElement();
   if (const std::optional<String> text = key.string()) {
-    return sharedKey(text->bytes());
+    return text->withUtf8([this](std::string_view characters) { return sharedKey(characters); });
   }
   const std::string text =
       _lastExpandedSize <= kLongestDescribedKey ? key.description() : std::string();
@@ -102,7 +102,7 @@ DictionaryKey NSUnarchiver::sharedKey(std::string_view text) {
   if (found != _keys.end()) {
     return found->second;
   }
-  const DictionaryKey key(text);
+  DictionaryKey key(text);
   _keys.emplace(key.text(), key);
   return key;
 }

@@ -11,7 +11,7 @@
 #include "PropertyList.h"
 #include "Text.h"
 #include "detail/Base64.h"
-#include "detail/XmlScanner.h"
+#include "detail/XmlCharacters.h"
 
 namespace mrziphoto {
 namespace {
@@ -42,8 +42,7 @@ void appendEscaped(std::string& out, std::string_view text) {
   std::size_t taken = 0;
   while (!rest.empty()) {
     const std::size_t at = text.size() - rest.size();
-    if (text::characterLength(rest) == 0 ||
-        !detail::XmlScanner::isAllowed(text::nextCharacter(rest))) {
+    if (text::characterLength(rest) == 0 || !detail::xml::isAllowed(text::nextCharacter(rest))) {
       refuse("a character that XML does not allow");
     }
     const std::string_view reference = referenceFor(text[at]);

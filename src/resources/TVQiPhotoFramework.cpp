@@ -29,7 +29,7 @@ std::string resourceFolder() {
     std::string place = path::withoutLastComponent(path::resolvingSymlinks(library.dli_fname));
     for (int above = 0; above < kFoldersAbove; ++above) {
       place = path::withoutLastComponent(place);
-      const std::string folder = path::join(place, kInstalled);
+      std::string folder = path::join(place, kInstalled);
       if (FileManager::isFolder(folder)) {
         return folder;
       }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "../platform/Data.h"
@@ -20,12 +22,12 @@ class MRZIPHOTO_EXPORT TVQStreamData {
 
   /// A reader at offset 0 that keeps the buffer alive. Its swap mode is `host`.
   static TVQStreamData initWithData(Data data) { return TVQStreamData(std::move(data)); }
-  explicit TVQStreamData(Data data) : _data(std::move(data)) {}
+  explicit TVQStreamData(Data data);
 
   /// The whole buffer.
   [[nodiscard]] const Data& data() const { return _data; }
   /// The number of bytes in the buffer; the reader sees no more than 2^32 - 1 of them.
-  [[nodiscard]] std::uint32_t length() const;
+  [[nodiscard]] std::uint32_t length() const { return _length; }
   /// The read position, in bytes from the start of the buffer.
   [[nodiscard]] std::uint32_t offsetInData() const { return _offset; }
   /// The number of bytes from the position to the end; 0 beyond the end.
@@ -37,32 +39,54 @@ class MRZIPHOTO_EXPORT TVQStreamData {
   /// True at the end of the buffer and beyond it.
   [[nodiscard]] bool isAtEndOfData() const { return _offset >= length(); }
 
-  [[nodiscard]] std::int32_t readInt();
-  [[nodiscard]] std::int16_t readShort();
-  [[nodiscard]] std::int64_t readLongLong();
-  [[nodiscard]] float readFloat();
-  [[nodiscard]] double readDouble();
+  [[nodiscard]] std::int32_t readInt() {
+    return static_cast<std::int32_t>(readUnsigned<std::uint32_t>());
+  }
+  [[nodiscard]] std::int16_t readShort() {
+    return static_cast<std::int16_t>(readUnsigned<std::uint16_t>());
+  }
+  [[nodiscard]] std::int64_t readLongLong() {
+    return static_cast<std::int64_t>(readUnsigned<std::uint64_t>());
+  }
+  [[nodiscard]] float readFloat() { return std::bit_cast<float>(readUnsigned<std::uint32_t>()); }
+  [[nodiscard]] double readDouble() { return std::bit_cast<double>(readUnsigned<std::uint64_t>()); }
   /// Copies raw bytes, unswapped.
   void readBytesCount(void* destination, std::uint32_t count);
   /// The next bytes as a slice of the buffer.
   [[nodiscard]] Data readDataWithLength(std::uint32_t count);
 
-  void setShouldSwapMode(std::int32_t mode) { _shouldSwapMode = mode; }
+  void setShouldSwapMode(std::int32_t mode);
   [[nodiscard]] std::int32_t shouldSwapMode() const { return _shouldSwapMode; }
 
  protected:
   /// The next `count` bytes, which it passes. Every read goes through here.
-  [[nodiscard]] std::string_view take(std::uint32_t count);
-  /// True when values of the present swap mode lie in big-endian order.
-  [[nodiscard]] bool readsBigEndian() const;
+  [[nodiscard]] std::string_view take(std::uint32_t count) {
+    if (count > remaining()) {
+      failBeyondEnd(count);
+    }
+    const std::string_view bytes(_data.bytes().data() + _offset, count);
+    _offset += count;
+    return bytes;
+  }
 
  private:
+  // Large catalogues are read number by number; the whole way to a number is open to the compiler.
   template <class Unsigned>
-  [[nodiscard]] Unsigned readUnsigned();
+  [[nodiscard]] Unsigned readUnsigned() {
+    Unsigned value;
+    std::memcpy(&value, take(sizeof value).data(), sizeof value);
+    return _readsSwapped ? swapped(value) : value;
+  }
+  static std::uint16_t swapped(std::uint16_t value) { return __builtin_bswap16(value); }
+  static std::uint32_t swapped(std::uint32_t value) { return __builtin_bswap32(value); }
+  static std::uint64_t swapped(std::uint64_t value) { return __builtin_bswap64(value); }
+  [[noreturn]] void failBeyondEnd(std::uint32_t count) const;
 
   Data _data;
+  std::uint32_t _length;
   std::uint32_t _offset = 0;
   std::int32_t _shouldSwapMode = host;
+  bool _readsSwapped = false;  // what the swap mode means on this machine
 };
 
 }  // namespace mrziphoto

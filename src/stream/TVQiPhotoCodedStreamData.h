@@ -6,18 +6,12 @@
 #include <vector>
 
 #include "../platform/Export.h"
+#include "../platform/NSSize.h"
 #include "../platform/String.h"
 #include "../platform/Value.h"
 #include "TVQStreamData.h"
 
 namespace mrziphoto {
-
-/// A width and a height.
-struct NSSize {
-  float width = 0;
-  float height = 0;
-  bool operator==(const NSSize&) const = default;
-};
 
 /// Reads the coded stream of the newer catalogues: items of a four-character code, a 32-bit size
 /// and that many bytes of value, nested within one another.

@@ -11,9 +11,9 @@
 #include <MRZiPhoto/platform/NSUnarchiver.h>
 #include <gtest/gtest.h>
 
-#include "CollectedLog.h"
-#include "StandInDatabase.h"
-#include "TemporaryFolder.h"
+#include "support/CollectedLog.h"
+#include "support/StandInDatabase.h"
+#include "support/TemporaryFolder.h"
 
 namespace mrziphoto {
 namespace {

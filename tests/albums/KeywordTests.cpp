@@ -5,8 +5,8 @@
 #include <MRZiPhoto/platform/NSUnarchiver.h>
 #include <gtest/gtest.h>
 
-#include "CollectedLog.h"
-#include "StandInDatabase.h"
+#include "support/CollectedLog.h"
+#include "support/StandInDatabase.h"
 
 namespace mrziphoto {
 namespace {

@@ -6,9 +6,9 @@
 
 #include <random>
 
-#include "CollectedLog.h"
-#include "LibraryFolder.h"
-#include "StandInDatabase.h"
+#include "support/CollectedLog.h"
+#include "support/LibraryFolder.h"
+#include "support/StandInDatabase.h"
 
 namespace mrziphoto {
 namespace {

@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "CollectedLog.h"
-#include "LibraryFolder.h"
+#include "support/CollectedLog.h"
+#include "support/LibraryFolder.h"
 
 namespace mrziphoto {
 namespace {

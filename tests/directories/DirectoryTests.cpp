@@ -7,9 +7,9 @@
 
 #include <random>
 
-#include "CollectedLog.h"
-#include "StandInDatabase.h"
-#include "TemporaryFolder.h"
+#include "support/CollectedLog.h"
+#include "support/StandInDatabase.h"
+#include "support/TemporaryFolder.h"
 
 namespace mrziphoto {
 namespace {

@@ -23,7 +23,8 @@ namespace {
 TEST(StringTable, ReadsKeysTextsAndComments) {
   const auto table = detail::stringTableFromBytes(
       "\xEF\xBB\xBF/* \"no\" = \"comment\"; */ \"a\"=\"1\";\n// \"b\" = \"2\";\n"
-      "\"quote \\\" \\\\ \\n\" = \"\\U00e9 \\Ud83d\\Udcf7 \\Ud83d! \\q\";\n\"a\" = \"K\u00F6ln\" ;");
+      "\"quote \\\" \\\\ \\n\" = \"\\U00e9 \\Ud83d\\Udcf7 \\Ud83d! \\q\";\n\"a\" = \"K\u00F6ln\" "
+      ";");
   ASSERT_TRUE(table);
   EXPECT_EQ(table->size(), 2U);
   EXPECT_EQ(table->at("a"), "Köln") << "the later text stands";
@@ -39,8 +40,8 @@ TEST(StringTable, RefusesEveryCutOffTable) {
   const std::size_t afterComment = whole.find('"');
   const std::size_t afterEntry = whole.find(';') + 1;
   for (std::size_t size = 1; size < whole.size(); ++size) {
-    const bool isWhole =
-        (size >= afterComment - 1 && size <= afterComment) || (size >= afterEntry && size != afterEntry + 2);
+    const bool isWhole = (size >= afterComment - 1 && size <= afterComment) ||
+                         (size >= afterEntry && size != afterEntry + 2);
     EXPECT_EQ(detail::stringTableFromBytes(whole.substr(0, size)).has_value(), isWhole) << size;
   }
 }
@@ -71,15 +72,16 @@ TEST(Bundle, AnswersInTheUsersLanguageElseInEnglish) {
   const Bundle bundle(folder.path());
   EXPECT_EQ(bundle.localizedStringForKey("a", "Broken"), "a");
   EXPECT_EQ(bundle.localizedStringForKey("b", "Broken"), "b");
-  EXPECT_EQ(log.lines(), std::vector<std::string>{
-                             "'" + folder / "de.lproj/Broken.strings" + "' is no string table"});
+  EXPECT_EQ(log.lines(), std::vector<std::string>{"'" + folder / "de.lproj/Broken.strings" +
+                                                  "' is no string table"});
 }
 
 TEST(Bundle, AnswersItsInformation) {
   const TemporaryFolder folder;
   EXPECT_FALSE(Bundle::withPath(folder / "missing"));
-  folder.write("app/Contents/Info.plist",
-               "<plist><dict><key>CFBundleShortVersionString</key><string>9.4.3</string></dict></plist>");
+  folder.write(
+      "app/Contents/Info.plist",
+      "<plist><dict><key>CFBundleShortVersionString</key><string>9.4.3</string></dict></plist>");
   folder.write("flat/Info.plist", "<dict><key>a</key><integer>1</integer></dict>");
   folder.write("broken/Info.plist", "<dict><key>");
   EXPECT_EQ(Bundle::withPath(folder / "app")->infoDictionaryValue("CFBundleShortVersionString"),
@@ -117,9 +119,9 @@ TEST(TVQiPhotoFramework, EveryLanguageHasTheSameTexts) {
 
 TEST(UserDefaults, HostStandsBeforeTheEnvironment) {
   const std::pair<const char*, bool> cases[] = {
-      {"YES", true},  {"yes", true}, {"true", true},   {"1", true},    {" -0042", true},
-      {"t", true},    {"NO", false}, {"false", false}, {"0", false},   {"", false},
-      {"00", false},  {"on", false}, {"0.5", false},
+      {"YES", true}, {"yes", true}, {"true", true},   {"1", true},  {" -0042", true},
+      {"t", true},   {"NO", false}, {"false", false}, {"0", false}, {"", false},
+      {"00", false}, {"on", false}, {"0.5", false},
   };
   const std::string name = "MRZiPhotoTestDefault";
   for (const auto& [text, truth] : cases) {

@@ -40,6 +40,7 @@ TEST(Dictionary, FindsWhatAWalkFinds) {
 TEST(Dictionary, OfEqualKeysTheLaterValueStandsInTheEarlierPlace) {
   for (const int count : {2, 30, 300}) {
     std::vector<Dictionary::Entry> entries;
+    entries.reserve(static_cast<std::size_t>(count) + 1);
     for (int i = 0; i < count; ++i) {
       entries.push_back({DictionaryKey(std::to_string(i)), i});
     }

@@ -8,7 +8,8 @@ namespace mrziphoto {
 namespace {
 
 TEST(Format, FillsDirectives) {
-  EXPECT_EQ(format("%@ - %@ = %@", "Name", std::string("reason"), Value()), "Name - reason = (null)");
+  EXPECT_EQ(format("%@ - %@ = %@", "Name", std::string("reason"), Value()),
+            "Name - reason = (null)");
   EXPECT_EQ(format("%d %u %x %08X", -1, -1, 255, 0xBEEF), "-1 4294967295 ff 0000BEEF");
   EXPECT_EQ(format("[%5d|%-5d|%05d|%3@]", 42, 42, -42, "a"), "[   42|42   |-0042|  a]");
   EXPECT_EQ(format("%.2f %f %6.1f", 2.345, 0.5, -1.25), "2.35 0.500000   -1.2");
@@ -30,13 +31,13 @@ TEST(Description, ContainersInTheCustomaryForm) {
   inner->set("x", 1.5);
   inner->set("w", -3);
   const Dictionary dictionary{{"list", list},
-                        {"inner", inner},
-                        {"Word1", "Word2"},
-                        {"_key", ""},
-                        {"city", "K\xC3\xB6ln \xF0\x9F\x93\xB7"},
-                        {"quotes", "a \"b\" \\ \n\t"},
-                        {"bytes", Data::copyOf("hello")},
-                        {"date", Date{0}}};
+                              {"inner", inner},
+                              {"Word1", "Word2"},
+                              {"_key", ""},
+                              {"city", "K\xC3\xB6ln \xF0\x9F\x93\xB7"},
+                              {"quotes", "a \"b\" \\ \n\t"},
+                              {"bytes", Data::copyOf("hello")},
+                              {"date", Date{0}}};
   EXPECT_EQ(dictionary.description(),
             "{\n"
             "    Word1 = Word2;\n"

@@ -339,8 +339,11 @@ TEST(NSUnarchiver, RefusesWhatWouldSwell) {
   std::string deep = doubling;
   for (int last = 0; last < 400; ++last) {
     const std::string previous = " S0 O" + std::to_string(last == 0 ? 0 : last + 2);
-    doubling += " S0 new O1 S3 2" + previous + previous + " end";
-    deep += " S0 new O1 S3 1" + previous + " end";
+    doubling += " S0 new O1 S3 2";
+    doubling += previous;
+    doubling += previous + " end";
+    deep += " S0 new O1 S3 1";
+    deep += previous + " end";
   }
   std::string repeating = "'*' new '" + std::string(30000, 'x') + "' '[20000*]'";
   for (int i = 0; i < 20000; ++i) {

@@ -1,4 +1,5 @@
 #include <array>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -22,7 +23,8 @@ class Animal : public Object {
   const Accessor* accessorNamed(std::string_view key) const override {
     static constexpr std::array kAccessors{
         Accessor{"legs", [](const Object&) { return Value(4); }},
-        Accessor{"name", [](const Object& o) -> Value { return static_cast<const Animal&>(o).name; }},
+        Accessor{"name",
+                 [](const Object& o) -> Value { return static_cast<const Animal&>(o).name; }},
     };
     static_assert(accessorsAreSorted(kAccessors));
     return findAccessor(kAccessors, key);
@@ -63,13 +65,13 @@ TEST(WeakLink, BecomesNothingWithItsObject) {
   Ref<Animal> animal = make<Animal>();
   const Value weak = Value::weak(*animal);
   const Value second = Value::weak(*animal);
-  Value copy = weak;
+  const std::vector<Value> copies{weak, second};
   EXPECT_TRUE(weak == Value(animal) && weak == second);
   EXPECT_EQ(weak.object<Animal>()->name, "Rex");
   EXPECT_EQ(living, 1);
   animal = nullptr;
   EXPECT_EQ(living, 0);
-  EXPECT_TRUE(weak.isNothing() && copy.isNothing() && !weak.object());
+  EXPECT_TRUE(weak.isNothing() && copies[1].isNothing() && !weak.object());
   EXPECT_EQ(weak, Value());
   EXPECT_EQ(weak.hash(), Value().hash());
   EXPECT_EQ(weak.description(), "(null)");

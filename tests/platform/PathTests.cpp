@@ -18,9 +18,12 @@ namespace fs = std::filesystem;
 
 TEST(Path, Joins) {
   const std::vector<std::array<std::string, 3>> cases{
-      {"/a", "b", "/a/b"}, {"/a/", "b", "/a/b"},     {"/a", "/b/", "/a/b"}, {"/", "b", "/b"},
-      {"", "b", "b"},      {"", "/b", "/b"},         {"/a/", "", "/a"},     {"", "", ""},
-      {"/", "", "/"},      {"a//b", "c//d", "a/b/c/d"}, {"/a", "ä/é", "/a/ä/é"},
+      {"/a", "b", "/a/b"},     {"/a/", "b", "/a/b"},
+      {"/a", "/b/", "/a/b"},   {"/", "b", "/b"},
+      {"", "b", "b"},          {"", "/b", "/b"},
+      {"/a/", "", "/a"},       {"", "", ""},
+      {"/", "", "/"},          {"a//b", "c//d", "a/b/c/d"},
+      {"/a", "ä/é", "/a/ä/é"},
   };
   for (const auto& [folder, component, joined] : cases) {
     EXPECT_EQ(path::join(folder, component), joined) << folder << " and " << component;
@@ -74,11 +77,19 @@ TEST(Path, SplitsIntoComponentsAndBack) {
 TEST(Path, Standardizes) {
   const EnvironmentVariable home("HOME", "/home/me/");
   const std::vector<std::pair<std::string, std::string>> cases{
-      {"/a/./b//c/", "/a/b/c"},  {"/a/b/../c", "/a/c"}, {"/../../a", "/a"},
-      {"/a/..", "/"},            {"a/../b", "a/../b"},  {"./a/.", "a"},
-      {".", "."},                {"", ""},              {"~", "/home/me"},
-      {"~/Pictures/../x", "/home/me/x"},                {"~no-such-user/x", "~no-such-user/x"},
-      {"a/~", "a/~"},            {"~root", FileManager::homeFolderOfUser("root").value_or("~root")},
+      {"/a/./b//c/", "/a/b/c"},
+      {"/a/b/../c", "/a/c"},
+      {"/../../a", "/a"},
+      {"/a/..", "/"},
+      {"a/../b", "a/../b"},
+      {"./a/.", "a"},
+      {".", "."},
+      {"", ""},
+      {"~", "/home/me"},
+      {"~/Pictures/../x", "/home/me/x"},
+      {"~no-such-user/x", "~no-such-user/x"},
+      {"a/~", "a/~"},
+      {"~root", FileManager::homeFolderOfUser("root").value_or("~root")},
   };
   for (const auto& [given, standard] : cases) {
     EXPECT_EQ(path::standardized(given), standard) << given;

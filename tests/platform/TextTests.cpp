@@ -28,11 +28,11 @@ TEST(Text, RepairsWhatIsIllFormed) {
   const std::pair<std::string_view, std::string_view> cases[] = {
       {"plain", "plain"},
       {"a\x80z", "a\uFFFDz"},
-      {"\xC0\xAF", "\uFFFD\uFFFD"},              // overlong
-      {"\xE0\x80\x80", "\uFFFD\uFFFD\uFFFD"},    // overlong
-      {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},    // a surrogate
+      {"\xC0\xAF", "\uFFFD\uFFFD"},            // overlong
+      {"\xE0\x80\x80", "\uFFFD\uFFFD\uFFFD"},  // overlong
+      {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},  // a surrogate
       {"\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
-      {"\xF0\x9F\x93", "\uFFFD\uFFFD\uFFFD"},    // cut off
+      {"\xF0\x9F\x93", "\uFFFD\uFFFD\uFFFD"},  // cut off
       {"\xC3\xB6\xC3", "ö\uFFFD"},
   };
   for (const auto& [bytes, repaired] : cases) {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <MRZiPhoto/platform/Log.h>
-
 #include <string>
 #include <vector>
+
+#include <MRZiPhoto/platform/Log.h>
 
 namespace mrziphoto {
 

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <unistd.h>
-
 #include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 
 namespace mrziphoto {
 

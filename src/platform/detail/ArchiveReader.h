@@ -42,7 +42,7 @@ struct ArchiveItem {
     real,             // `number` has the bits, as many as the type has
     bytes,            // with their length before them
     rawBytes,         // an array of characters
-    sharedString,     //
+    sharedString,     // a selector or an atom
     classReference,   // `number` is a position in classes()
     cString,          // `number` is a position in cStrings()
     newObject,        // `number` is the object's; its class and contents follow

@@ -134,10 +134,11 @@ std::optional<std::string> FolderNames::nameLike(std::string_view name) const {
   if (!wanted) {
     return std::nullopt;
   }
-  for (const Row& row :
-       std::ranges::equal_range(_rows, std::hash<std::string>{}(*wanted), {}, &Row::hash)) {
-    if (foldedName(nameOf(row)) == wanted) {
-      return std::string(nameOf(row));
+  const std::size_t hash = std::hash<std::string>{}(*wanted);
+  for (auto row = std::ranges::lower_bound(_rows, hash, {}, &Row::hash);
+       row != _rows.end() && row->hash == hash; ++row) {
+    if (foldedName(nameOf(*row)) == wanted) {
+      return std::string(nameOf(*row));
     }
   }
   return std::nullopt;

@@ -79,7 +79,7 @@ bool readJpegSize(FileNumbers& file, ImageHeader& header) {
   std::uint64_t offset = 2;
   while (file.isWhole() && offset < kLongestJpegHeader) {
     const std::uint32_t marker = file.big(offset + 1, 1);
-    if (file.big(offset, 1) != 0xFF || marker == 0xFF) {
+    if (file.big(offset, 1) != 0xFF || marker == 0xFF || marker == 0) {
       ++offset;  // a fill byte, or one that is out of place, which decoders pass over
       continue;
     }

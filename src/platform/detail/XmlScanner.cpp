@@ -4,7 +4,6 @@
 #include <array>
 #include <bit>
 #include <cstring>
-#include <span>
 #include <utility>
 #include <vector>
 
@@ -15,67 +14,10 @@
 #include "../Text.h"
 
 namespace mrziphoto::detail {
+
+using namespace xml;
+
 namespace {
-
-// Classes of ASCII characters.
-constexpr std::uint8_t kSpace = 1;
-constexpr std::uint8_t kNameStart = 2;
-constexpr std::uint8_t kName = 4;
-constexpr std::uint8_t kPlain = 8;  // means nothing but itself in text, nor needs a check
-constexpr std::uint8_t kPublicId = 16;
-constexpr std::uint8_t kDeclared = 32;  // in the values of an XML declaration
-constexpr std::uint8_t kLetter = 64;
-
-constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
-constexpr std::string_view kDigits = "0123456789";
-
-constexpr auto kClasses = [] {
-  std::array<std::uint8_t, 256> classes{};
-  const auto add = [&classes](std::string_view characters, int bits) {
-    for (const char character : characters) {
-      classes[static_cast<unsigned char>(character)] |= static_cast<std::uint8_t>(bits);
-    }
-  };
-  for (char character = ' '; character != '\x7F'; ++character) {
-    add({&character, 1}, kPlain);
-  }
-  add("\t\n\x7F", kPlain);
-  for (const char markup : std::string_view("<&]")) {
-    classes[static_cast<unsigned char>(markup)] = 0;
-  }
-  add(" \t\r\n", kSpace);
-  add(kLetters, kLetter | kNameStart | kName | kPublicId | kDeclared);
-  add(kDigits, kName | kPublicId | kDeclared);
-  add(":_", kNameStart | kName);
-  add("-.", kName);
-  add(" \r\n-'()+,./:=?;!*#@$_%", kPublicId);
-  add("-._", kDeclared);
-  return classes;
-}();
-
-constexpr bool isOf(std::uint8_t classes, char character) {
-  return (kClasses[static_cast<unsigned char>(character)] & classes) != 0;
-}
-
-constexpr bool isAscii(char character) { return static_cast<unsigned char>(character) < 0x80; }
-
-struct Range {
-  std::uint32_t first;
-  std::uint32_t last;
-};
-
-constexpr std::array kNameStartRanges{
-    Range{0xC0, 0xD6},     Range{0xD8, 0xF6},     Range{0xF8, 0x2FF},    Range{0x370, 0x37D},
-    Range{0x37F, 0x1FFF},  Range{0x200C, 0x200D}, Range{0x2070, 0x218F}, Range{0x2C00, 0x2FEF},
-    Range{0x3001, 0xD7FF}, Range{0xF900, 0xFDCF}, Range{0xFDF0, 0xFFFD}, Range{0x10000, 0xEFFFF}};
-constexpr std::array kFurtherNameRanges{Range{0xB7, 0xB7}, Range{0x300, 0x36F},
-                                        Range{0x203F, 0x2040}};
-
-constexpr bool isWithin(std::span<const Range> ranges, std::uint32_t character) {
-  return std::ranges::any_of(ranges, [character](const Range& range) {
-    return character >= range.first && character <= range.last;
-  });
-}
 
 struct Entity {
   std::string_view name;
@@ -85,16 +27,8 @@ struct Entity {
 constexpr std::array kEntities{Entity{"amp", '&'}, Entity{"lt", '<'}, Entity{"gt", '>'},
                                Entity{"quot", '"'}, Entity{"apos", '\''}};
 
-constexpr std::array<std::string_view, 4> kMarkupDeclarations{"<!ELEMENT", "<!ATTLIST", "<!ENTITY",
-                                                              "<!NOTATION"};
-
-constexpr std::array<std::string_view, 3> kDeclarationParts{"version", "encoding", "standalone"};
-
 // How the places are called where a document may end too early.
-constexpr std::string_view kDeclaration = "its XML declaration";
-constexpr std::string_view kDocumentType = "its document type";
 constexpr std::string_view kTag = "a tag";
-constexpr std::string_view kInstruction = "a processing instruction";
 constexpr std::string_view kReference = "a reference";
 
 /// The next eight bytes, the first one lowest.
@@ -124,14 +58,6 @@ inline std::uint64_t lowest(std::uint64_t word, std::size_t count) {
   return word & ((std::uint64_t{1} << (8 * count)) - 1);
 }
 
-/// The first character of another class.
-inline const char* passAll(std::uint8_t classes, const char* at, const char* end) {
-  while (at != end && isOf(classes, *at)) {
-    ++at;
-  }
-  return at;
-}
-
 /// The first character that may mean something, or needs a check.
 const char* passPlain(const char* at, const char* end) {
 #ifdef __SSE2__
@@ -150,14 +76,6 @@ const char* passPlain(const char* at, const char* end) {
   }
 #endif
   return passAll(kPlain, at, end);
-}
-
-constexpr bool isNameCharacter(std::uint32_t character, bool isFirst) {
-  if (character < 0x80) {
-    return isOf(isFirst ? kNameStart : kName, static_cast<char>(character));
-  }
-  return isWithin(kNameStartRanges, character) ||
-         (!isFirst && isWithin(kFurtherNameRanges, character));
 }
 
 std::string shortened(std::string_view text) {
@@ -203,26 +121,6 @@ void XmlScanner::failLacking(std::string_view what, std::string_view construct) 
   fail("lacks " + std::string(what) + " in " + std::string(construct));
 }
 
-inline char XmlScanner::next(std::string_view construct) const {
-  if (_at == _end) {
-    failAtEnd(construct);
-  }
-  return *_at;
-}
-
-inline void XmlScanner::expect(char character, std::string_view construct) {
-  if (!isAhead(character)) {
-    failLacking(inQuotes({&character, 1}), construct);
-  }
-  ++_at;
-}
-
-inline bool XmlScanner::passSpace() {
-  const char* before = _at;
-  _at = passAll(kSpace, _at, _end);
-  return _at != before;
-}
-
 void XmlScanner::expectSpace(std::string_view construct) {
   if (!passSpace()) {
     failLacking("white space", construct);
@@ -256,7 +154,7 @@ std::string_view XmlScanner::passUntil(std::string_view terminator, std::string_
   return {start, static_cast<std::size_t>(end - start)};
 }
 
-inline std::string_view XmlScanner::name(std::string_view construct) {
+std::string_view XmlScanner::name(std::string_view construct) {
   const char* start = _at;
   if (_at != _end && isOf(kNameStart, *_at)) {
     _at = passAll(kName, _at, _end);
@@ -293,45 +191,6 @@ char XmlScanner::openingQuote(std::string_view construct) {
 std::string_view XmlScanner::quoted(std::string_view construct) {
   const char quote = openingQuote(construct);
   return passUntil({&quote, 1}, construct);
-}
-
-std::string_view XmlScanner::declaration() {
-  constexpr std::string_view kBegin = "<?xml";
-  if (!isAhead(kBegin) || rest().size() == kBegin.size() || !isOf(kSpace, _at[kBegin.size()])) {
-    return {};
-  }
-  _at += kBegin.size();
-  std::array<std::string_view, kDeclarationParts.size()> values;
-  bool isSeparated = false;
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    isSeparated = passSpace() || isSeparated;
-    if (isSeparated && passIf(kDeclarationParts[i])) {
-      values[i] = declarationValue();
-      isSeparated = false;
-    } else if (i == 0) {
-      fail("names no version in its XML declaration");
-    }
-  }
-  const auto& [version, encoding, standalone] = values;
-  passSpace();
-  const bool isNamed =
-      encoding.data() == nullptr || (!encoding.empty() && isOf(kLetter, encoding.front()));
-  const bool isDecided = standalone.data() == nullptr || standalone == "yes" || standalone == "no";
-  if (!passIf("?>") || !isNamed || !isDecided) {
-    fail("has a malformed XML declaration");
-  }
-  return encoding;
-}
-
-std::string_view XmlScanner::declarationValue() {
-  passSpace();
-  expect('=', kDeclaration);
-  passSpace();
-  const std::string_view value = quoted(kDeclaration);
-  if (!std::ranges::all_of(value, [](char each) { return isOf(kDeclared, each); })) {
-    fail("has a malformed value in its XML declaration");
-  }
-  return value;
 }
 
 XmlScanner::Tag XmlScanner::rootTag() {
@@ -372,90 +231,6 @@ inline void XmlScanner::passMiscellany() {
   passSpace();
   while ((isAhead("<!") || isAhead("<?")) && passCommentOrInstruction()) {
     passSpace();
-  }
-}
-
-bool XmlScanner::passCommentOrInstruction() {
-  if (passIf("<!--")) {
-    passComment();
-    return true;
-  }
-  if (passIf("<?")) {
-    passInstruction();
-    return true;
-  }
-  return false;
-}
-
-void XmlScanner::passComment() {
-  passUntil("--", "a comment");
-  if (next("a comment") != '>') {
-    fail("has \"--\" inside a comment");
-  }
-  ++_at;
-}
-
-void XmlScanner::passInstruction() {
-  const std::string_view target = name(kInstruction);
-  if (target.size() == 3 && (target[0] | 0x20) == 'x' && (target[1] | 0x20) == 'm' &&
-      (target[2] | 0x20) == 'l') {
-    fail("has an XML declaration that does not stand at its beginning");
-  }
-  if (!passIf("?>")) {
-    expectSpace(kInstruction);
-    passUntil("?>", kInstruction);
-  }
-}
-
-void XmlScanner::passDocumentType() {
-  expectSpace(kDocumentType);
-  name(kDocumentType);
-  const bool isSeparated = passSpace();
-  if (isSeparated && passIf("SYSTEM")) {
-    expectSpace(kDocumentType);
-    quoted(kDocumentType);
-  } else if (isSeparated && passIf("PUBLIC")) {
-    expectSpace(kDocumentType);
-    const std::string_view identifier = quoted(kDocumentType);
-    if (!std::ranges::all_of(identifier, [](char each) { return isOf(kPublicId, each); })) {
-      fail("has a malformed public identifier in its document type");
-    }
-    expectSpace(kDocumentType);
-    quoted(kDocumentType);
-  }
-  passSpace();
-  if (passIf("[")) {
-    passInternalSubset();
-    passSpace();
-  }
-  expect('>', kDocumentType);
-}
-
-void XmlScanner::passInternalSubset() {
-  while (!passIf("]")) {
-    if (passIf("%")) {
-      name(kDocumentType);
-      expect(';', kDocumentType);
-    } else if (!passSpace() && !passCommentOrInstruction()) {
-      passMarkupDeclaration();
-    }
-  }
-}
-
-void XmlScanner::passMarkupDeclaration() {
-  if (std::ranges::none_of(kMarkupDeclarations, [this](auto begin) { return passIf(begin); })) {
-    failLacking("a declaration", kDocumentType);
-  }
-  expectSpace(kDocumentType);
-  while (!passIf(">")) {
-    const char character = next(kDocumentType);
-    if (character == '"' || character == '\'') {
-      quoted(kDocumentType);
-    } else if (character == '<' || character == '&' || character == '[' || character == ']') {
-      fail("has a stray " + inQuotes({&character, 1}) + " in its document type");
-    } else {
-      passCharacter();
-    }
   }
 }
 

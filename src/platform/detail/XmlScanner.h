@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "XmlCharacters.h"
+
 namespace mrziphoto::detail {
 
 /// What is wrong with a document, to follow the words "the property list", and where.
@@ -48,14 +50,6 @@ class XmlScanner {
     return word;
   }
 
-  /// Whether a document may hold that character.
-  static constexpr bool isAllowed(std::uint32_t character) {
-    return character == '\t' || character == '\n' || character == '\r' ||
-           (character >= 0x20 && character <= 0xD7FF) ||
-           (character >= 0xE000 && character <= 0xFFFD) ||
-           (character >= 0x10000 && character <= 0x10FFFF);
-  }
-
   /// Stands at the first character of a document, which must outlive the scanner.
   explicit XmlScanner(std::string_view document)
       : _start(document.data()), _at(_start), _end(_start + document.size()) {}
@@ -89,14 +83,28 @@ class XmlScanner {
   [[noreturn]] void failAtEnd(std::string_view construct) const;
   [[noreturn]] void failInside(const Tag& element) const;
   [[noreturn]] void failLacking(std::string_view what, std::string_view construct) const;
-  [[nodiscard]] char next(std::string_view construct) const;
+  [[nodiscard]] char next(std::string_view construct) const {
+    if (_at == _end) {
+      failAtEnd(construct);
+    }
+    return *_at;
+  }
   bool passIf(std::string_view text) {
     const bool passes = isAhead(text);
     _at += passes ? text.size() : 0;
     return passes;
   }
-  void expect(char character, std::string_view construct);
-  bool passSpace();
+  void expect(char character, std::string_view construct) {
+    if (!isAhead(character)) {
+      failLacking(inQuotes({&character, 1}), construct);
+    }
+    ++_at;
+  }
+  bool passSpace() {
+    const char* before = _at;
+    _at = xml::passAll(xml::kSpace, _at, _end);
+    return _at != before;
+  }
   void expectSpace(std::string_view construct);
   std::uint32_t passCharacter();
   std::string_view passUntil(std::string_view terminator, std::string_view construct);

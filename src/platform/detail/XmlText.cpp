@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <iconv.h>
 
 #include "XmlScanner.h"
@@ -12,31 +11,31 @@ namespace {
 
 constexpr std::string_view kUtf8 = "UTF-8";
 
-/// How a document in an encoding can be recognised before anything of it is read.
+/// An encoding and the byte order mark of its documents.
 struct Signature {
-  std::string_view bytes;
-  std::size_t markLength;
+  std::string_view mark;
   std::string_view encoding;
 };
 
-constexpr std::array kSignatures{Signature{"\xEF\xBB\xBF", 3, kUtf8},
-                                 Signature{"\xFE\xFF", 2, "UTF-16BE"},
-                                 Signature{"\xFF\xFE", 2, "UTF-16LE"}};
+constexpr std::array kSignatures{Signature{"\xEF\xBB\xBF", kUtf8},
+                                 Signature{"\xFE\xFF", "UTF-16BE"},
+                                 Signature{"\xFF\xFE", "UTF-16LE"}};
 
-const Signature& signatureOf(std::string_view file) {
-  static constexpr Signature kBigEndian{{}, 0, "UTF-16BE"};
-  static constexpr Signature kLittleEndian{{}, 0, "UTF-16LE"};
-  static constexpr Signature kNone{{}, 0, kUtf8};
+/// What can be told before anything of a document is read.
+Signature signatureOf(std::string_view file) {
   for (const Signature& signature : kSignatures) {
-    if (file.starts_with(signature.bytes)) {
+    if (file.starts_with(signature.mark)) {
       return signature;
     }
   }
-  if (file.size() < 2) {
-    return kNone;
+  // No document holds the character 0, so a zero byte tells the order of UTF-16's bytes.
+  if (file.size() >= 2 && file[0] == '\0') {
+    return {{}, "UTF-16BE"};
   }
-  // No document begins with the character 0, so a zero byte tells the order of UTF-16's bytes.
-  return file[0] == '\0' ? kBigEndian : file[1] == '\0' ? kLittleEndian : kNone;
+  if (file.size() >= 2 && file[1] == '\0') {
+    return {{}, "UTF-16LE"};
+  }
+  return {{}, kUtf8};
 }
 
 bool isSameName(std::string_view one, std::string_view other) {
@@ -98,8 +97,8 @@ std::size_t convertedLength(Converter& converter) {
 }  // namespace
 
 XmlText::XmlText(const Data& file) {
-  const Signature& signature = signatureOf(file.bytes());
-  _marked = signature.markLength;
+  const Signature signature = signatureOf(file.bytes());
+  _marked = signature.mark.size();
   _file = file.slice(_marked, file.size());
   readAs(std::string(signature.encoding));
 }

@@ -1,0 +1,83 @@
+// The small thumbnails that a library keeps of all its photos in one file.
+
+#include <bit>
+#include <cstring>
+
+#include "../platform/FileManager.h"
+#include "../platform/Log.h"
+#include "TVQiPhotoDatabase.h"
+
+namespace mrziphoto {
+namespace {
+
+constexpr std::string_view kOlderCacheFile = "Thumb64.data";
+constexpr std::string_view kCacheFile = "Thumb64Segment.data";
+// The first catalogue version with a file of the newer name.
+constexpr std::int32_t kFirstWithSegmentFile = 51;
+
+constexpr std::uint32_t kSide = 64;
+constexpr std::uint32_t kBytesPerPixel = 4;
+
+// The turn that puts a pixel's last byte in front of the others.
+constexpr int kTurn = std::endian::native == std::endian::little ? 8 : -8;
+
+void copyPixels(std::string_view from, std::span<std::uint8_t> to) {
+  for (std::size_t offset = 0; offset < to.size(); offset += kBytesPerPixel) {
+    std::uint32_t pixel = 0;
+    std::memcpy(&pixel, from.data() + offset, sizeof pixel);
+    pixel = std::rotl(pixel, kTurn);
+    std::memcpy(to.data() + offset, &pixel, sizeof pixel);
+  }
+}
+
+}  // namespace
+
+Ref<iPhotoSegmentCache> TVQiPhotoDatabase::thumbnailSegmentCache() const {
+  if (!_thumbnailCache && !_thumbnailCacheAttempted) {
+    const std::string file =
+        inLibrary(iPhotoLibraryVersion() < kFirstWithSegmentFile ? kOlderCacheFile : kCacheFile);
+    _thumbnailCache =
+        iPhotoSegmentCache::initWithContentsOfFile(FileManager::locate(file).value_or(file));
+    if (!_thumbnailCache) {
+      log("Can't find a valid %@", file);
+    }
+    _thumbnailCacheAttempted = true;
+  }
+  return _thumbnailCache;
+}
+
+Ref<NSBitmapImageRep> TVQiPhotoDatabase::cacheThumbnailForKey(const Value& key) const {
+  const Ref<iPhotoSegmentCache> cache = thumbnailSegmentCache();
+  const Value number = cache ? keyNumber(key) : Value();
+  if (number.isNothing()) {
+    return {};
+  }
+  // Whatever the size of an item: a smaller one is followed by bytes of the next.
+  const std::optional<Data> bytes =
+      cache->itemBytesForKey(number.unsignedIntValue(), kSide * kSide * kBytesPerPixel);
+  if (!bytes) {
+    return {};
+  }
+  Ref<NSBitmapImageRep> bitmap = make<NSBitmapImageRep>(kSide, kSide);
+  copyPixels(bytes->bytes(), bitmap->bitmapData());
+  return bitmap;
+}
+
+Ref<NSImage> TVQiPhotoDatabase::thumbnailForKeyImageSize(const Value& key, NSSize size) const {
+  const std::uint32_t number = keyNumber(key).unsignedIntValue();
+  auto found = _thumbnails.find(number);
+  if (found == _thumbnails.end()) {
+    const Ref<NSBitmapImageRep> bitmap = cacheThumbnailForKey(key);
+    if (!bitmap) {
+      return {};
+    }
+    found = _thumbnails.emplace(number, bitmap).first;
+  }
+  Ref<NSImage> image = NSImage::initWithSize(size, ImageRecRef::imageClass());
+  if (image) {
+    image->addRepresentation(found->second);
+  }
+  return image;
+}
+
+}  // namespace mrziphoto

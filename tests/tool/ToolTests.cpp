@@ -1,0 +1,352 @@
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/EnvironmentVariable.h"
+#include "support/LibraryFolder.h"
+#include "support/MarkdownTable.h"
+#include "support/RunTool.h"
+
+namespace mrziphoto {
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// Two photos, one roll, two keywords and two albums, one of which has a number as its name.
+class SmallLibrary : public LibraryFolder {
+ public:
+  SmallLibrary() {
+    using namespace xml;
+    writeCodedVersion("Library.iPhoto", 200);
+    writeCodedVersion("Library6.iPhoto", 200);
+    writeAlbumData(
+        entry("Archive Path", text(root)) +
+        entry("Master Image List",
+              dict(image(7, "Köln &amp; so.jpg",
+                         entry("Keywords", array(text("1") + text("2"))) +
+                             entry("DateAsTimerInterval", "<real>0.5</real>")) +
+                   image(8, "b.jpg", ""))) +
+        entry("List of Keywords",
+              dict(entry("1", text("Kids")) + entry("2", text("Se\u0301jour")))) +
+        entry("List of Albums", array(album("AlbumName", "A\u0300 voir", 5, text("8") + text("7")) +
+                                      album("AlbumName", "2009", 6, text("7") + text("99")))) +
+        entry("List of Rolls", array(album("RollName", "Trip", 3, text("7") + text("8")))));
+  }
+
+ private:
+  [[nodiscard]] std::string image(int key, const std::string& name,
+                                  const std::string& others) const {
+    using namespace xml;
+    return entry(std::to_string(key),
+                 dict(entry("ImagePath", text(root + "/" + name)) + entry("Caption", text(name)) +
+                      entry("Roll", number(3)) + others));
+  }
+  static std::string album(const std::string& nameKey, const std::string& name, int key,
+                           const std::string& photos) {
+    using namespace xml;
+    return dict(entry(nameKey, text(name)) + entry("AlbumId", number(key)) +
+                entry("KeyList", array(photos)));
+  }
+};
+
+std::size_t linesIn(const std::string& text) {
+  return static_cast<std::size_t>(std::ranges::count(text, '\n'));
+}
+
+/// The sentence "mrziphoto: ..." is the last line of standard error.
+std::string sentenceOf(const ToolResult& result) {
+  const std::size_t begin = result.err.rfind("mrziphoto: ");
+  EXPECT_NE(begin, std::string::npos) << result.err;
+  EXPECT_EQ(linesIn(result.err.substr(std::min(begin, result.err.size()))), 1U) << result.err;
+  return begin == std::string::npos ? "" : result.err.substr(begin);
+}
+
+TEST(Tool, ListsALibrary) {
+  const SmallLibrary library;
+  const struct {
+    Words words;
+    std::string answer;
+  } cases[] = {
+      {{"photos", "--format", "json", "--fields", "key,caption,keywords,archiveDate,comments"},
+       "[\n"
+       R"({"key":7,"caption":"Köln & so.jpg","keywords":["Kids",)"
+       "\"Se\u0301jour\"],"
+       R"("archiveDate":"2001-01-01T00:00:00.5Z","comments":null},)"
+       "\n"
+       R"({"key":8,"caption":"b.jpg","keywords":[],"archiveDate":null,"comments":null})"
+       "\n]\n"},
+      {{"photos", "--format", "csv", "--fields", "keywords, key,key"},
+       "keywords,key\nKids; Se\u0301jour,7\n,8\n"},
+      {{"photos", "--album", "À voir", "--format", "csv", "--fields", "key"}, "key\n8\n7\n"},
+      {{"photos", "--album", "5", "--format", "csv", "--fields", "key"}, "key\n8\n7\n"},
+      {{"photos", "--album", "2009", "--format", "csv", "--fields", "key"}, "key\n7\n"},
+      {{"photos", "--roll", "3", "--format", "csv", "--fields", "key"}, "key\n7\n8\n"},
+      {{"photos", "--album", "À voir", "--roll", "3", "--keyword", "Séjour", "--format", "jsonl",
+        "--fields", "key"},
+       "{\"key\":7}\n"},
+      {{"rolls", "--format", "jsonl"},
+       R"({"key":3,"name":"Trip","comments":null,"date":null,"archiveDate":null,)"
+       R"("modificationDate":null,"photos":[7,8]})"
+       "\n"},
+      {{"albums", "--format", "jsonl"},
+       "{\"key\":5,\"kind\":\"Album\",\"name\":\"A\u0300 voir\","
+       R"("comments":null,"photos":[8,7],"children":[]})"
+       "\n"
+       R"({"key":6,"kind":"Album","name":"2009","comments":null,"photos":[7,99],"children":[]})"
+       "\n"},
+      {{"keywords", "--format", "csv"},
+       "key,string,keyword\n1,Kids,Kids\n2,Se\u0301jour,Se\u0301jour\n"},
+      {{"get", "8", "imagePath", "cameraMaker", "imageSize", "rollKey", "--format", "json"},
+       "{\"imagePath\":\"" + library.root +
+           R"(/b.jpg","cameraMaker":null,"imageSize":{"width":0,"height":0},"rollKey":3})"
+           "\n"},
+      {{"get", "8", "caption", "key"}, "caption  b.jpg\nkey      8\n"},
+  };
+  for (const auto& [words, answer] : cases) {
+    Words all = words;
+    all.insert(all.begin() + 1, {library.root, "--quiet"});
+    const ToolResult result = runTool(all);
+    EXPECT_EQ(result.out, answer) << result.err;
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.status, 0);
+  }
+  const ToolResult info = runTool({"info", library.root, "--format", "json"});
+  EXPECT_EQ(info.out, "{\"directory\":\"" + library.root + "\",\"catalogueFile\":\"" +
+                          library.root +
+                          R"(/Library6.iPhoto","libraryVersion":200,"iPhotoDataVersion":"80",)"
+                          R"("iPhotoVersion":"iPhoto Not Present","archivePath":")" +
+                          library.root +
+                          R"(","photos":2,"rollRecords":0,"rolls":1,"albums":2,"keywords":2,)"
+                          R"("thumbnailCache":null})"
+                          "\n");
+}
+
+TEST(Tool, SaysInOneSentenceWhatIsWrong) {
+  const SmallLibrary library;
+  const TemporaryFolder other;
+  other.write("file", "no archive");
+  const std::string& root = library.root;
+  const struct {
+    Words words;
+    int status;
+    std::string named;
+  } cases[] = {
+      {{}, 2, "no command"},
+      {{"list"}, 2, "'list'"},
+      {{"photos", root, "--bogus"}, 2, "--bogus"},
+      {{"photos", root, root}, 2, root},
+      {{"photos", root, "--library", root}, 2, root},
+      {{"photos", root, "--format", "xml"}, 2, "xml"},
+      {{"photos", root, "--fields", "key,bogus"}, 2, "'bogus'"},
+      {{"photos", root, "--fields", "key,,date"}, 2, "''"},
+      {{"photos", root, "--roll", "x"}, 2, "'x'"},
+      {{"photos", root, "--roll", "9"}, 1, "key 9"},
+      {{"photos", root, "--album", "Worst"}, 1, "'Worst'"},
+      {{"photos", root, "--album", "9"}, 1, "'9'"},
+      {{"photos", root, "--keyword", "Work"}, 1, "'Work'"},
+      {{"photo", root}, 2, "KEY"},
+      {{"photo", root, "seven"}, 2, "'seven'"},
+      {{"photo", root, "-7"}, 2, "'-7'"},
+      {{"photo", root, "9"}, 1, "key 9"},
+      {{"photo", root, "4294967303"}, 1, "key 4294967303"},
+      {{"get", root, "7"}, 2, "NAME"},
+      {{"get", root, "7", "bogus"}, 2, "'bogus'"},
+      {{"thumbnail", root, "7"}, 2, "--output"},
+      {{"info", other / "missing"}, 1, other / "missing"},
+      {{"info", other / "file"}, 1, other / "file"},
+      {{"info", other.path()}, 1, other.path()},
+      {{"info", ""}, 1, "''"},
+      {{"archive", other / "missing"}, 1, other / "missing"},
+      {{"archive", other / "file"}, 1, other / "file"},
+      {{"archive", other / "file", "--format", "csv"}, 2, "csv"},
+      {{"sample", root}, 1, root},
+      {{"sample", other / "new", "--library-version", "14"}, 2, "14"},
+      {{"sample", other / "new", "--photos", "-1"}, 2, "-1"},
+  };
+  for (const auto& [words, status, named] : cases) {
+    const ToolResult result = runTool(words);
+    EXPECT_NE(sentenceOf(result).find(named), std::string::npos) << result.err << named;
+    EXPECT_EQ(result.status, status) << result.err;
+    EXPECT_EQ(result.out, "");
+  }
+}
+
+TEST(Tool, FindsTheLibraryHoweverItIsNamed) {
+  const SmallLibrary library;
+  const TemporaryFolder home;
+  std::filesystem::create_directory(home / "Pictures");
+  for (const std::string name : {"Pictures/iPhoto Library", "77", "[x]"}) {
+    std::filesystem::create_directory_symlink(library.root, home / name);
+  }
+  const EnvironmentVariable homeFolder("HOME", home.path());
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(home.path());
+  const Words cases[] = {
+      {"get", "7", "key"},
+      {"get", "./77", "7", "key"},
+      {"get", "--library", "77", "7", "key"},
+      {"get", "[x]", "7", "key"},
+      {"get", "7", "--library=./77/.", "key"},
+  };
+  for (const Words& words : cases) {
+    const ToolResult result = runTool(words);
+    EXPECT_EQ(result.out, "key  7\n") << result.err;
+  }
+  EXPECT_NE(runTool({"info", "77", "--format", "json"}).out.find("\"directory\":\"/"),
+            std::string::npos);
+  std::filesystem::current_path(before);
+}
+
+TEST(Tool, TellsWhetherItsOutputArrived) {
+  const SmallLibrary library;
+  for (const char* nowhere : {">/dev/full", ">&-"}) {
+    const ToolResult result = runTool({"photos", library.root}, nowhere);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(sentenceOf(result).find("standard output"), std::string::npos);
+  }
+  EXPECT_EQ(runTool({"--help"}, ">/dev/full").status, 1);
+
+  // More than a pipe holds.
+  const TemporaryFolder large;
+  ASSERT_EQ(runTool({"sample", large / "library", "--library-version", "200", "--photos", "2000",
+                     "--no-images"})
+                .status,
+            0);
+  const ToolResult result =
+      runTool({"photos", large / "library", "--format", "jsonl", "--quiet"}, "| true");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+}
+
+TEST(Tool, WritesWhatIsNoTextAsReplacementCharacters) {
+  const SmallLibrary library;
+  const TemporaryFolder other;
+  const std::string moved = other / "K\xF6ln";
+  std::filesystem::copy(library.root, moved);
+  const ToolResult result =
+      runTool({"photos", moved, "--format", "jsonl", "--fields", "imagePath", "--quiet"});
+  EXPECT_EQ(result.out, "{\"imagePath\":\"" + (other / "K\uFFFDln") + "/Köln & so.jpg\"}\n" +
+                            "{\"imagePath\":\"" + (other / "K\uFFFDln") + "/b.jpg\"}\n");
+}
+
+TEST(Tool, ListsNothingOfALibraryWithoutCatalogue) {
+  const TemporaryFolder folder;
+  ASSERT_EQ(
+      runTool({"sample", folder / "library", "--library-version", "24", "--photos", "2"}).status,
+      0);
+  folder.write("library/AlbumData.xml", "<plist><dict>");
+  const ToolResult info = runTool({"info", folder / "library", "--format", "json"});
+  EXPECT_EQ(info.status, 0);
+  EXPECT_NE(info.out.find("\"libraryVersion\":0"), std::string::npos) << info.out;
+  EXPECT_NE(info.err, "");
+  EXPECT_EQ(info.err.find("mrziphoto: "), std::string::npos) << info.err;
+  for (const char* list : {"photos", "rolls", "albums", "keywords"}) {
+    const ToolResult result = runTool({list, folder / "library", "--format", "json", "--quiet"});
+    EXPECT_EQ(result.out, "[]\n");
+    EXPECT_EQ(result.status, 0);
+  }
+}
+
+TEST(Tool, LeavesOutACameraBlockThatCannotBeRead) {
+  const TemporaryFolder folder;
+  ASSERT_EQ(
+      runTool({"sample", folder / "library", "--library-version", "24", "--photos", "3"}).status,
+      0);
+  const auto list = [&] {
+    return runTool({"photos", folder / "library", "--fields", "key,maker,aperture,shutter",
+                    "--format", "csv", "--quiet"});
+  };
+  const ToolResult before = list();
+  EXPECT_EQ(before.err, "");
+
+  // The aperture is a fraction: its size, its code, numerator and denominator.
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder / "library")) {
+    if (entry.path().filename() != "103.attr") {
+      continue;
+    }
+    std::ifstream in(entry.path(), std::ios::binary);
+    std::string bytes(std::istreambuf_iterator<char>(in), {});
+    const std::size_t code = bytes.find("ex\x82\x9D");
+    ASSERT_NE(code, std::string::npos);
+    bytes.replace(code + 8, 4, 4, '\0');
+    std::ofstream(entry.path(), std::ios::binary) << bytes;
+  }
+  const ToolResult after = list();
+  EXPECT_EQ(after.status, 0);
+  EXPECT_NE(sentenceOf(after).find("103"), std::string::npos);
+  EXPECT_EQ(linesIn(after.err), 1U) << after.err;
+  const std::size_t line = before.out.find("\n103,");
+  ASSERT_NE(line, std::string::npos) << before.out;
+  std::string expected = before.out;
+  expected.replace(line, expected.find('\n', line + 1) - line, "\n103,,,");
+  EXPECT_EQ(after.out, expected);
+}
+
+TEST(Tool, ShowsTheStructureOfArchives) {
+  const LibraryFolder library;
+  library.writeArchivedVersion("archive", 24);
+  const ToolResult text = runTool({"archive", library.root + "/archive"});
+  EXPECT_NE(text.out.find("\ni: 24\n"), std::string::npos) << text.out;
+  const ToolResult json = runTool({"archive", library.root + "/archive", "--format", "json"});
+  EXPECT_NE(json.out.find(R"({"types":"i","values":[24]})"), std::string::npos) << json.out;
+  EXPECT_EQ(linesIn(json.out), 1U);
+}
+
+TEST(Tool, AnswersTheFieldsThatItsPageTells) {
+  const SmallLibrary library;
+  const ToolResult photo = runTool({"photo", library.root, "7", "--format", "csv"});
+  std::string fields;
+  for (const MarkdownRow& row : markdownTable(MRZIPHOTO_DOCS "/command-line.md", "Fields")) {
+    fields += (fields.empty() ? "" : ",") + row.at(0);
+  }
+  EXPECT_EQ(photo.out.substr(0, photo.out.find('\n')), fields);
+}
+
+TEST(Tool, ExplainsEveryCommand) {
+  const ToolResult help = runTool({"--help"});
+  EXPECT_EQ(help.status, 0);
+  for (const char* command : {"info", "photos", "rolls", "albums", "keywords", "photo", "get",
+                              "thumbnail", "dump", "archive", "sample"}) {
+    EXPECT_NE(help.out.find("\n  " + std::string(command) + " "), std::string::npos) << help.out;
+    const ToolResult one = runTool({command, "-h"});
+    EXPECT_EQ(one.status, 0);
+    EXPECT_NE(one.out.find("\n  mrziphoto " + std::string(command) + " "), std::string::npos)
+        << one.out;
+  }
+}
+
+TEST(Tool, ReadsARealLibrary) {
+  const std::string library = MRZIPHOTO_REAL_FILES "/iPhoto-9.4.3.photolibrary";
+  if (!std::filesystem::exists(library)) {
+    GTEST_SKIP() << "There is no folder " << library;
+  }
+  const auto list = [&](const Words& words) {
+    Words all = words;
+    all.insert(all.begin() + 1, {library, "--format", "jsonl"});
+    return runTool(all);
+  };
+  EXPECT_EQ(linesIn(list({"rolls"}).out), 1U);
+  EXPECT_EQ(linesIn(list({"albums"}).out), 5U);
+  EXPECT_EQ(linesIn(list({"photos"}).out), 7U);
+  EXPECT_EQ(linesIn(list({"photos", "--album", "JavaOne 11"}).out), 7U);
+
+  const ToolResult paths = runTool({"photos", library, "--format", "csv", "--fields", "imagePath"});
+  EXPECT_NE(paths.err.find(" as the archive path\n"), std::string::npos) << paths.err;
+  const std::string present = std::filesystem::path(library).lexically_normal().string();
+  std::istringstream lines(paths.out.substr(paths.out.find('\n') + 1));
+  std::size_t count = 0;
+  for (std::string path; std::getline(lines, path); ++count) {
+    EXPECT_TRUE(path.starts_with(present)) << path;
+    EXPECT_TRUE(std::filesystem::is_regular_file(path)) << path;
+  }
+  EXPECT_EQ(count, 7U);
+}
+
+}  // namespace
+}  // namespace mrziphoto

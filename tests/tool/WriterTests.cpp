@@ -1,0 +1,150 @@
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <MRZiPhoto/photos/Key.h>
+#include <MRZiPhoto/platform/Array.h>
+#include <MRZiPhoto/platform/Dictionary.h>
+
+#include "tool/JsonText.h"
+#include "tool/Output.h"
+#include "tool/RecordWriter.h"
+#include "tool/TerminalText.h"
+#include "tool/Values.h"
+
+namespace mrziphoto::tool {
+namespace {
+
+TEST(JsonText, EscapesTextsAndRepairsThem) {
+  const struct {
+    std::string text;
+    std::string json;
+  } cases[] = {
+      {"", R"("")"},
+      {"Köln 東京 🌸", R"("Köln 東京 🌸")"},
+      {"a\"b\\c/d", R"("a\"b\\c/d")"},
+      {"\n\t\r\b\f", R"("\n\t\r\b\f")"},
+      {std::string("\0\x1F\x7F", 3), R"("\u0000\u001f\u007f")"},
+      {"\u0080\u009F\u00A0", "\"\\u0080\\u009f\u00A0\""},
+      {"broken \xFF end", "\"broken \uFFFD end\""},
+      {"cut \xE6\x9D", "\"cut \uFFFD\uFFFD\""},
+      {"\xC2", "\"\uFFFD\""},
+      {"surrogate \xED\xA0\x80", "\"surrogate \uFFFD\uFFFD\uFFFD\""},
+  };
+  for (const auto& [text, json] : cases) {
+    std::string out;
+    JsonText::appendQuoted(out, text);
+    EXPECT_EQ(out, json);
+  }
+}
+
+/// What each format makes of one field with this value.
+struct Written {
+  std::string json;
+  std::string csv;
+  std::string table;
+};
+
+Written writtenInAllFormats(const Value& value) {
+  const auto written = [&](Format format) {
+    Output output;
+    const auto out = RecordWriter::to(output, format, Shape::single, {"f"});
+    out->beginRecord();
+    writeValue(*out, value);
+    out->endRecord();
+    out->finish();
+    return output.text();
+  };
+  return {written(Format::json), written(Format::csv), written(Format::table)};
+}
+
+TEST(RecordWriter, WritesEveryKindOfValue) {
+  const Value list = make<Array>(std::vector<Value>{1, Value(), "a;b", true});
+  const Value nested = make<Array>(std::vector<Value>{list, "x"});
+  const Value object = make<Dictionary>(
+      std::initializer_list<std::pair<std::string_view, Value>>{{"b", 1}, {"a", list}});
+  const struct {
+    Value value;
+    std::string json;
+    std::string csv;
+    std::string table;
+  } cases[] = {
+      {Value(), "null", "\"\"", ""},
+      {false, "false", "false", "false"},
+      {-7, "-7", "-7", "-7"},
+      {std::numeric_limits<std::uint64_t>::max(), "18446744073709551615", "18446744073709551615",
+       "18446744073709551615"},
+      {0.1, "0.1", "0.1", "0.1"},
+      {0.1F, "0.1", "0.1", "0.1"},
+      {100000.0, "100000", "100000", "100000"},
+      {-0.0, "-0", "-0", "-0"},
+      {1e300, "1e+300", "1e+300", "1e+300"},
+      {std::nan(""), "null", "\"\"", ""},
+      {std::numeric_limits<double>::infinity(), "null", "\"\"", ""},
+      {Decimal{28, -1}, "2.8", "2.8", "2.8"},
+      {Decimal{1, 300}, "1e+300", "1e+300", "1e+300"},
+      {Decimal{1, 2000000000}, "null", "\"\"", ""},
+      {Date{0.25}, "\"2001-01-01T00:00:00.25Z\"", "2001-01-01T00:00:00.25Z",
+       "2001-01-01T00:00:00.25Z"},
+      {Date{1e12}, "null", "\"\"", ""},
+      {"two\nlines, \"quoted\"", R"("two\nlines, \"quoted\"")", "\"two\nlines, \"\"quoted\"\"\"",
+       "two lines, \"quoted\""},
+      {Key::initWithKey(12), "12", "12", "12"},
+      {make<Key>(), "null", "\"\"", ""},
+      {list, R"([1,null,"a;b",true])", "1; ; a;b; true", "1; ; a;b; true"},
+      {nested, R"([[1,null,"a;b",true],"x"])", R"("[1,null,""a;b"",true]; x")",
+       R"([1,null,"a;b",true]; x)"},
+      {object, R"({"b":1,"a":[1,null,"a;b",true]})", R"("{""b"":1,""a"":[1,null,""a;b"",true]}")",
+       R"({"b":1,"a":[1,null,"a;b",true]})"},
+      {Data::copyOf("abc"), R"("<616263>")", "<616263>", "<616263>"},
+  };
+  for (const auto& [value, json, csv, table] : cases) {
+    const Written written = writtenInAllFormats(value);
+    EXPECT_EQ(written.json, "{\"f\":" + json + "}\n");
+    EXPECT_EQ(written.csv, "f\n" + csv + "\n");
+    EXPECT_EQ(written.table, table.empty() ? "f\n" : "f  " + table + "\n");
+  }
+}
+
+TEST(RecordWriter, WritesAValueThatContainsItself) {
+  const Ref<Array> array = make<Array>();
+  array->append(Value::weak(*array));
+  EXPECT_EQ(writtenInAllFormats(array).json, "{\"f\":[\"<NSArray>\"]}\n");
+}
+
+TEST(RecordWriter, WritesLists) {
+  const auto written = [](Format format, std::size_t records) {
+    Output output;
+    const auto out = RecordWriter::to(output, format, Shape::list, {"key", "na\"me"});
+    for (std::size_t i = 0; i < records; ++i) {
+      out->beginRecord();
+      out->integer(static_cast<std::int64_t>(9 + i));
+      out->text(i == 0 ? std::optional<std::string>("東京") : std::nullopt);
+      out->endRecord();
+    }
+    out->finish();
+    return output.text();
+  };
+  EXPECT_EQ(written(Format::json, 0), "[]\n");
+  EXPECT_EQ(written(Format::json, 2),
+            "[\n{\"key\":9,\"na\\\"me\":\"東京\"},\n{\"key\":10,\"na\\\"me\":null}\n]\n");
+  EXPECT_EQ(written(Format::jsonl, 0), "");
+  EXPECT_EQ(written(Format::jsonl, 2),
+            "{\"key\":9,\"na\\\"me\":\"東京\"}\n{\"key\":10,\"na\\\"me\":null}\n");
+  EXPECT_EQ(written(Format::csv, 2), "key,\"na\"\"me\"\n9,東京\n10,\n");
+  EXPECT_EQ(written(Format::table, 2), "key  na\"me\n  9  東京\n 10\n");
+}
+
+TEST(TerminalText, StaysInItsColumnsAndSteersNothing) {
+  EXPECT_EQ(terminalText("a\x1B[31m\nb\xFF"), "a [31m b\uFFFD");
+  EXPECT_EQ(displayWidth("Ko\u0308ln"), 4U);
+  EXPECT_EQ(displayWidth("東京🌸"), 6U);
+  EXPECT_EQ(cutToWidth("Smørrebrød", 10), "Smørrebrød");
+  EXPECT_EQ(cutToWidth("Smørrebrød", 6), "Smørr…");
+  EXPECT_EQ(cutToWidth("東京タワー", 6), "東京…");
+}
+
+}  // namespace
+}  // namespace mrziphoto::tool

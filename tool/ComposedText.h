@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace mrziphoto::tool {
+
+/// The text in Unicode's composed form, as people type it; Macs often store texts decomposed. What
+/// is no valid UTF-8 stays as it is.
+[[nodiscard]] std::string composedText(std::string_view text);
+
+}  // namespace mrziphoto::tool
