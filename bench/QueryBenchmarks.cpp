@@ -1,15 +1,16 @@
 // What a question to an open library costs, per key, as the library grows.
 
-#include <MRZiPhoto/database/TVQiPhotoDatabase.h>
-#include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/platform/Log.h>
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <map>
 #include <random>
 #include <string>
+
+#include <benchmark/benchmark.h>
+
+#include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+#include <MRZiPhoto/photos/Key.h>
+#include <MRZiPhoto/platform/Log.h>
 
 #include "SampleLibrary.h"
 
@@ -30,8 +31,7 @@ Ref<TVQiPhotoDatabase> libraryOf(std::int64_t photos) {
   static std::map<std::int64_t, Ref<TVQiPhotoDatabase>> open;
   Ref<TVQiPhotoDatabase>& database = open[photos];
   if (!database) {
-    const std::filesystem::path folder =
-        librariesFolder() / ("coded-" + std::to_string(photos));
+    const std::filesystem::path folder = librariesFolder() / ("coded-" + std::to_string(photos));
     const std::filesystem::path complete = folder.string() + ".complete";
     if (!std::filesystem::exists(complete)) {
       std::filesystem::remove_all(folder);

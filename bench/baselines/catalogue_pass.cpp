@@ -1,14 +1,13 @@
 // What it takes to walk over a coded catalogue's sections, records and fields by their headers and
 // to read nothing else: the file is mapped, and only the headers' bytes are touched.
 
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 
 namespace {
 
@@ -90,11 +89,10 @@ int main(int argc, char** argv) {
   }
   Pass pass{static_cast<const unsigned char*>(mapped), size};
   pass.passSections();
-  std::printf("%llu sections, %llu records, %llu fields, %llu blocks\n",
-              static_cast<unsigned long long>(pass.sections),
-              static_cast<unsigned long long>(pass.records),
-              static_cast<unsigned long long>(pass.fields),
-              static_cast<unsigned long long>(pass.blocks));
+  std::printf(
+      "%llu sections, %llu records, %llu fields, %llu blocks\n",
+      static_cast<unsigned long long>(pass.sections), static_cast<unsigned long long>(pass.records),
+      static_cast<unsigned long long>(pass.fields), static_cast<unsigned long long>(pass.blocks));
   std::fflush(stdout);
   std::_Exit(0);
 }

@@ -1,9 +1,8 @@
 // What the property-list library of the distribution takes to parse a file.
 
-#include <plist/plist.h>
-
 #include <cstdio>
 #include <cstdlib>
+#include <plist/plist.h>
 #include <string>
 
 int main(int argc, char** argv) {
@@ -19,8 +18,7 @@ int main(int argc, char** argv) {
   }
   plist_t root = nullptr;
   plist_from_xml(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
-  const plist_t images =
-      root != nullptr ? plist_dict_get_item(root, "Master Image List") : nullptr;
+  const plist_t images = root != nullptr ? plist_dict_get_item(root, "Master Image List") : nullptr;
   std::printf("%u images\n", images != nullptr ? plist_dict_get_size(images) : 0);
   std::fflush(stdout);
   std::_Exit(images != nullptr ? 0 : 1);

@@ -104,7 +104,8 @@ std::optional<Date> TVQiPhotoDatabase::_timestampForFilename(const std::string& 
 
 void TVQiPhotoDatabase::_loadWithContentsOfRootDirectory() {
   std::string file = libraryDataFilename();
-  const std::int32_t version = FileManager::isFile(file) ? TVQiPhotoLibrary::iPhotoVersionForFilename(file) : 0;
+  const std::int32_t version =
+      FileManager::isFile(file) ? TVQiPhotoLibrary::iPhotoVersionForFilename(file) : 0;
   if (version < kOldestSupported) {
     NSException::raise(kNSInvalidArgumentException,
                        "iPhoto Library not supported before iPhoto 4 for '%@'", file);

@@ -88,17 +88,16 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   [[nodiscard]] Ref<NSBitmapImageRep> cacheThumbnailForKey(const Value& key) const;
   /// A new image of that size around the same thumbnail, which is decoded once and kept for the
   /// database's life: some 16 KB for each photo that was asked.
-  [[nodiscard]] Ref<NSImage> thumbnailForKeyImageSize(const Value& key,
-                                                      NSSize size) const override;
+  [[nodiscard]] Ref<NSImage> thumbnailForKeyImageSize(const Value& key, NSSize size) const override;
   void addAlbum(const Ref<Album>& album);
   void insertAlbumAtIndex(const Ref<Album>& album, std::int32_t position);
   void removeAllAlbums();
 
   /// Looks whether the catalogue file or "Dir.data" has another modification date than when it was
   /// loaded, and if so loads the library anew. True when a change was seen, also when loading
-  /// failed, which the log tells: the database then answers nothing for what is missing. The version
-  /// texts and the thumbnails that were read stay. Records and albums handed out before belong to
-  /// the old catalogue and have no database any more.
+  /// failed, which the log tells: the database then answers nothing for what is missing. The
+  /// version texts and the thumbnails that were read stay. Records and albums handed out before
+  /// belong to the old catalogue and have no database any more.
   bool reloadIfChanged();
 
   /// The catalogue's description; nothing without a catalogue.

@@ -1,11 +1,10 @@
 #include "Data.h"
 
-#include <sys/mman.h>
-
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <sys/mman.h>
 
 namespace mrziphoto {
 namespace {
@@ -46,8 +45,8 @@ class Buffer final : public Object {
 
   void map(std::size_t size) {
     _mappedSize = size + kHugePage;
-    void* mapping = mmap(nullptr, _mappedSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS,
-                         -1, 0);
+    void* mapping =
+        mmap(nullptr, _mappedSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapping == MAP_FAILED) {
       return;
     }

@@ -1,3 +1,5 @@
+#include <gtest/gtest.h>
+
 #include <MRZiPhoto/albums/ArchiveAlbum.h>
 #include <MRZiPhoto/albums/DynamicAlbum.h>
 #include <MRZiPhoto/albums/FolderAlbum.h>
@@ -9,7 +11,6 @@
 #include <MRZiPhoto/platform/NSArchiver.h>
 #include <MRZiPhoto/platform/NSException.h>
 #include <MRZiPhoto/platform/NSUnarchiver.h>
-#include <gtest/gtest.h>
 
 #include "support/CollectedLog.h"
 #include "support/StandInDatabase.h"
@@ -65,7 +66,8 @@ TEST(Album, EveryKindComesBackFromAnArchiveAndLogsNewerVersions) {
     EXPECT_EQ(&again->objectClass(), kind);
     EXPECT_EQ(again->title(), "n");
     ASSERT_FALSE(log.lines().empty());
-    std::string line = std::string(kind->name) + " version " + std::to_string(kind->highestVersion + 1);
+    std::string line =
+        std::string(kind->name) + " version " + std::to_string(kind->highestVersion + 1);
     if (kind == &PublishedAlbum::kClass) {
       line += " isKeyed = 0";
     }
@@ -79,8 +81,7 @@ TEST(Album, ADerivedKindLogsItsBaseClassUnderItsOwnName) {
   archiver.setVersionForClassName(10, "Album");
   archiver.encodeObject(Album::init<RollAlbum>());
   CollectedLog log;
-  static_cast<void>(
-      NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject());
+  static_cast<void>(NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject());
   EXPECT_EQ(log.lines(), std::vector<std::string>{"RollAlbum version 10"});
 }
 
@@ -137,15 +138,16 @@ TEST(RollAlbum, AsksItsRollRecordBeforeItself) {
 
 TEST(FolderAlbum, ListsPlainAlbumsWithFoldersFlattened) {
   const Ref<FolderAlbum> inner = withChildren<FolderAlbum>({named("C")});
-  const Ref<FolderAlbum> outer = withChildren<FolderAlbum>(
-      {named("A"), named<KeywordAlbum>("K"), withChildren<FolderAlbum>({named("B"), inner}), "text"});
+  const Ref<FolderAlbum> outer =
+      withChildren<FolderAlbum>({named("A"), named<KeywordAlbum>("K"),
+                                 withChildren<FolderAlbum>({named("B"), inner}), "text"});
   EXPECT_EQ(names(outer->albums()), "ABC");
   EXPECT_EQ(outer->children().size(), 3U);
 }
 
 TEST(ArchiveAlbum, ListsItsRollsOnce) {
-  const Ref<ArchiveAlbum> archive = withChildren<ArchiveAlbum>(
-      {named<RollAlbum>("1"), named("X"), named<RollAlbum>("2")});
+  const Ref<ArchiveAlbum> archive =
+      withChildren<ArchiveAlbum>({named<RollAlbum>("1"), named("X"), named<RollAlbum>("2")});
   EXPECT_EQ(names(archive->rolls()), "12");
   archive->addRoll(named<RollAlbum>("3"));
   EXPECT_EQ(names(archive->rolls()), "123");
@@ -188,7 +190,9 @@ TEST(KeyMgr, ReadsThePackedForm) {
   };
   for (const Case& each :
        {Case{"\0\0\0\2\0\0\0\x10\0\0\0\x20"sv, {16, 32}, {}},
-        {"\0\0\0\2\0\0\0\x10\0\0\0\x20\0\0\0\x30"sv, {16, 32}, {"KeyMgr count = 2, but entries = 4"}},
+        {"\0\0\0\2\0\0\0\x10\0\0\0\x20\0\0\0\x30"sv,
+         {16, 32},
+         {"KeyMgr count = 2, but entries = 4"}},
         {"\xFF\xFF\xFF\xFF\0\0\0\x10\0"sv, {16}, {"KeyMgr count = -1, but entries = 2"}},
         {"\0\0\0"sv, {}, {}}}) {
     NSArchiver archiver;

@@ -1,9 +1,10 @@
+#include <gtest/gtest.h>
+
 #include <MRZiPhoto/albums/KeywordMgr.h>
 #include <MRZiPhoto/photos/Key.h>
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/NSArchiver.h>
 #include <MRZiPhoto/platform/NSUnarchiver.h>
-#include <gtest/gtest.h>
 
 #include "support/CollectedLog.h"
 #include "support/StandInDatabase.h"
@@ -49,11 +50,11 @@ TEST(Keyword, ShowsTheFavouriteByItsName) {
 }
 
 TEST(KeywordMgr, ListsOneEntryAndSearchesTheOther) {
-  const Ref<KeywordMgr> manager = managerOver(
-      dictionary({{"KeywordList", make<Array>(std::vector<Value>{
-                                      keyword("a", 1), "b", dictionary({{"String", "c"}})})},
-                  {"UsedKeywords", make<Array>(std::vector<Value>{
-                                       "text", keyword("used", 1), keyword("later", 1),
+  const Ref<KeywordMgr> manager = managerOver(dictionary(
+      {{"KeywordList",
+        make<Array>(std::vector<Value>{keyword("a", 1), "b", dictionary({{"String", "c"}})})},
+       {"UsedKeywords",
+        make<Array>(std::vector<Value>{"text", keyword("used", 1), keyword("later", 1),
                                        keyword("object", Key::initWithKey(2))})}}));
   EXPECT_EQ(manager->count(), 3U);
   EXPECT_EQ(manager->keywords()[2]->string(), "c");
@@ -63,8 +64,9 @@ TEST(KeywordMgr, ListsOneEntryAndSearchesTheOther) {
   EXPECT_FALSE(manager->keywordForKeyNumber(2)) << "a Key equals no bare number";
   EXPECT_TRUE(manager->keywordForKeyNumber(Key::initWithKey(2)));
   EXPECT_FALSE(manager->keywordForKeyNumber(3));
-  EXPECT_EQ(managerOver(dictionary({{"UsedKeywords", make<Array>(std::vector<Value>{"x"})}}))->count(),
-            1U);
+  EXPECT_EQ(
+      managerOver(dictionary({{"UsedKeywords", make<Array>(std::vector<Value>{"x"})}}))->count(),
+      1U);
   EXPECT_EQ(managerOver(dictionary({}))->count(), 0U);
 }
 

@@ -75,7 +75,7 @@ TEST(FormatPages, ListTheCodes) {
   EXPECT_EQ(table("coded-catalogue.md", "Sections", 2), sections);
   EXPECT_EQ(table("coded-image-records.md", "Fields", 2, 1), fields);
   EXPECT_EQ(table("coded-roll-records.md", "Fields", 2, 1), rollFields);
-  const Rows blocks = table("coded-image-records.md", "Image-data blocks", 2, 4);
+  const Rows blocks = table("coded-image-records.md", "Fields of a block", 2, 4);
   EXPECT_EQ(blocks, blockFields);
 }
 

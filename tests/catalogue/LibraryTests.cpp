@@ -1,10 +1,11 @@
+#include <random>
+
+#include <gtest/gtest.h>
+
 #include <MRZiPhoto/catalogue/TVQiPhotoLibrary.h>
 #include <MRZiPhoto/photos/RecordDatabase.h>
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/NSException.h>
-#include <gtest/gtest.h>
-
-#include <random>
 
 #include "support/CollectedLog.h"
 #include "support/LibraryFolder.h"

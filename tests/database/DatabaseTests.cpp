@@ -1,13 +1,14 @@
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
 #include <MRZiPhoto/albums/ArchiveAlbum.h>
 #include <MRZiPhoto/albums/LastImportAlbum.h>
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/FileManager.h>
 #include <MRZiPhoto/platform/UserDefaults.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
 
 #include "support/CollectedLog.h"
 #include "support/LibraryFolder.h"
@@ -27,10 +28,10 @@ TEST(TVQiPhotoDatabase, SaysWhyALibraryCannotBeOpened) {
       "NSInvalidArgumentException - iPhoto Library not supported before iPhoto 4 for 'ROOT/";
   for (const Case& each :
        {Case{"nothing", [](const LibraryFolder&) {}, tooOld + "Library.data' = (null)"},
-        {"a folder", [](const LibraryFolder& l) { fs::create_directory(l.root + "/Library.iPhoto"); },
+        {"a folder",
+         [](const LibraryFolder& l) { fs::create_directory(l.root + "/Library.iPhoto"); },
          tooOld + "Library.iPhoto' = (null)"},
-        {"version 14",
-         [](const LibraryFolder& l) { l.writeArchivedVersion("Library.data", 14); },
+        {"version 14", [](const LibraryFolder& l) { l.writeArchivedVersion("Library.data", 14); },
          tooOld + "Library.data' = (null)"},
         {"no newer catalogue",
          [](const LibraryFolder& l) { l.writeCodedVersion("Library.iPhoto", 51); },
@@ -66,8 +67,8 @@ TEST(TVQiPhotoDatabase, TellsTheDataVersion) {
     std::int32_t version;
     std::string_view generation;
   };
-  for (const Case& each : {Case{300, "80"}, {150, "80"}, {149, "70"}, {101, "70"}, {100, "60"},
-                           {51, "60"}}) {
+  for (const Case& each :
+       {Case{300, "80"}, {150, "80"}, {149, "70"}, {101, "70"}, {100, "60"}, {51, "60"}}) {
     const LibraryFolder library;
     library.writeCodedVersion("Library.iPhoto", each.version);
     library.writeCodedVersion("Library6.iPhoto", each.version);
@@ -133,11 +134,11 @@ TEST(TVQiPhotoDatabase, HandsFoldersAndPathsOut) {
   library.writeCodedVersion("Library6.iPhoto", 160);
   library.writeAlbumData(
       xml::entry("Archive Path", xml::text("/old/Library")) +
-      xml::entry("Master Image List",
-                 xml::dict(xml::entry(
-                     "7", xml::dict(xml::entry("Roll", xml::number(1)) +
-                                    xml::entry("ImagePath",
-                                               xml::text("/old/Library/2004/a.jpg")))))));
+      xml::entry(
+          "Master Image List",
+          xml::dict(xml::entry(
+              "7", xml::dict(xml::entry("Roll", xml::number(1)) +
+                             xml::entry("ImagePath", xml::text("/old/Library/2004/a.jpg")))))));
   CollectedLog log;
   Ref<ImageRecRef> photo;
   {

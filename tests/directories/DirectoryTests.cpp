@@ -1,11 +1,12 @@
+#include <random>
+
+#include <gtest/gtest.h>
+
 #include <MRZiPhoto/directories/TVQiPhotoDirectories.h>
 #include <MRZiPhoto/photos/Key.h>
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/NSArchiver.h>
 #include <MRZiPhoto/platform/NSException.h>
-#include <gtest/gtest.h>
-
-#include <random>
 
 #include "support/CollectedLog.h"
 #include "support/StandInDatabase.h"

@@ -1,11 +1,12 @@
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
 #include <MRZiPhoto/photos/ImageRecRef.h>
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/NSArchiver.h>
 #include <MRZiPhoto/platform/NSException.h>
 #include <MRZiPhoto/platform/NSUnarchiver.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
 
 #include "support/CollectedLog.h"
 #include "support/StandInDatabase.h"
@@ -74,10 +75,12 @@ TEST(ImageRecRef, AnswersFromItsImageInfo) {
 
 TEST(ImageRecRef, AnswersNothingOfOtherKindsOfValues) {
   StandInDatabase database;
-  const Ref<ImageRecRef> photo =
-      photoOf(dictionary({{"ImagePath", 7}, {"Caption", make<Array>()}, {"Comment", 1.5},
-                          {"DateAsTimerInterval", "soon"}, {"Keywords", "none"}}),
-              database);
+  const Ref<ImageRecRef> photo = photoOf(dictionary({{"ImagePath", 7},
+                                                     {"Caption", make<Array>()},
+                                                     {"Comment", 1.5},
+                                                     {"DateAsTimerInterval", "soon"},
+                                                     {"Keywords", "none"}}),
+                                         database);
   CollectedLog log;
   EXPECT_EQ(photo->caption(), std::nullopt);
   EXPECT_EQ(photo->comments(), std::nullopt);

@@ -1,3 +1,5 @@
+#include <gtest/gtest.h>
+
 #include <MRZiPhoto/photos/AttributeMgr.h>
 #include <MRZiPhoto/photos/DBSource.h>
 #include <MRZiPhoto/photos/ImageRec.h>
@@ -5,7 +7,6 @@
 #include <MRZiPhoto/platform/NSArchiver.h>
 #include <MRZiPhoto/platform/NSException.h>
 #include <MRZiPhoto/platform/NSUnarchiver.h>
-#include <gtest/gtest.h>
 
 #include "support/CollectedLog.h"
 #include "support/StandInDatabase.h"
@@ -20,8 +21,7 @@ Value archivedAndRead(NSArchiver& archiver, const Value& object) {
 }
 
 TEST(Key, HoldsTheWholeUnsignedRange) {
-  for (const auto& [number, text] :
-       {std::pair{0U, "0"}, {7U, "7"}, {4294967295U, "4294967295"}}) {
+  for (const auto& [number, text] : {std::pair{0U, "0"}, {7U, "7"}, {4294967295U, "4294967295"}}) {
     const Ref<Key> key = Key::initWithKey(number);
     EXPECT_EQ(key->stringValue(), text);
     EXPECT_EQ(key->plainNumber(), number);
@@ -29,8 +29,8 @@ TEST(Key, HoldsTheWholeUnsignedRange) {
     EXPECT_EQ(key->hash(), Key::initWithKeyString(text)->hash());
   }
   // Texts that are no plain numbers: leading digits count.
-  for (const auto& [text, number] : {std::pair{"12abc", 12U}, {"", 0U}, {"abc", 0U}, {"-5", 0U},
-                                     {"99999999999", 4294967295U}}) {
+  for (const auto& [text, number] :
+       {std::pair{"12abc", 12U}, {"", 0U}, {"abc", 0U}, {"-5", 0U}, {"99999999999", 4294967295U}}) {
     EXPECT_EQ(Key::initWithKeyString(text)->plainNumber(), number) << text;
   }
 }
@@ -97,7 +97,8 @@ TEST(ArchivedStores, LogNewerVersionsAndReadOn) {
   info->setFileName("a.jpg");
   const Ref<AttributeMgr> misspelt = AttributeMgr::init();
   misspelt->setAttributeForKey("x", "Caption");
-  for (const Case& each : {Case{info, "ImageRec", 4, {}}, {info, "ImageRec", 5, {"ImageRec version 5"}},
+  for (const Case& each : {Case{info, "ImageRec", 4, {}},
+                           {info, "ImageRec", 5, {"ImageRec version 5"}},
                            {misspelt, "AttributeMgr", 2, {"AttributeMgr version 2"}},
                            {make<ImageRefKey>(), "Key", 2, {"ImageRefKey version 2"}}}) {
     CollectedLog log;

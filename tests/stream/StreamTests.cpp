@@ -1,8 +1,9 @@
-#include <MRZiPhoto/platform/NSException.h>
-#include <MRZiPhoto/stream/TVQiPhotoCodedStreamData.h>
+#include <string_view>
+
 #include <gtest/gtest.h>
 
-#include <string_view>
+#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/stream/TVQiPhotoCodedStreamData.h>
 
 namespace mrziphoto {
 namespace {
@@ -24,10 +25,11 @@ TEST(TVQStreamData, ReadsEveryWidthInTheOrderOfItsSwapMode) {
     std::int64_t number64;
   };
   // Modes outside the list behave as the host's order.
-  for (const Case& each :
-       {Case{2, 0x0102, 0x01020304, 0x0102030405060708}, {3, 0x0201, 0x04030201, 0x0807060504030201},
-        {0, 0x0201, 0x04030201, 0x0807060504030201}, {1, 0x0102, 0x01020304, 0x0102030405060708},
-        {99, 0x0201, 0x04030201, 0x0807060504030201}}) {
+  for (const Case& each : {Case{2, 0x0102, 0x01020304, 0x0102030405060708},
+                           {3, 0x0201, 0x04030201, 0x0807060504030201},
+                           {0, 0x0201, 0x04030201, 0x0807060504030201},
+                           {1, 0x0102, 0x01020304, 0x0102030405060708},
+                           {99, 0x0201, 0x04030201, 0x0807060504030201}}) {
     TVQStreamData stream = TVQStreamData::initWithData(bytes);
     stream.setShouldSwapMode(each.mode);
     EXPECT_EQ(stream.readShort(), each.number16) << each.mode;
@@ -90,7 +92,9 @@ TEST(TVQiPhotoCodedStreamData, ReadsTextsInEitherByteOrder) {
   EXPECT_EQ(bigEndian("\0\4\0A\0B"sv).readCodedUTF16StringShort().utf8(), "AB");
   // A byte-order mark makes the units stand in the host's order, and stays in the text.
   EXPECT_EQ(bigEndian("\0\0\0\4\xFF\xFE"
-                      "A\0"sv).readCodedUTF16String().utf8(),
+                      "A\0"sv)
+                .readCodedUTF16String()
+                .utf8(),
             "\xEF\xBB\xBF"
             "A");
   EXPECT_EQ(bigEndian("\0\0\0\x6\xD8\x3D\xDE\0\xD8\x3D"sv).readCodedUTF16String().utf8(),

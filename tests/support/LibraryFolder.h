@@ -1,10 +1,10 @@
 #pragma once
 
-#include <MRZiPhoto/database/TVQiPhotoDatabase.h>
-#include <MRZiPhoto/platform/NSArchiver.h>
-
 #include <filesystem>
 #include <string>
+
+#include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+#include <MRZiPhoto/platform/NSArchiver.h>
 
 #include "TemporaryFolder.h"
 
@@ -45,8 +45,9 @@ class LibraryFolder {
   }
   /// "AlbumData.xml" around the entries of its dictionary.
   void writeAlbumData(const std::string& entries) const {
-    write("AlbumData.xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" +
-                               entries + "</dict></plist>\n");
+    write("AlbumData.xml",
+          "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + entries +
+              "</dict></plist>\n");
   }
   [[nodiscard]] Ref<TVQiPhotoDatabase> open() const {
     return TVQiPhotoDatabase::initWithContentsOfDirectory(root);

@@ -1,14 +1,14 @@
 #pragma once
 
+#include <map>
+#include <string>
+
 #include <MRZiPhoto/albums/Keyword.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
 #include <MRZiPhoto/photos/Key.h>
 #include <MRZiPhoto/photos/PhotoFolder.h>
 #include <MRZiPhoto/photos/RecordDatabase.h>
 #include <MRZiPhoto/platform/NSImage.h>
-
-#include <map>
-#include <string>
 
 namespace mrziphoto {
 
