@@ -12,7 +12,7 @@
 #include <MRZiPhoto/photos/Key.h>
 #include <MRZiPhoto/platform/Log.h>
 
-#include "SampleLibrary.h"
+#include "sample/SampleLibrary.h"
 
 namespace mrziphoto {
 namespace {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdio>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -17,6 +18,7 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "Library.h"
+#include "TerminalText.h"
 
 namespace mrziphoto::tool {
 namespace {
@@ -86,6 +88,10 @@ constexpr std::array kCommands{
     Command{"dump", dump, kReading, "[LIBRARY]", 0, 0, kLibrary,
             "Show the whole catalogue as its description tells it",
             "  mrziphoto dump ~/Old | less"},
+    Command{"watch", watch, kReading, "[LIBRARY]", 0, 0, kLibrary | kFormat,
+            "Wait for the library to change, and tell the new counts each time",
+            "  mrziphoto watch ~/Old                 one line a change, until Ctrl-C\n"
+            "  mrziphoto watch ~/Old --format jsonl  the same for programs"},
     Command{"archive", archive, kMore, "FILE", 1, 1, kFormat,
             "Show what is inside any typed-object archive",
             "  mrziphoto archive ~/Old/Dir.data\n"
@@ -109,6 +115,19 @@ constexpr std::string_view kFooter =
     "  0  done\n"
     "  1  the library cannot be opened, or what was named is not there, or cannot be written\n"
     "  2  the command line is wrong";
+
+/// The library's log goes to standard error, where a line of the tool's own must be told from it:
+/// no line of the log begins as those do, whatever paths and texts of a library stand in it.
+void writeLogLine(std::string_view line) {
+  std::string text;
+  while (!line.empty()) {
+    const std::size_t end = std::min(line.find('\n'), line.size());
+    const std::string shown = terminalText(line.substr(0, end));
+    text += (shown.starts_with("mrziphoto: ") ? " " : "") + shown + '\n';
+    line.remove_prefix(std::min(end + 1, line.size()));
+  }
+  std::fwrite(text.data(), 1, text.size(), stderr);
+}
 
 /// Shows the words of a command as the table above spells them.
 class HelpFormatter : public CLI::Formatter {
@@ -290,9 +309,7 @@ void runCommandLine(int argc, const char* const* argv, Session& session) {
   const CLI::App* chosen = app.get_subcommands().front();
   const auto* command = std::ranges::find(kCommands, chosen->get_name(), &Command::name);
   takeWords(*chosen, *command, words, session.arguments);
-  if (session.arguments.quiet) {
-    setLogSink({});
-  }
+  setLogSink(session.arguments.quiet ? LogSink() : writeLogLine);
   command->run(session);
 }
 

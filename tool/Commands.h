@@ -16,6 +16,7 @@ void photo(Session& session);
 void get(Session& session);
 void thumbnail(Session& session);
 void dump(Session& session);
+void watch(Session& session);
 void archive(Session& session);
 void sample(Session& session);
 

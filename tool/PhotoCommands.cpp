@@ -29,6 +29,11 @@ std::vector<std::string> splitAtCommas(const std::string& list) {
   return members;
 }
 
+/// The fields that `--fields` names; "all" stands for every field there is.
+PhotoFields fieldsAskedFor(const std::string& names) {
+  return names == "all" ? PhotoFields::all() : PhotoFields::named(splitAtCommas(names));
+}
+
 void writeOnePhoto(Session& session, const PhotoFields& fields) {
   const Arguments& arguments = session.arguments;
   const Ref<ImageRecRef> photo = photoWithKey(openLibrary(session), arguments.words.front());
@@ -42,8 +47,8 @@ void writeOnePhoto(Session& session, const PhotoFields& fields) {
 
 void photos(Session& session) {
   const Arguments& arguments = session.arguments;
-  const PhotoFields fields = arguments.fields ? PhotoFields::named(splitAtCommas(*arguments.fields))
-                                              : PhotoFields::usual(arguments.format);
+  const PhotoFields fields =
+      arguments.fields ? fieldsAskedFor(*arguments.fields) : PhotoFields::usual(arguments.format);
   const List<ImageRecRef> selected = selectPhotos(openLibrary(session), arguments);
   const auto out = RecordWriter::to(session.output, arguments.format, Shape::list, fields.names());
   Progress progress("Listing photos");

@@ -163,17 +163,17 @@ PhotoFields PhotoFields::usual(Format format) {
   return fields;
 }
 
-PhotoFields PhotoFields::all() { return named({"all"}); }
+PhotoFields PhotoFields::all() {
+  PhotoFields fields;
+  for (const PhotoField& field : kPhotoFields) {
+    fields.add(field.name, field.write);
+  }
+  return fields;
+}
 
 PhotoFields PhotoFields::named(const std::vector<std::string>& names) {
   PhotoFields fields;
   for (const std::string& name : names) {
-    if (name == "all") {
-      for (const PhotoField& field : kPhotoFields) {
-        fields.add(field.name, field.write);
-      }
-      continue;
-    }
     const auto* known = std::ranges::find(kPhotoFields, name, &PhotoField::name);
     fields.add(name, known != kPhotoFields.end() ? known->write : nullptr);
   }

@@ -105,7 +105,8 @@ List<Album> Album::children() const {
   if (const Ref<Array> stored = entry(kChildren).array()) {
     albums.reserve(stored->size());
     for (const Value& element : *stored) {
-      if (const Ref<Album> album = element.object<Album>()) {
+      // A weak element refers back to an album around this one; to own it would close a circle.
+      if (const Ref<Album> album = element.object<Album>(); album && !element.isWeak()) {
         albums.append(album);
       }
     }

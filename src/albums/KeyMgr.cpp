@@ -19,6 +19,12 @@ List<Key> keysOf(const std::vector<std::uint32_t>& numbers) {
   return keys;
 }
 
+/// A key may hold more than its number.
+const Value* storedNumber(const Key& key) {
+  const Ref<Dictionary>& stored = key.storedDictionary();
+  return stored ? stored->find(Key::kKey) : nullptr;
+}
+
 }  // namespace
 
 Ref<KeyMgr> KeyMgr::initWithKeys(List<Key> keys) {
@@ -38,7 +44,8 @@ void KeyMgr::initWithCoder(NSUnarchiver& coder) {
   if (const Ref<Array> stored = entry(kKeys).array()) {
     _keys = List<Key>::makeEmpty();
     for (const Value& element : *stored) {
-      if (const Ref<Key> key = element.object<Key>()) {
+      // A weak element refers back to an object around this one; to own it would close a circle.
+      if (const Ref<Key> key = element.object<Key>(); key && !element.isWeak()) {
         _keys.append(key);
       }
     }
@@ -70,8 +77,8 @@ std::vector<std::uint32_t> KeyMgr::keyNumbers() const {
   std::vector<std::uint32_t> numbers;
   numbers.reserve(_keys.size());
   for (const Ref<Key>& key : _keys) {
-    if (const std::optional<std::int64_t> number = key->plainNumber()) {
-      numbers.push_back(static_cast<std::uint32_t>(*number));
+    if (const Value* number = storedNumber(*key)) {
+      numbers.push_back(number->unsignedIntValue());
     }
   }
   return numbers;

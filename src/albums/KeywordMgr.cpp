@@ -18,7 +18,7 @@ class KeywordMgr::UsedKeywords {
     }
     for (const Value& element : *stored) {
       const Ref<Keyword> keyword = element.object<Keyword>();
-      if (keyword && !keyword->key().isNothing()) {
+      if (keyword && !element.isWeak() && !keyword->key().isNothing()) {
         add(keyword);
       }
     }
@@ -82,6 +82,9 @@ const List<Keyword>& KeywordMgr::keywords() const {
   if (const Ref<Array> stored = source.array()) {
     _keywords.reserve(stored->size());
     for (const Value& element : *stored) {
+      if (element.isWeak()) {
+        continue;  // refers back to an object around this one; to own it would close a circle
+      }
       const Ref<Keyword> keyword = element.object<Keyword>();
       _keywords.append(keyword ? keyword : Keyword::initWithString(element));
     }

@@ -1,5 +1,5 @@
+#include <algorithm>
 #include <array>
-#include <span>
 #include <vector>
 
 #include "../platform/Array.h"

@@ -119,7 +119,8 @@ void TVQiPhotoLibrary::addAlbum(const Ref<Album>& album) {
 }
 
 void TVQiPhotoLibrary::addAlbums(const List<Album>& albums) {
-  for (const Ref<Album>& album : albums) {
+  // A copy: the list may be the one that grows.
+  for (const Ref<Album>& album : List<Album>::Items(albums.items())) {
     addAlbum(album);
   }
 }
@@ -172,8 +173,8 @@ List<Keyword> TVQiPhotoLibrary::keywordsForKeys(const Array& keys) const {
 }
 
 std::string TVQiPhotoLibrary::updateImagePath(const std::string& path) const {
-  if (_archivePath && _lastArchivePath && *_archivePath != *_lastArchivePath &&
-      path.starts_with(*_lastArchivePath)) {
+  if (_archivePath && _lastArchivePath && !_lastArchivePath->empty() &&
+      *_archivePath != *_lastArchivePath && path.starts_with(*_lastArchivePath)) {
     return *_archivePath + path.substr(_lastArchivePath->size());
   }
   return path;

@@ -72,7 +72,9 @@ Ref<TVQiPhotoDatabase> TVQiPhotoDatabase::initWithContentsOfDirectory(const std:
 void TVQiPhotoDatabase::writeDump() const {
   const std::string file =
       path::join(FileManager::temporaryFolder(), format("iPhoto-v%d", iPhotoLibraryVersion()));
-  FileManager::writeAtomically(file, catalogueDescription().value_or(""));
+  if (const std::optional<std::string> description = catalogueDescription()) {
+    FileManager::writeAtomically(file, *description);
+  }
   log("Wrote iPhoto database dump to %@", file);
 }
 

@@ -103,6 +103,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   /// The catalogue's description; nothing without a catalogue.
   [[nodiscard]] std::optional<std::string> catalogueDescription() const;
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
 
  private:
   TVQiPhotoDatabase() = default;

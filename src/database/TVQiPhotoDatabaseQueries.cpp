@@ -1,5 +1,8 @@
 // The questions that a database passes on to what it holds.
 
+#include <array>
+
+#include "../platform/KeyValue.h"
 #include "../platform/Path.h"
 #include "TVQiPhotoDatabase.h"
 
@@ -92,9 +95,50 @@ void TVQiPhotoDatabase::insertAlbumAtIndex(const Ref<Album>& album, std::int32_t
 }
 
 void TVQiPhotoDatabase::removeAllAlbums() {
+  // The list owns them.
+  _photoLibrary = nullptr;
+  _lastImport = nullptr;
   if (_library) {
     _library->removeAllAlbums();
   }
+}
+
+namespace {
+
+const TVQiPhotoDatabase& self(const Object& object) {
+  return static_cast<const TVQiPhotoDatabase&>(object);
+}
+
+constexpr std::array kAccessors{
+    Accessor{"albumDataDirectory",
+             [](const Object& o) -> Value { return self(o).albumDataDirectory(); }},
+    Accessor{"albumDataFile", [](const Object& o) -> Value { return self(o).albumDataFile(); }},
+    Accessor{"albums", [](const Object& o) { return self(o).albums().value(); }},
+    Accessor{"archivePath", [](const Object& o) -> Value { return self(o).archivePath(); }},
+    Accessor{"currentLibraryDataFilename",
+             [](const Object& o) -> Value { return self(o).currentLibraryDataFilename(); }},
+    Accessor{"directoriesDataFilename",
+             [](const Object& o) -> Value { return self(o).directoriesDataFilename(); }},
+    Accessor{"directory", [](const Object& o) -> Value { return self(o).directory(); }},
+    Accessor{"iPhotoDataVersion",
+             [](const Object& o) -> Value { return self(o).iPhotoDataVersion(); }},
+    Accessor{"iPhotoLibraryVersion",
+             [](const Object& o) -> Value { return self(o).iPhotoLibraryVersion(); }},
+    Accessor{"iPhotoVersion", [](const Object& o) -> Value { return self(o).iPhotoVersion(); }},
+    Accessor{"keywords", [](const Object& o) { return self(o).keywords().value(); }},
+    Accessor{"library6DataFilename",
+             [](const Object& o) -> Value { return self(o).library6DataFilename(); }},
+    Accessor{"libraryDataFilename",
+             [](const Object& o) -> Value { return self(o).libraryDataFilename(); }},
+    Accessor{"photos", [](const Object& o) { return self(o).photos().value(); }},
+    Accessor{"rolls", [](const Object& o) { return self(o).rolls().value(); }},
+};
+static_assert(accessorsAreSorted(kAccessors));
+
+}  // namespace
+
+const Accessor* TVQiPhotoDatabase::accessorNamed(std::string_view name) const {
+  return findAccessor(kAccessors, name);
 }
 
 }  // namespace mrziphoto

@@ -25,8 +25,6 @@ bool TVQiPhotoDatabase::reloadIfChanged() {
   removeAllAlbums();
   _library = nullptr;
   _directories = nullptr;
-  _lastImport = nullptr;
-  _photoLibrary = nullptr;
   _photoFolders.clear();
   try {
     _loadWithContentsOfRootDirectory();

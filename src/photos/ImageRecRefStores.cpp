@@ -53,9 +53,11 @@ void ImageRecRef::loadInfo() const {
   if (found && found->holdsStore(inDataFolder, name)) {
     const std::string file = path::join(found->storeFolder(inDataFolder), name);
     try {
-      if (const std::optional<Data> bytes = FileManager::contents(file)) {
-        _info = decodeRoot<ImageRec>(*bytes, file);
+      const std::optional<Data> bytes = FileManager::contents(file);
+      if (!bytes) {
+        NSException::raise(kNSInvalidArgumentException, "'%@' cannot be read", file);
       }
+      _info = decodeRoot<ImageRec>(*bytes, file);
     } catch (const NSException& exception) {
       logException(exception);
     }

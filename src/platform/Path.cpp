@@ -58,10 +58,16 @@ std::string join(std::string_view folder, std::string_view component) {
   std::string result;
   result.reserve(folder.size() + 1 + component.size());
   const auto append = [&result](std::string_view text) {
-    for (const char each : text) {
-      if (each != '/' || !result.ends_with('/')) {
-        result += each;
+    while (!text.empty()) {
+      if (text[0] == '/' && result.ends_with('/')) {
+        text.remove_prefix(1);
+        continue;
       }
+      // All but slashes in a row is taken at once.
+      const std::size_t end = text.find("//");
+      const std::string_view taken = text.substr(0, end == std::string_view::npos ? end : end + 1);
+      result += taken;
+      text.remove_prefix(taken.size());
     }
   };
   append(folder);

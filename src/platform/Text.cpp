@@ -1,25 +1,48 @@
 #include "Text.h"
 
-#include <optional>
-#include <utility>
+#include <cstring>
 
 namespace mrziphoto::text {
 namespace {
 
 constexpr std::uint32_t kReplacement = 0xFFFD;
 
-/// The text of units that are all ASCII, as most are; nothing when one is not.
-std::optional<std::string> asciiFromUtf16(std::string_view bytes, bool bigEndian) {
-  const std::size_t low = bigEndian ? 1 : 0;
-  std::string result(bytes.size() / 2, '\0');
-  unsigned char others = 0;
-  for (std::size_t i = 0; i < result.size(); ++i) {
-    const auto first = static_cast<unsigned char>(bytes[2 * i + low]);
-    const auto second = static_cast<unsigned char>(bytes[2 * i + 1 - low]);
-    others = static_cast<unsigned char>(others | second | (first & 0x80));
-    result[i] = static_cast<char>(first);
+/// Writes a character as UTF-8, of up to four bytes, and answers where it ends.
+char* writeUtf8(char* to, std::uint32_t character) {
+  if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF)) {
+    character = kReplacement;
   }
-  return others == 0 ? std::optional(std::move(result)) : std::nullopt;
+  const auto write = [&to](std::uint32_t byte) { *to++ = static_cast<char>(byte); };
+  if (character < 0x80) {
+    write(character);
+    return to;
+  }
+  if (character < 0x800) {
+    write(0xC0 | (character >> 6));
+  } else {
+    if (character < 0x10000) {
+      write(0xE0 | (character >> 12));
+    } else {
+      write(0xF0 | (character >> 18));
+      write(0x80 | ((character >> 12) & 0x3F));
+    }
+    write(0x80 | ((character >> 6) & 0x3F));
+  }
+  write(0x80 | (character & 0x3F));
+  return to;
+}
+
+/// The length of the ASCII characters that the bytes begin with, a multiple of eight.
+std::size_t lengthOfAscii(std::string_view bytes) {
+  std::size_t length = 0;
+  std::uint64_t eight = 0;
+  for (; bytes.size() - length >= sizeof eight; length += sizeof eight) {
+    std::memcpy(&eight, bytes.data() + length, sizeof eight);
+    if ((eight & 0x8080808080808080U) != 0) {
+      break;
+    }
+  }
+  return length;
 }
 
 }  // namespace
@@ -49,14 +72,17 @@ std::size_t characterLength(std::string_view text) {
 }
 
 bool isUtf8(std::string_view bytes) {
-  while (!bytes.empty()) {
+  for (;;) {
+    bytes.remove_prefix(lengthOfAscii(bytes));
+    if (bytes.empty()) {
+      return true;
+    }
     const std::size_t length = characterLength(bytes);
     if (length == 0) {
       return false;
     }
     bytes.remove_prefix(length);
   }
-  return true;
 }
 
 std::string repairedUtf8(std::string_view bytes) {
@@ -76,26 +102,8 @@ std::string repairedUtf8(std::string_view bytes) {
 }
 
 void appendUtf8(std::string& text, std::uint32_t character) {
-  if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF)) {
-    character = kReplacement;
-  }
-  const auto append = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
-  if (character < 0x80) {
-    append(character);
-    return;
-  }
-  if (character < 0x800) {
-    append(0xC0 | (character >> 6));
-  } else {
-    if (character < 0x10000) {
-      append(0xE0 | (character >> 12));
-    } else {
-      append(0xF0 | (character >> 18));
-      append(0x80 | ((character >> 12) & 0x3F));
-    }
-    append(0x80 | ((character >> 6) & 0x3F));
-  }
-  append(0x80 | (character & 0x3F));
+  char bytes[4];
+  text.append(bytes, writeUtf8(bytes, character));
 }
 
 std::uint32_t nextCharacter(std::string_view& text) {
@@ -115,16 +123,14 @@ std::uint32_t nextCharacter(std::string_view& text) {
 }
 
 std::string utf8FromUtf16(std::string_view bytes, bool bigEndian) {
-  if (std::optional<std::string> plain = asciiFromUtf16(bytes, bigEndian)) {
-    return *std::move(plain);
-  }
   const auto unit = [bytes, bigEndian](std::size_t at) -> std::uint32_t {
     const std::uint32_t first = static_cast<unsigned char>(bytes[at]);
     const std::uint32_t second = static_cast<unsigned char>(bytes[at + 1]);
     return bigEndian ? first << 8 | second : second << 8 | first;
   };
-  std::string result;
-  result.reserve(bytes.size() / 2);
+  // No unit becomes more than three bytes.
+  std::string result(bytes.size() / 2 * 3, '\0');
+  char* to = result.data();
   for (std::size_t at = 0; at + 2 <= bytes.size(); at += 2) {
     std::uint32_t character = unit(at);
     if (character >= 0xD800 && character <= 0xDBFF && at + 4 <= bytes.size()) {
@@ -134,8 +140,9 @@ std::string utf8FromUtf16(std::string_view bytes, bool bigEndian) {
         at += 2;
       }
     }
-    appendUtf8(result, character);
+    to = writeUtf8(to, character);
   }
+  result.resize(static_cast<std::size_t>(to - result.data()));
   return result;
 }
 

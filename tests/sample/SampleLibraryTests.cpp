@@ -163,8 +163,7 @@ std::set<std::string> entriesOf(const std::string& folder) {
 
 /// Answers the open library.
 Ref<TVQiPhotoDatabase> expectGeneration(const Generation& expected, const TemporaryFolder& folder) {
-  const Ref<TVQiPhotoDatabase> database =
-      TVQiPhotoDatabase::initWithContentsOfDirectory(folder.path());
+  Ref<TVQiPhotoDatabase> database = TVQiPhotoDatabase::initWithContentsOfDirectory(folder.path());
   if (!database) {
     throw std::runtime_error("no database");
   }
@@ -258,8 +257,7 @@ TEST(SampleLibraryTest, CachesAThumbnailOfEveryPhoto) {
   EXPECT_EQ(cache->numberOfItems(), kPhotos);
   std::set<std::string> slots;
   for (const Ref<ImageRecRef>& photo : database->photos()) {
-    const auto bytes = cache->itemBytesForKey(photo->photoId().unsignedIntValue());
-    slots.emplace(bytes.begin(), bytes.end());
+    slots.emplace(cache->itemBytesForKey(photo->photoId().unsignedIntValue()).value().bytes());
   }
   EXPECT_EQ(slots.size(), kPhotos) << "every photo has a slot, and no two look alike";
 }
