@@ -35,9 +35,9 @@ TEST(Path, TakesPathsApart) {
     std::string path, last, folder, extension;
   };
   const std::vector<Case> cases{
-      {"/tmp/a.tiff", "a.tiff", "/tmp", "tiff"},
-      {"/tmp/lock/", "lock", "/tmp", ""},
-      {"/tmp", "tmp", "/", ""},
+      {"/top/a.tiff", "a.tiff", "/top", "tiff"},
+      {"/top/lock/", "lock", "/top", ""},
+      {"/top", "top", "/", ""},
       {"/", "/", "/", ""},
       {"///", "/", "/", ""},
       {"", "", "", ""},
