@@ -74,7 +74,7 @@ def album_data(folder, photos, runs):
     names = {"mrziphoto info": [TOOL, "info", path, "--quiet"],
              "pugixml, in place": [BUILD / "bench" / "baseline_pugixml", file],
              "libplist": [BUILD / "bench" / "baseline_plist", file],
-             "Python plistlib": [sys.executable, ROOT / "bench" / "baselines" / "plistlib.py", file]}
+             "Python plistlib": [sys.executable, ROOT / "bench" / "baselines" / "python_plist.py", file]}
     figures = measure(names, runs)
     own, own_memory = figures["mrziphoto info"]
     limits = {"pugixml, in place": 1, "libplist": 1 / 5, "Python plistlib": 1 / 30}

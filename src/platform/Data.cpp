@@ -4,32 +4,20 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <sys/mman.h>
 
 namespace mrziphoto {
 namespace {
 
-/// A block of zeros. Large ones come from the system, which hands out zeros, in huge pages where it
-/// has them: touching fresh memory is most of what opening a large library costs.
+/// A block of memory, all zero. Large ones come fresh from the system, page by page as they are
+/// touched; asking for huge pages makes the system tidy its memory first, which takes longer.
 class Buffer final : public Object {
  public:
-  explicit Buffer(std::size_t size) {
-    if (size < kLarge) {
-      _start = static_cast<char*>(std::calloc(size, 1));
-    } else if (size <= PTRDIFF_MAX - kHugePage) {
-      map(size);
-    }
+  explicit Buffer(std::size_t size) : _start(static_cast<char*>(std::calloc(size, 1))) {
     if (_start == nullptr) {
       throw std::bad_alloc();
     }
   }
-  ~Buffer() override {
-    if (_mapping != nullptr) {
-      munmap(_mapping, _mappedSize);
-    } else {
-      std::free(_start);
-    }
-  }
+  ~Buffer() override { std::free(_start); }
   Buffer(const Buffer&) = delete;
   Buffer& operator=(const Buffer&) = delete;
 
@@ -40,25 +28,7 @@ class Buffer final : public Object {
   [[nodiscard]] char* start() const { return _start; }
 
  private:
-  static constexpr std::size_t kHugePage = std::size_t{2} << 20;
-  static constexpr std::size_t kLarge = 4 * kHugePage;
-
-  void map(std::size_t size) {
-    _mappedSize = size + kHugePage;
-    void* mapping =
-        mmap(nullptr, _mappedSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapping == MAP_FAILED) {
-      return;
-    }
-    _mapping = mapping;
-    const std::size_t behindPage = reinterpret_cast<std::uintptr_t>(mapping) % kHugePage;
-    _start = static_cast<char*>(mapping) + (behindPage == 0 ? 0 : kHugePage - behindPage);
-    madvise(_start, size, MADV_HUGEPAGE);
-  }
-
-  char* _start = nullptr;
-  void* _mapping = nullptr;
-  std::size_t _mappedSize = 0;
+  char* _start;
 };
 
 }  // namespace
