@@ -23,13 +23,6 @@ Ref<NSImage> makeOfKind(const Class& kind) {
   return kind.make != nullptr ? Ref<Object>::adopt(kind.make()).as<NSImage>() : nullptr;
 }
 
-bool isTooLarge(const detail::ImageHeader& header) {
-  const std::uint64_t bound =
-      header.isHeldWhole ? NSImage::kMostPixels : NSImage::kMostPixelsReadByLines;
-  return header.width > NSImage::kLongestSide || header.height > NSImage::kLongestSide ||
-         std::uint64_t{header.width} * header.height > bound;
-}
-
 }  // namespace
 
 const Class NSImage::kClass{"NSImage", nullptr, 0, &makeEmpty<NSImage>};
@@ -96,7 +89,7 @@ std::optional<NSImage::File> NSImage::openFile() const {
       return fail(format("cannot be decoded: %@", reason));
     }
   }
-  if (isTooLarge(result.header)) {
+  if (detail::isTooLarge(result.header)) {
     fail(
         format("is too large an image: %u x %u pixels", result.header.width, result.header.height));
     log("%@", _failure);
@@ -146,7 +139,7 @@ Ref<NSBitmapImageRep> NSImage::bitmap() const {
     return {};
   }
   return decodeFile([](const detail::ImageBackend& backend, const File& file, std::string& reason) {
-    return backend.decode(file.path, file.header.format, reason);
+    return backend.decode(file.path, file.header, reason);
   });
 }
 

@@ -14,12 +14,7 @@ constexpr std::string_view kInstalled = "share/MRZiPhoto/resources";
 // A library lies in "lib" of the place where all is installed, or in a folder within "lib".
 constexpr int kFoldersAbove = 2;
 
-#ifdef MRZIPHOTO_SOURCE_RESOURCES
-constexpr const char* kInSources = MRZIPHOTO_SOURCE_RESOURCES;
-#else
-constexpr const char* kInSources = "";
-#endif
-
+/// The folder of the string tables; empty where there is none, and texts are then their own keys.
 std::string resourceFolder() {
   if (const char* named = std::getenv("MRZIPHOTO_RESOURCES"); named != nullptr && *named != '\0') {
     return named;
@@ -35,7 +30,7 @@ std::string resourceFolder() {
       }
     }
   }
-  return kInSources;
+  return {};
 }
 
 }  // namespace

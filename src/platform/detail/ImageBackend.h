@@ -53,7 +53,7 @@ class ImageBackend {
   virtual bool readSize(const std::string& path, ImageHeader& header,
                         std::string& failure) const = 0;
   /// The picture as it is stored.
-  virtual Pixels decode(const std::string& path, ImageFormat format,
+  virtual Pixels decode(const std::string& path, const ImageHeader& header,
                         std::string& failure) const = 0;
   /// The picture drawn into that size; no more of the file is decoded than that takes.
   virtual Pixels decodeScaled(const std::string& path, const ImageHeader& header,

@@ -69,10 +69,25 @@ LoadFunction loaderOf(ImageFormat format) {
   return row->load;
 }
 
-Image open(const std::string& path, ImageFormat format) {
+/// The picture, unless it turns out larger than its header said and than may be: frames may reach
+/// beyond the picture that they belong to.
+Image bounded(VipsImage* opened, ImageHeader header) {
+  Image image(opened);
+  if (image) {
+    header.width = static_cast<std::uint32_t>(vips_image_get_width(opened));
+    header.height = static_cast<std::uint32_t>(vips_image_get_height(opened));
+    if (isTooLarge(header)) {
+      vips_error("mrziphoto", "too large an image: %u x %u pixels", header.width, header.height);
+      return Image(nullptr);
+    }
+  }
+  return image;
+}
+
+Image open(const std::string& path, const ImageHeader& header) {
   VipsImage* out = nullptr;
-  loaderOf(format)(path.c_str(), &out, "access", VIPS_ACCESS_SEQUENTIAL, nullptr);
-  return Image(out);
+  loaderOf(header.format)(path.c_str(), &out, "access", VIPS_ACCESS_SEQUENTIAL, nullptr);
+  return bounded(out, header);
 }
 
 /// A JPEG decoded at a fraction of its size, which saves nearly all of the work. A factor of two is
@@ -80,7 +95,7 @@ Image open(const std::string& path, ImageFormat format) {
 Image openReduced(const std::string& path, const ImageHeader& header, std::uint32_t width,
                   std::uint32_t height) {
   if (header.format != ImageFormat::jpeg) {
-    return open(path, header.format);
+    return open(path, header);
   }
   int shrink = 1;
   while (shrink < 8 && header.width / (shrink * 4) >= width &&
@@ -89,7 +104,7 @@ Image openReduced(const std::string& path, const ImageHeader& header, std::uint3
   }
   VipsImage* out = nullptr;
   vips_jpegload(path.c_str(), &out, "access", VIPS_ACCESS_SEQUENTIAL, "shrink", shrink, nullptr);
-  return Image(out);
+  return bounded(out, header);
 }
 
 /// Four bands of 8 bits: red, green, blue and alpha.
@@ -143,7 +158,7 @@ Image imageOf(const PixelView& source) {
 class VipsBackend final : public ImageBackend {
  public:
   bool readSize(const std::string& path, ImageHeader& header, std::string& failure) const override {
-    const Image image = open(path, header.format);
+    const Image image = open(path, header);
     if (!image) {
       failure = takeFailure();
       return false;
@@ -153,8 +168,9 @@ class VipsBackend final : public ImageBackend {
     return true;
   }
 
-  Pixels decode(const std::string& path, ImageFormat format, std::string& failure) const override {
-    Image image = open(path, format);
+  Pixels decode(const std::string& path, const ImageHeader& header,
+                std::string& failure) const override {
+    Image image = open(path, header);
     return pixelsOf(image, failure);
   }
 

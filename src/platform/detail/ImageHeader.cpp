@@ -74,6 +74,12 @@ constexpr bool beginsFrame(std::uint32_t marker) {
 /// Progressive frames are those whose code ends in these bits.
 constexpr bool isProgressive(std::uint32_t marker) { return (marker & 3) == 2; }
 
+// What decoders keep of a pixel: one coefficient of two bytes for each of three components; the
+// picture and the one before it; red, green, blue and alpha.
+constexpr std::uint32_t kBytesOfProgressiveJpeg = 6;
+constexpr std::uint32_t kBytesOfGif = 8;
+constexpr std::uint32_t kBytesOfRgba = 4;
+
 bool readJpegSize(FileNumbers& file, ImageHeader& header) {
   std::uint32_t components = 0;
   std::uint64_t offset = 2;
@@ -91,10 +97,12 @@ bool readJpegSize(FileNumbers& file, ImageHeader& header) {
       header.height = file.big(offset + 5, 2);
       header.width = file.big(offset + 7, 2);
       components = file.big(offset + 9, 1);
-      header.isHeldWhole = isProgressive(marker);
+      header.heldBytesPerPixel = isProgressive(marker) ? kBytesOfProgressiveJpeg : 0;
     } else if (marker == kStartOfScan) {
       // Components that come one after the other are only together when the last was read.
-      header.isHeldWhole = header.isHeldWhole || file.big(offset + 4, 1) < components;
+      if (file.big(offset + 4, 1) < components) {
+        header.heldBytesPerPixel = kBytesOfProgressiveJpeg;
+      }
       return components != 0;
     }
     offset += 2 + size;
@@ -105,22 +113,25 @@ bool readJpegSize(FileNumbers& file, ImageHeader& header) {
 bool readPngSize(FileNumbers& file, ImageHeader& header) {
   header.width = file.big(16, 4);
   header.height = file.big(20, 4);
-  header.isHeldWhole = file.big(28, 1) != 0;  // interlaced
+  const bool isInterlaced = file.big(28, 1) != 0;
+  header.heldBytesPerPixel = isInterlaced ? 2 * kBytesOfRgba : 0;  // samples may have 16 bits
   return file.hasText(12, "IHDR");
 }
 
 bool readGifSize(FileNumbers& file, ImageHeader& header) {
   header.width = file.little(6, 2);
   header.height = file.little(8, 2);
-  header.isHeldWhole = true;
+  header.heldBytesPerPixel = kBytesOfGif;
   return true;
 }
 
 // Fields of a TIFF directory, and the type of their values.
 constexpr std::uint32_t kTiffWidth = 256;
 constexpr std::uint32_t kTiffHeight = 257;
+constexpr std::uint32_t kTiffBitsPerSample = 258;
 constexpr std::uint32_t kTiffSamplesPerPixel = 277;
 constexpr std::uint32_t kTiffShort = 3;
+constexpr std::uint32_t kMostBitsPerSample = 64;
 constexpr std::uint32_t kMostSamplesPerPixel = 8;
 
 bool readTiffSize(FileNumbers& file, ImageHeader& header) {
@@ -128,32 +139,40 @@ bool readTiffSize(FileNumbers& file, ImageHeader& header) {
   const std::uint64_t directory = file.number(4, 4, order);
   const std::uint32_t count = file.number(directory, 2, order);
   std::uint32_t samples = 1;
+  std::uint32_t bits = 1;
   for (std::uint32_t i = 0; i < count && file.isWhole(); ++i) {
     const std::uint64_t field = directory + 2 + std::uint64_t{i} * 12;
-    const bool isShort = file.number(field + 2, 2, order) == kTiffShort;
-    const std::uint32_t value = file.number(field + 8, isShort ? 2 : 4, order);
+    const std::size_t size = file.number(field + 2, 2, order) == kTiffShort ? 2 : 4;
+    const bool isInPlace = file.number(field + 4, 4, order) * std::uint64_t{size} <= 4;
+    const auto firstValue = [&] {
+      return file.number(isInPlace ? field + 8 : file.number(field + 8, 4, order), size, order);
+    };
     switch (file.number(field, 2, order)) {
       case kTiffWidth:
-        header.width = value;
+        header.width = firstValue();
         break;
       case kTiffHeight:
-        header.height = value;
+        header.height = firstValue();
+        break;
+      case kTiffBitsPerSample:
+        bits = firstValue();
         break;
       case kTiffSamplesPerPixel:
-        samples = value;
+        samples = firstValue();
         break;
       default:
         break;
     }
   }
-  header.isHeldWhole = true;  // it may be one single strip
-  return samples <= kMostSamplesPerPixel;
+  // The picture may be one single strip.
+  header.heldBytesPerPixel = (samples * bits + 7) / 8;
+  return samples <= kMostSamplesPerPixel && bits <= kMostBitsPerSample;
 }
 
 constexpr std::uint32_t kWebp14Bits = 0x3FFF;
 
 bool readWebpSize(FileNumbers& file, ImageHeader& header) {
-  header.isHeldWhole = true;
+  header.heldBytesPerPixel = kBytesOfRgba;
   if (file.hasText(12, "VP8X")) {
     header.width = file.little(24, 3) + 1;
     header.height = file.little(27, 3) + 1;
@@ -172,7 +191,7 @@ bool readWebpSize(FileNumbers& file, ImageHeader& header) {
 
 /// The size stands in boxes anywhere in the file, and turns are part of it.
 bool leaveSizeToDecoder(FileNumbers& /*file*/, ImageHeader& header) {
-  header.isHeldWhole = true;
+  header.heldBytesPerPixel = 2 * kBytesOfRgba;  // samples may have 10 or 12 bits
   return true;
 }
 

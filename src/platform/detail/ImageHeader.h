@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "../NSImage.h"
+
 namespace mrziphoto::detail {
 
 class OpenFile;
@@ -18,9 +20,18 @@ struct ImageHeader {
   /// Pixels as they are stored, no turn applied. Both 0 for HEIF, whose size its decoder tells.
   std::uint32_t width = 0;
   std::uint32_t height = 0;
-  /// The decoder has to hold the whole picture in memory; otherwise it goes through it by lines.
-  bool isHeldWhole = false;
+  /// What the decoder keeps of each pixel while it works; 0 when it goes through the picture by
+  /// lines.
+  std::uint32_t heldBytesPerPixel = 0;
 };
+
+/// True for a picture that takes more to decode than `NSImage` allows.
+[[nodiscard]] constexpr bool isTooLarge(const ImageHeader& header) {
+  const std::uint64_t pixels = std::uint64_t{header.width} * header.height;
+  return header.width > NSImage::kLongestSide || header.height > NSImage::kLongestSide ||
+         pixels > NSImage::kMostPixelsRead ||
+         pixels * header.heldBytesPerPixel > NSImage::kMostBytesHeld;
+}
 
 /// The header of an image file. Nothing for other files, and for those that end, or make no sense,
 /// before the size is told.
