@@ -24,7 +24,10 @@ void passValue(CodedRead read, TVQiPhotoCodedStreamData& stream) {
   if (kind.element == 0) {
     return;
   }
-  const std::uint32_t taken = size - size % kind.element;
+  // Halves of a text's size round toward zero; any other size below zero is beyond all files.
+  constexpr auto kMinusOne = static_cast<std::uint32_t>(-1);
+  const bool isEmptyText = read == CodedRead::text && size == kMinusOne;
+  const std::uint32_t taken = isEmptyText ? 0 : size - size % kind.element;
   if (taken > stream.remaining()) {
     // The read says how that is wrong.
     static_cast<void>(stream.readDataWithLength(taken));
@@ -168,6 +171,7 @@ constexpr std::array kRollLocations{
 template <std::size_t count>
 std::vector<DictionaryKey> namesOf(const std::array<StoreEntry, count>& entries) {
   std::vector<DictionaryKey> names;
+  names.reserve(count);
   for (const StoreEntry& entry : entries) {
     names.emplace_back(entry.name);
   }

@@ -76,6 +76,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
 
   [[nodiscard]] const List<Album>& albums() const { return _albums; }
   [[nodiscard]] std::uint32_t numberOfAlbums() const;
+  /// Appends an album and gives it the database; an absent one is passed over, here and below.
   void addAlbum(const Ref<Album>& album);
   void addAlbums(const List<Album>& albums);
   /// `position` lies between 0, the front, and `numberOfAlbums`; others are brought into that

@@ -104,7 +104,7 @@ std::uint32_t TVQiPhotoLibrary::numberOfRolls() const {
 }
 
 void TVQiPhotoLibrary::addRoll(Ref<RollAlbum> roll) {
-  if (_archiveAlbum) {
+  if (_archiveAlbum && roll) {
     _archiveAlbum->addRoll(std::move(roll));
   }
 }
@@ -114,6 +114,9 @@ std::uint32_t TVQiPhotoLibrary::numberOfAlbums() const {
 }
 
 void TVQiPhotoLibrary::addAlbum(const Ref<Album>& album) {
+  if (!album) {
+    return;
+  }
   _albums.append(album);
   album->setDatabase(_database);
 }
@@ -126,6 +129,9 @@ void TVQiPhotoLibrary::addAlbums(const List<Album>& albums) {
 }
 
 void TVQiPhotoLibrary::insertAlbumAtIndex(const Ref<Album>& album, std::int32_t position) {
+  if (!album) {
+    return;
+  }
   const auto last = static_cast<std::int32_t>(numberOfAlbums());
   _albums.insert(album, static_cast<std::size_t>(std::clamp(position, 0, last)));
   album->setDatabase(_database);
@@ -148,7 +154,7 @@ std::uint32_t TVQiPhotoLibrary::numberOfKeywords() const {
 }
 
 void TVQiPhotoLibrary::addKeyword(Ref<Keyword> keyword) {
-  if (!_keywordList.isNothing()) {
+  if (!_keywordList.isNothing() && keyword) {
     _keywordList.append(std::move(keyword));
   }
 }

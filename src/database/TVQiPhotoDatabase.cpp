@@ -55,7 +55,7 @@ Ref<TVQiPhotoDatabase> TVQiPhotoDatabase::iPhotoDatabase() {
 }
 
 Ref<TVQiPhotoDatabase> TVQiPhotoDatabase::initWithContentsOfDirectory(const std::string& path) {
-  const Ref<TVQiPhotoDatabase> database = Ref<TVQiPhotoDatabase>::adopt(new TVQiPhotoDatabase);
+  Ref<TVQiPhotoDatabase> database = Ref<TVQiPhotoDatabase>::adopt(new TVQiPhotoDatabase);
   database->_rootDirectory = path::standardized(path);
   try {
     database->_loadWithContentsOfRootDirectory();

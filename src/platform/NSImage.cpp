@@ -41,7 +41,7 @@ Ref<NSImage> NSImage::initByReferencingFile(const std::string& path, const Class
 }
 
 Ref<NSImage> NSImage::initWithSize(NSSize size, const Class& kind) {
-  const Ref<NSImage> made = &kind == &kClass && !isSupported() ? nullptr : makeOfKind(kind);
+  Ref<NSImage> made = &kind == &kClass && !isSupported() ? nullptr : makeOfKind(kind);
   if (made) {
     made->setSize(size);
   }

@@ -80,7 +80,7 @@ std::vector<std::int32_t> TVQiPhotoCodedStreamData::readCodedIntArray() {
 }
 
 String TVQiPhotoCodedStreamData::readCodedUTF16String() {
-  return readUTF16StringWithCharacterCount(readItemSize() / 2);
+  return readUTF16StringWithCharacterCount(static_cast<std::uint32_t>(readInt() / 2));
 }
 
 String TVQiPhotoCodedStreamData::readCodedUTF16StringShort() {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -211,6 +212,33 @@ TEST(SampleLibraryTest, OpensInTheOtherByteOrder) {
     options.images = false;
     writeSampleLibrary(options);
     expectGeneration(generation, folder);
+  }
+}
+
+TEST(SampleLibraryTest, IsLoadedAnewWhenItWasRewrittenInEveryGeneration) {
+  for (const Generation& generation : generations()) {
+    SCOPED_TRACE(generation.version);
+    const CollectedLog log;
+    const TemporaryFolder folder;
+    SampleOptions options = optionsFor(folder.path(), generation.version);
+    options.images = false;
+    writeSampleLibrary(options);
+    const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(folder.path());
+    EXPECT_FALSE(database->reloadIfChanged());
+
+    const TemporaryFolder other;
+    options.folder = other.path();
+    options.photos = 2 * kPhotos;
+    options.seed = 7;
+    options.bigEndianArchives = true;
+    writeSampleLibrary(options);
+    const auto rewritten = story(*TVQiPhotoDatabase::initWithContentsOfDirectory(other.path()));
+    fs::copy(other.path(), folder.path(),
+             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+    const fs::path file = database->currentLibraryDataFilename();
+    fs::last_write_time(file, fs::last_write_time(file) + std::chrono::seconds(2));
+    EXPECT_TRUE(database->reloadIfChanged());
+    EXPECT_EQ(story(*database), rewritten);
   }
 }
 

@@ -89,6 +89,8 @@ TEST(TVQiPhotoCodedStreamData, RefusesAnItemOfAnotherSize) {
 TEST(TVQiPhotoCodedStreamData, ReadsTextsInEitherByteOrder) {
   EXPECT_EQ(bigEndian("\0\0\0\4\0A\0B"sv).readCodedUTF16String().utf8(), "AB");
   EXPECT_EQ(bigEndian("\0\0\0\0"sv).readCodedUTF16String().utf8(), "");
+  EXPECT_EQ(bigEndian("\xFF\xFF\xFF\xFF"sv).readCodedUTF16String().utf8(), "")
+      << "halves round toward zero";
   EXPECT_EQ(bigEndian("\0\4\0A\0B"sv).readCodedUTF16StringShort().utf8(), "AB");
   // A byte-order mark makes the units stand in the host's order, and stays in the text.
   EXPECT_EQ(bigEndian("\0\0\0\4\xFF\xFE"
