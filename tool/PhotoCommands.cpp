@@ -57,6 +57,7 @@ void photos(Session& session) {
   std::size_t done = 0;
   for (const Ref<ImageRecRef>& photo : selected) {
     fields.write(*out, *photo);
+    photo->unload();
     ++done;
     if (!isSeen) {
       progress.show(done, selected.size());

@@ -29,6 +29,8 @@ ImageRecRef::OnRequest& ImageRecRef::onRequest() const {
 }
 
 void ImageRecRef::setImageInfoForKey(Ref<Dictionary> imageInfo, std::uint32_t key) {
+  takeFromSource();
+  _source = nullptr;  // what is given now must not be made anew
   _imageInfo = std::move(imageInfo);
   _imageKey = key;
   _hasImageKey = true;
@@ -43,20 +45,42 @@ void ImageRecRef::setSourceForKey(Ref<RecordSource> source, std::uint32_t positi
 }
 
 void ImageRecRef::takeFromSource() const {
-  if (_source) {
-    // Given up first: making the stores must not ask for them again.
+  if (_source && !_isTakenFromSource) {
+    // Set first: making the stores must not ask for them again.
+    _isTakenFromSource = true;
     const Ref<RecordSource> source = std::move(_source);
     source->makeStores(const_cast<ImageRecRef&>(*this), _sourcePosition);
+    _source = source;
+  }
+}
+
+void ImageRecRef::unload() {
+  if (_source && _isTakenFromSource) {
+    _imageInfo = nullptr;
+    _attributes = nullptr;
+    _info = nullptr;
+    _infoAttempted = false;
+    _isTakenFromSource = false;
+  }
+  if (_onRequest) {
+    OnRequest handedIn;
+    handedIn._dbAttributes = std::move(_onRequest->_dbAttributes);
+    handedIn._dbInfo = std::move(_onRequest->_dbInfo);
+    _onRequest = handedIn._dbAttributes || handedIn._dbInfo
+                     ? std::make_unique<OnRequest>(std::move(handedIn))
+                     : nullptr;
   }
 }
 
 void ImageRecRef::setInfo(Ref<ImageRec> info) {
   takeFromSource();
+  _source = nullptr;
   _info = std::move(info);
 }
 
 void ImageRecRef::setImageAttributes(Ref<AttributeMgr> attributes) {
   takeFromSource();
+  _source = nullptr;
   _attributes = std::move(attributes);
 }
 

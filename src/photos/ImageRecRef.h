@@ -47,6 +47,9 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   /// Gives the record its image key now, and leaves the image info and the stores to `source`,
   /// which makes them when they are first asked for.
   void setSourceForKey(Ref<RecordSource> source, std::uint32_t position, std::uint32_t key);
+  /// Lets go of what can be worked out again: stores that a source makes, camera values, images.
+  /// What was given to the record stays. For hosts that go through a large library once.
+  void unload();
   /// The database is not owned.
   void setDatabase(RecordDatabase* database) { _database = database; }
   [[nodiscard]] RecordDatabase* database() const { return _database; }
@@ -230,6 +233,7 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   std::uint32_t _sourcePosition = 0;
   std::uint32_t _imageKey = 0;
   bool _hasImageKey = false;
+  mutable bool _isTakenFromSource = false;
   mutable bool _infoAttempted = false;
   // `directory` has passed the image path through the database's `updateImagePath`.
   mutable bool _updatedImagePath = false;

@@ -13,8 +13,9 @@ class ImageRecRef;
 /// Most records of a large library are never asked; they stay a position in their file.
 class MRZIPHOTO_EXPORT RecordSource : public Object {
  public:
-  /// Gives the record what the file holds for it at that position. Called once a record; what the
-  /// file holds there was found sound when the file was loaded.
+  /// Gives the record what the file holds for it at that position. Called anew for
+  /// a record that was unloaded; what the file holds there was found sound when the file was
+  /// loaded.
   virtual void makeStores(ImageRecRef& record, std::uint32_t position) const = 0;
 };
 

@@ -1,7 +1,6 @@
 #include "Date.h"
 
 #include <array>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -44,44 +43,43 @@ CalendarTime calendarTime(std::int64_t secondsSinceReferenceDate) {
           static_cast<int>(rest % 60)};
 }
 
+constexpr std::int64_t kWhole = 1000000000;  // one second, as a fraction is counted
+
 struct SplitSeconds {
-  std::int64_t whole;    // rounded down
-  std::string fraction;  // decimal digits without trailing zeros
+  std::int64_t whole;     // rounded down
+  std::int64_t fraction;  // in nanoseconds
 };
 
-/// The digits come from the shortest decimal text of the number, so that 0.1 stays "1".
 SplitSeconds splitSeconds(double seconds) {
-  std::array<char, 64> text{};
-  const auto written = std::to_chars(text.data(), text.data() + text.size(), std::fabs(seconds),
-                                     std::chars_format::fixed, kFractionDigits);
-  const std::string_view digits(text.data(), static_cast<std::size_t>(written.ptr - text.data()));
-  const std::size_t point = digits.size() - kFractionDigits - 1;
+  const double size = std::fabs(seconds);
   SplitSeconds result{};
-  std::from_chars(digits.data(), digits.data() + point, result.whole);
-  std::int64_t fraction = 0;
-  std::from_chars(digits.data() + point + 1, digits.data() + digits.size(), fraction);
+  result.whole = static_cast<std::int64_t>(size);
+  result.fraction = std::llround((size - std::floor(size)) * static_cast<double>(kWhole));
   // A double near today's dates is good for seven digits; what lies behind them is noise.
   const std::int64_t noise = result.whole >= 1000000 ? 100 : 1;
-  fraction = (fraction + noise / 2) / noise * noise;
-  constexpr std::int64_t kWhole = 1000000000;
-  if (fraction == kWhole) {
-    fraction = 0;
+  result.fraction = (result.fraction + noise / 2) / noise * noise;
+  if (result.fraction == kWhole) {
+    result.fraction = 0;
     ++result.whole;
   }
   if (std::signbit(seconds)) {
     result.whole = -result.whole;
-    if (fraction != 0) {
+    if (result.fraction != 0) {
       --result.whole;
-      fraction = kWhole - fraction;
+      result.fraction = kWhole - result.fraction;
     }
   }
-  if (fraction != 0) {
-    std::array<char, 16> padded{};
-    std::snprintf(padded.data(), padded.size(), "%09lld", static_cast<long long>(fraction));
-    result.fraction = padded.data();
-    result.fraction.erase(result.fraction.find_last_not_of('0') + 1);
-  }
   return result;
+}
+
+/// Appends a number of `width` digits, and what stands before the next one.
+void appendDigits(std::string& text, std::int64_t number, std::size_t width, char behind) {
+  const std::size_t start = text.size();
+  text.append(width, '0');
+  for (std::size_t at = start + width; at > start && number != 0; number /= 10) {
+    text[--at] = static_cast<char>('0' + number % 10);
+  }
+  text += behind;
 }
 
 }  // namespace
@@ -132,15 +130,21 @@ std::optional<std::string> Date::iso8601() const {
   if (time.year < 1 || time.year > 9999) {
     return std::nullopt;
   }
-  std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d",
-                static_cast<int>(time.year), time.month, time.day, time.hour, time.minute,
-                time.second);
-  std::string result = text.data();
-  if (!seconds.fraction.empty()) {
-    result += '.' + seconds.fraction;
+  std::string text;
+  text.reserve(std::string_view("2004-05-06T12:34:56.123456789Z").size());
+  appendDigits(text, time.year, 4, '-');
+  appendDigits(text, time.month, 2, '-');
+  appendDigits(text, time.day, 2, 'T');
+  appendDigits(text, time.hour, 2, ':');
+  appendDigits(text, time.minute, 2, ':');
+  appendDigits(text, time.second, 2, '.');
+  if (seconds.fraction != 0) {
+    appendDigits(text, seconds.fraction, kFractionDigits, '0');
+    text.erase(text.find_last_not_of('0') + 1);
+  } else {
+    text.pop_back();
   }
-  return result + 'Z';
+  return text + 'Z';
 }
 
 std::string Date::description() const {

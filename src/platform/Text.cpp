@@ -1,5 +1,6 @@
 #include "Text.h"
 
+#include <array>
 #include <cstring>
 
 namespace mrziphoto::text {
@@ -45,6 +46,29 @@ std::size_t lengthOfAscii(std::string_view bytes) {
   return length;
 }
 
+/// Copies the low bytes of the UTF-16 units that `bytes` begins with, by four, as long as all are
+/// ASCII; answers the number of bytes passed.
+std::size_t copyAscii(std::string_view bytes, bool bigEndian, char* to) {
+  std::size_t passed = 0;
+  std::array<unsigned char, 8> units{};
+  for (; bytes.size() - passed >= units.size(); passed += units.size()) {
+    std::memcpy(units.data(), bytes.data() + passed, units.size());
+    unsigned high = 0;
+    unsigned low = 0;
+    for (std::size_t i = 0; i < units.size(); i += 2) {
+      high |= units[i + (bigEndian ? 0 : 1)];
+      low |= units[i + (bigEndian ? 1 : 0)];
+    }
+    if (high != 0 || low >= 0x80) {
+      break;
+    }
+    for (std::size_t i = 0; i < units.size(); i += 2) {
+      *to++ = static_cast<char>(units[i + (bigEndian ? 1 : 0)]);
+    }
+  }
+  return passed;
+}
+
 }  // namespace
 
 std::size_t characterLength(std::string_view text) {
@@ -74,6 +98,9 @@ std::size_t characterLength(std::string_view text) {
 bool isUtf8(std::string_view bytes) {
   for (;;) {
     bytes.remove_prefix(lengthOfAscii(bytes));
+    while (!bytes.empty() && static_cast<unsigned char>(bytes[0]) < 0x80) {
+      bytes.remove_prefix(1);
+    }
     if (bytes.empty()) {
       return true;
     }
@@ -130,8 +157,9 @@ std::string utf8FromUtf16(std::string_view bytes, bool bigEndian) {
   };
   // No unit becomes more than three bytes.
   std::string result(bytes.size() / 2 * 3, '\0');
-  char* to = result.data();
-  for (std::size_t at = 0; at + 2 <= bytes.size(); at += 2) {
+  const std::size_t ascii = copyAscii(bytes, bigEndian, result.data());
+  char* to = result.data() + ascii / 2;
+  for (std::size_t at = ascii; at + 2 <= bytes.size(); at += 2) {
     std::uint32_t character = unit(at);
     if (character >= 0xD800 && character <= 0xDBFF && at + 4 <= bytes.size()) {
       const std::uint32_t low = unit(at + 2);

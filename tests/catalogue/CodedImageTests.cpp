@@ -184,6 +184,34 @@ TEST(CodedImageRecords, GoThroughOddRecordsAsThePlainOnes) {
   }
 }
 
+TEST(CodedImageRecords, TakeHalfOfMinusOneForAnEmptyText) {
+  const CodedBuilder block =
+      CodedBuilder().item("idNI", 1).block(1, Type::image, CodedBuilder().code("idFP").number(-1));
+  const CodedLibrary library(60, CodedBuilder().images({photo(1).raw(block.bytes())}));
+  ASSERT_TRUE(library);
+  EXPECT_EQ(library->photos()[0]->_filename(), "");
+}
+
+TEST(CodedImageRecords, AreMadeAnewAfterTheyWereLetGo) {
+  const CodedLibrary library(60, CodedBuilder().images({fullRecord(7, 5), fullRecord(8, 5)}));
+  ASSERT_TRUE(library);
+  const CollectedLog log;
+  const Ref<ImageRecRef> record = library->photos()[0];
+  const std::string before = record->description();
+  const Ref<AttributeMgr> attributes = record->imageAttributes();
+  record->unload();
+  EXPECT_EQ(record->description(), before);
+  EXPECT_NE(record->imageAttributes(), attributes);
+  EXPECT_EQ(attributes->attributeForKey(AttributeMgr::kCaption).text(), "Köln \U0001F600")
+      << "what was handed out stays whole";
+
+  const Ref<ImageRecRef> changed = library->photos()[1];
+  changed->setImageAttributes(attributes);
+  changed->unload();
+  EXPECT_EQ(changed->imageAttributes(), attributes) << "what a host has given stays";
+  EXPECT_EQ(changed->imagePath(), library.path("2004/7.jpg"));
+}
+
 TEST(CodedImageRecords, RefuseFieldsWhoseSizeDoesNotFit) {
   const auto refused = [](const CodedBuilder& fields, std::uint32_t code, CodedRead read) {
     const std::uint32_t size = codedReadKind(read).requiredSize;
