@@ -7,6 +7,7 @@ import pathlib
 import re
 import shutil
 import statistics
+import struct
 import subprocess
 import sys
 import time
@@ -125,6 +126,88 @@ def listing(folder, photos, runs):
             + table(["program", "wall time", "photos a second (aim: 300,000)", "ratio"], rows))
 
 
+def compared(title, figures, ratio, limit):
+    """A table of two programs of which the first may take `limit` times the time of the second."""
+    (own, _), (other, _) = figures.values()
+    rows = [[name, f"{wall:.2f} s", f"{memory / 1e6:.0f} MB", ""]
+            for name, (wall, memory) in figures.items()]
+    rows[0][-1] = verdict(own / other, limit)
+    header = ["program", "wall time", "peak memory", f"{ratio} (aim: at most {limit:g})"]
+    return f"### {title}\n\n" + table(header, rows)
+
+
+def small_copies(folder, runs):
+    count = 200
+    originals = folder / "originals"
+    complete = folder / "originals.complete"
+    if not complete.exists():
+        shutil.rmtree(originals, ignore_errors=True)
+        originals.mkdir()
+        grain = originals / "grain.v"
+        run(["vips", "gaussnoise", grain, 4000, 3000, "--mean", 120, "--sigma", 60])
+        run(["vips", "gaussblur", grain, originals / "grey.v", 2])
+        run(["vips", "bandjoin", " ".join([str(originals / "grey.v")] * 3), originals / "rgb.v"])
+        run(["vips", "copy", originals / "rgb.v", originals / "srgb.v", "--interpretation", "srgb"])
+        run(["vips", "cast", originals / "srgb.v", originals / "bytes.v", "uchar"])
+        run(["vips", "jpegsave", originals / "bytes.v", originals / "0.jpg", "--Q", 90])
+        for file in originals.glob("*.v"):
+            file.unlink()
+        for i in range(1, count):
+            shutil.copy(originals / "0.jpg", originals / f"{i}.jpg")
+        complete.touch()
+    files = sorted(originals.glob("*.jpg"))
+    size = files[0].stat().st_size
+    copies = folder / "copies"
+    copies.mkdir(exist_ok=True)
+    figures = measure({"mrziphoto": [BUILD / "bench" / "bench_small_copies", copies, *files],
+                       "vipsthumbnail": ["vipsthumbnail", "--size", "240x240", "--no-rotate",
+                                         "-o", f"{copies}/%s.png", *files]}, min(runs, 3))
+    shutil.rmtree(copies)
+    return compared(f"Small copies of {count} JPEG originals of 12 megapixels, {size / 1e6:.1f} MB each",
+                    figures, "times vipsthumbnail's time", 1.15)
+
+
+def segment_cache(folder, runs):
+    count = 100_000
+    path = library(folder, 60, 1000)
+    file = path / "Thumb64Segment.data"
+    if not file.exists() or file.stat().st_size < count * 16384:
+        with open(file, "wb") as out:
+            header = b"iPhotoSegmentCache".ljust(132, b"\0") + struct.pack("<II", 16384, count)
+            out.write(header.ljust(4096, b"\0"))
+            slot = os.urandom(16384)
+            for _ in range(count):
+                out.write(slot)
+            for key in range(1, count + 1):
+                out.write(struct.pack("<IIII", 1, 0, key, 0))
+    figures = measure({"mrziphoto": [BUILD / "bench" / "bench_cache_slots", path],
+                       "reading and copying": [BUILD / "bench" / "baseline_copy_slots", file]},
+                      min(runs, 3))
+    return compared(f"Decoding {count:,} thumbnails of a segment cache, {file.stat().st_size / 1e6:.0f} MB",
+                    figures, "times the copying", 2)
+
+
+def checking(folder, runs):
+    count = 20_000
+    path = folder / f"pictures-{count}"
+    complete = folder / f"{path.name}.complete"
+    if not complete.exists():
+        shutil.rmtree(path, ignore_errors=True)
+        run([TOOL, "sample", path, "--library-version", 60, "--photos", count])
+        complete.touch()
+    listing = folder / "files.txt"
+    photos = subprocess.run([TOOL, "photos", path, "--format", "jsonl", "--quiet", "--fields",
+                             "imagePath,originalImagePath,thumbnailPath"],
+                            check=True, capture_output=True, text=True).stdout.splitlines()
+    files = dict.fromkeys(file for line in photos for file in json.loads(line).values() if file)
+    listing.write_text("".join(f"{file}\n" for file in files))
+    figures = measure({"mrziphoto check": [TOOL, "check", path, "--quiet"],
+                       "reading the headers": [BUILD / "bench" / "baseline_read_headers", listing]},
+                      runs)
+    return compared(f"Checking {count:,} photos, {len(files):,} files", figures,
+                    "times the reading", 1.5)
+
+
 def growth(folder):
     report = folder / "growth.json"
     environment = dict(os.environ, MRZIPHOTO_BENCH_FOLDER=str(folder))
@@ -166,15 +249,19 @@ def main():
     folder = BUILD / "libraries"
     folder.mkdir(parents=True, exist_ok=True)
 
-    text = "\n\n".join([
-        f"Measured on {time.strftime('%Y-%m-%d')}: {machine()}. Medians of {options.runs} runs of "
-        "whole processes, in turn, after one to warm up.",
-        album_data(folder, options.photos, options.runs),
-        coded_catalogue(folder, options.coded_photos, options.runs),
-        listing(folder, options.coded_photos, options.runs),
-        growth(folder),
-    ])
-    print(text)
+    parts = [f"Measured on {time.strftime('%Y-%m-%d')}: {machine()}. Medians of {options.runs} runs of "
+             "whole processes (3 of those that take long), in turn, after one to warm up."]
+    print(parts[0], flush=True)
+    for part in (lambda: album_data(folder, options.photos, options.runs),
+                 lambda: coded_catalogue(folder, options.coded_photos, options.runs),
+                 lambda: listing(folder, options.coded_photos, options.runs),
+                 lambda: small_copies(folder, options.runs),
+                 lambda: segment_cache(folder, options.runs),
+                 lambda: checking(folder, options.runs),
+                 lambda: growth(folder)):
+        parts.append(part())
+        print("\n" + parts[-1], flush=True)
+    text = "\n\n".join(parts)
     if options.write:
         begin, end = "<!-- figures -->\n", "<!-- end of figures -->"
         page = PAGE.read_text()
