@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <utility>
 
 #include <MRZiPhoto/platform/Text.h>
@@ -54,9 +56,27 @@ bool isAscii(std::string_view text) {
   return bits < 0x80;
 }
 
+/// How many of the bytes from `begin` on stand for themselves, counted by eight.
+std::size_t plainEights(std::string_view text, std::size_t begin) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101U;
+  constexpr std::uint64_t kHighBits = 0x80 * kOnes;
+  // The high bit of a byte is set where the byte is zero, or where one before it is.
+  const auto zeros = [](std::uint64_t bytes) { return (bytes - kOnes) & ~bytes & kHighBits; };
+  std::size_t i = begin;
+  for (std::uint64_t bytes = 0; text.size() - i >= sizeof bytes; i += sizeof bytes) {
+    std::memcpy(&bytes, text.data() + i, sizeof bytes);
+    const std::uint64_t below = (bytes - 0x20 * kOnes) & ~bytes & kHighBits;
+    if ((below | zeros(bytes ^ '"' * kOnes) | zeros(bytes ^ '\\' * kOnes) |
+         zeros(bytes ^ 0x7F * kOnes) | zeros(bytes ^ kLeadOfControls * kOnes)) != 0) {
+      break;
+    }
+  }
+  return i - begin;
+}
+
 void appendEscaped(std::string& out, std::string_view text) {
   std::size_t begin = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
+  for (std::size_t i = plainEights(text, 0); i < text.size(); ++i) {
     auto byte = static_cast<unsigned char>(text[i]);
     const Treatment treatment = kTreatments.at(byte);
     if (treatment == Treatment::plain) {

@@ -72,14 +72,14 @@ SplitSeconds splitSeconds(double seconds) {
   return result;
 }
 
-/// Appends a number of `width` digits, and what stands before the next one.
-void appendDigits(std::string& text, std::int64_t number, std::size_t width, char behind) {
-  const std::size_t start = text.size();
-  text.append(width, '0');
-  for (std::size_t at = start + width; at > start && number != 0; number /= 10) {
-    text[--at] = static_cast<char>('0' + number % 10);
+/// Writes a number of so many digits, and what stands behind it; answers where that ends.
+template <std::size_t width>
+char* writeDigits(char* to, std::uint64_t number, char behind) {
+  for (std::size_t at = width; at > 0; number /= 10) {
+    to[--at] = static_cast<char>('0' + number % 10);
   }
-  text += behind;
+  to[width] = behind;
+  return to + width + 1;
 }
 
 }  // namespace
@@ -130,21 +130,22 @@ std::optional<std::string> Date::iso8601() const {
   if (time.year < 1 || time.year > 9999) {
     return std::nullopt;
   }
-  std::string text;
-  text.reserve(std::string_view("2004-05-06T12:34:56.123456789Z").size());
-  appendDigits(text, time.year, 4, '-');
-  appendDigits(text, time.month, 2, '-');
-  appendDigits(text, time.day, 2, 'T');
-  appendDigits(text, time.hour, 2, ':');
-  appendDigits(text, time.minute, 2, ':');
-  appendDigits(text, time.second, 2, '.');
+  std::array<char, std::string_view("2004-05-06T12:34:56.123456789Z").size()> text{};
+  char* end = writeDigits<4>(text.data(), static_cast<std::uint64_t>(time.year), '-');
+  end = writeDigits<2>(end, time.month, '-');
+  end = writeDigits<2>(end, time.day, 'T');
+  end = writeDigits<2>(end, static_cast<std::uint64_t>(time.hour), ':');
+  end = writeDigits<2>(end, static_cast<std::uint64_t>(time.minute), ':');
+  end = writeDigits<2>(end, static_cast<std::uint64_t>(time.second), '.');
   if (seconds.fraction != 0) {
-    appendDigits(text, seconds.fraction, kFractionDigits, '0');
-    text.erase(text.find_last_not_of('0') + 1);
-  } else {
-    text.pop_back();
+    end = writeDigits<kFractionDigits>(end, static_cast<std::uint64_t>(seconds.fraction), '0');
+    while (end[-1] == '0') {
+      --end;
+    }
+    ++end;
   }
-  return text + 'Z';
+  end[-1] = 'Z';
+  return std::string(text.data(), end);
 }
 
 std::string Date::description() const {

@@ -1,6 +1,6 @@
 #include "Text.h"
 
-#include <array>
+#include <bit>
 #include <cstring>
 
 namespace mrziphoto::text {
@@ -46,24 +46,23 @@ std::size_t lengthOfAscii(std::string_view bytes) {
   return length;
 }
 
-/// Copies the low bytes of the UTF-16 units that `bytes` begins with, by four, as long as all are
-/// ASCII; answers the number of bytes passed.
+/// Copies the UTF-16 units that `bytes` begins with, by four, as long as all are ASCII; answers the
+/// number of bytes passed.
 std::size_t copyAscii(std::string_view bytes, bool bigEndian, char* to) {
   std::size_t passed = 0;
-  std::array<unsigned char, 8> units{};
-  for (; bytes.size() - passed >= units.size(); passed += units.size()) {
-    std::memcpy(units.data(), bytes.data() + passed, units.size());
-    unsigned high = 0;
-    unsigned low = 0;
-    for (std::size_t i = 0; i < units.size(); i += 2) {
-      high |= units[i + (bigEndian ? 0 : 1)];
-      low |= units[i + (bigEndian ? 1 : 0)];
-    }
-    if (high != 0 || low >= 0x80) {
-      break;
-    }
-    for (std::size_t i = 0; i < units.size(); i += 2) {
-      *to++ = static_cast<char>(units[i + (bigEndian ? 1 : 0)]);
+  if constexpr (std::endian::native == std::endian::little) {
+    const std::uint64_t beyondAscii = bigEndian ? 0x80FF80FF80FF80FFU : 0xFF80FF80FF80FF80U;
+    for (std::uint64_t units = 0; bytes.size() - passed >= sizeof units; passed += sizeof units) {
+      std::memcpy(&units, bytes.data() + passed, sizeof units);
+      if ((units & beyondAscii) != 0) {
+        break;
+      }
+      // 0d0c0b0a becomes 0000dcba.
+      units = bigEndian ? units >> 8 : units;
+      units = (units | units >> 8) & 0x0000FFFF0000FFFFU;
+      const auto four = static_cast<std::uint32_t>(units | units >> 16);
+      std::memcpy(to, &four, sizeof four);
+      to += sizeof four;
     }
   }
   return passed;
