@@ -55,7 +55,10 @@ TEST(FormatPages, ListTheKindsOfCodedValues) {
 }
 
 TEST(FormatPages, ListTheCodes) {
-  Rows sections, fields, blockFields, rollFields;
+  Rows sections;
+  Rows fields;
+  Rows blockFields;
+  Rows rollFields;
   for (const CodedSection& section : kCodedSections) {
     sections.push_back(codeAndRead(section));
   }

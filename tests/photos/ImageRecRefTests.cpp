@@ -17,7 +17,7 @@ namespace {
 
 Ref<ImageRecRef> photoOf(const Ref<Dictionary>& imageInfo, RecordDatabase& database,
                          std::uint32_t key = 42) {
-  const Ref<ImageRecRef> photo = ImageRecRef::init();
+  Ref<ImageRecRef> photo = ImageRecRef::init();
   photo->setImageInfoForKey(imageInfo, key);
   photo->setDatabase(&database);
   return photo;
@@ -33,9 +33,9 @@ Ref<ImageRecRef> archivedPhoto(const Ref<Dictionary>& stored, RecordDatabase& da
   };
   NSArchiver records;
   records.encodeObject(make<Holder>(stored));
-  const Ref<ImageRecRef> photo = NSUnarchiver::initForReadingWithData(records.archivedData())
-                                     ->decodeObject()
-                                     .object<ImageRecRef>();
+  Ref<ImageRecRef> photo = NSUnarchiver::initForReadingWithData(records.archivedData())
+                               ->decodeObject()
+                               .object<ImageRecRef>();
   photo->setDatabase(&database);
   return photo;
 }
