@@ -21,7 +21,7 @@ namespace {
 
 template <class Kind = Album>
 Ref<Kind> named(std::string_view name) {
-  const Ref<Kind> album = Album::init<Kind>();
+  Ref<Kind> album = Album::init<Kind>();
   album->setAlbumName(name);
   return album;
 }
