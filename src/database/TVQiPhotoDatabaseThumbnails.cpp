@@ -64,7 +64,11 @@ Ref<NSBitmapImageRep> TVQiPhotoDatabase::cacheThumbnailForKey(const Value& key) 
 }
 
 Ref<NSImage> TVQiPhotoDatabase::thumbnailForKeyImageSize(const Value& key, NSSize size) const {
-  const std::uint32_t number = keyNumber(key).unsignedIntValue();
+  const Value value = keyNumber(key);
+  if (value.isNothing()) {
+    return {};
+  }
+  const std::uint32_t number = value.unsignedIntValue();
   auto found = _thumbnails.find(number);
   if (found == _thumbnails.end()) {
     const Ref<NSBitmapImageRep> bitmap = cacheThumbnailForKey(key);
