@@ -227,5 +227,35 @@ TEST(ImageRecRef, KeyValueAccessReachesItsOperationsAndThenTheCameraValues) {
   EXPECT_TRUE(photo->description().starts_with("ImageRecRef: <no dictionary>, directory = /x, "));
 }
 
+TEST(ImageRecRef, DumpsBytes) {
+  const std::string bytes = "0123456789abcdef\x7F~ \nXYZ";
+  CollectedLog log;
+  ImageRecRef::_dumpDataLocationCount(Data::copyOf(bytes), 1, 0);
+  EXPECT_TRUE(log.lines().empty());
+  ImageRecRef::_dumpDataLocationCount(Data::copyOf("?" + bytes), 1, 21);
+  ImageRecRef::_dumpDataLocationCount(Data::copyOf(bytes), 21, 0xFFFFFFFF);
+  const std::string blanks(32, ' ');
+  EXPECT_EQ(
+      log.lines(),
+      (std::vector<std::string>{
+          "     1:   0:  3130 3332 3534 3736 3938 6261 6463 6665  0123456789abcdef",
+          "    11:  10:  7e7f  a20" + blanks + ".~ .", "    15:  14:    58     " + blanks + "X",
+          "    15:   0:    59     " + blanks + "Y", "    16:   1:    5a     " + blanks + "Z"}));
+}
+
+TEST(ImageRecRef, KnowsTheOldNameForUndefinedKeys) {
+  const auto photo = ImageRecRef::init();
+  photo->setImageAttributes(AttributeMgr::init());
+  CollectedLog log;
+  EXPECT_TRUE(photo->handleQueryWithUnboundKey("maker").isNothing());
+  EXPECT_THROW((void)photo->tvq_handleQueryWithUnboundKey("nobody"), NSException);
+  EXPECT_EQ(log.lines(),
+            (std::vector<std::string>{
+                "handleQueryWithUnboundKey: is deprecated: Use valueForUndefinedKey: in 10.3 and "
+                "later - current Foundation is vn. 500.000000",
+                "tvq_handleQueryWithUnboundKey: is deprecated: Use valueForUndefinedKey: in 10.3 "
+                "and later - current Foundation is vn. 500.000000"}));
+}
+
 }  // namespace
 }  // namespace mrziphoto
