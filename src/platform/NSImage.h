@@ -31,9 +31,9 @@ class MRZIPHOTO_EXPORT NSImage : public Object {
   static const Class kClass;
 
   /// Bounds on what is read, against files that promise more than memory holds: the longest side,
-  /// the pixels of a picture, the bytes of one that has to be decoded as a whole, and the pixels of
-  /// a bitmap.
-  static constexpr std::uint32_t kLongestSide = 1U << 20;
+  /// of which decoders that work by lines keep hundreds at a time, the pixels of a picture, the
+  /// bytes of one that has to be decoded as a whole, and the pixels of a bitmap.
+  static constexpr std::uint32_t kLongestSide = 1U << 16;
   static constexpr std::uint64_t kMostPixelsRead = 1U << 28;
   static constexpr std::uint64_t kMostBytesHeld = 1U << 29;
   static constexpr std::uint64_t kMostPixels = 1U << 27;

@@ -1,14 +1,16 @@
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <limits>
+#include <map>
+#include <sys/resource.h>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include <MRZiPhoto/platform/FileManager.h>
+#include <MRZiPhoto/platform/Format.h>
 #include <MRZiPhoto/platform/NSImage.h>
 
-#include "sample/Bytes.h"
 #include "sample/Picture.h"
 #include "support/CollectedLog.h"
 #include "support/TemporaryFolder.h"
@@ -37,28 +39,42 @@ std::string bigEndian(std::uint32_t number, int bytes) {
   return result;
 }
 
-/// Signature and header chunk.
-std::string pngHeader(std::uint32_t width, std::uint32_t height) {
-  return "\x89PNG\r\n\x1A\n\0\0\0\rIHDR"s + bigEndian(width, 4) + bigEndian(height, 4) +
-         "\x08\x02\0\0\0****"s;
+/// A JPEG of one pixel that says it is larger, and by its frame's marker progressive or not.
+std::string jpegThatSays(std::uint32_t width, std::uint32_t height, char frame = '\xC0') {
+  std::string bytes = jpeg(1, 1);
+  const std::size_t place = bytes.find("\xFF\xC0"s);
+  bytes[place + 1] = frame;
+  return bytes.replace(place + 5, 4, bigEndian(height, 2) + bigEndian(width, 2));
 }
 
-/// One transparent pixel.
-const std::string kGif =
-    "GIF89a\1\0\1\0\x80\0\0\0\0\0\xFF\xFF\xFF!\xF9\4\1\0\0\0\0"s + ",\0\0\0\0\1\0\1\0\0\2\2D\1\0;"s;
+/// Signature and header chunk.
+std::string pngHeader(std::uint32_t width, std::uint32_t height, char interlaced = '\0') {
+  return "\x89PNG\r\n\x1A\n\0\0\0\rIHDR"s + bigEndian(width, 4) + bigEndian(height, 4) +
+         "\x08\x02\0\0"s + interlaced + "****";
+}
 
-/// Grey pixels, one after the other, with the directory behind them.
-std::string tiff(std::uint16_t width, std::uint16_t height, std::uint16_t samples = 1) {
-  const std::uint32_t count = std::uint32_t{width} * height * samples;
-  std::string bytes = "MM\0*"s + bigEndian(8 + count, 4) + std::string(count, '\x80');
-  const std::vector<std::array<std::uint32_t, 2>> fields{
-      {256, width}, {257, height}, {258, 8}, {259, 1}, {262, 1}, {277, samples}, {278, height}};
-  bytes += bigEndian(static_cast<std::uint32_t>(fields.size() + 2), 2);
-  for (const auto& [tag, value] : fields) {
-    bytes += bigEndian(tag, 2) + "\0\3\0\0\0\1"s + bigEndian(value, 2) + "\0\0"s;
+/// One transparent pixel, in a frame of its own size.
+std::string gif(const std::string& screen, const std::string& frame) {
+  return "GIF89a" + screen + "\x80\0\0\0\0\0\xFF\xFF\xFF!\xF9\4\1\0\0\0\0,\0\0\0\0"s + frame +
+         "\0\2\2D\1\0;"s;
+}
+const std::string kGif = gif("\1\0\1\0"s, "\1\0\1\0"s);
+
+/// Grey pixels, one after the other, with the directory behind them; some fields may say otherwise.
+std::string tiff(std::uint16_t width, std::uint16_t height,
+                 const std::map<std::uint32_t, std::uint32_t>& otherwise = {}) {
+  const std::uint32_t count = std::min(std::uint32_t{width} * height, 10'000U);
+  std::map<std::uint32_t, std::uint32_t> fields{{256, width}, {257, height}, {258, 8},
+                                                {259, 1},     {262, 1},      {273, 8},
+                                                {277, 1},     {278, height}, {279, count}};
+  for (const auto& [tag, value] : otherwise) {
+    fields[tag] = value;
   }
-  for (const auto& [tag, value] : {std::array{273U, 8U}, std::array{279U, count}}) {
-    bytes += bigEndian(tag, 2) + "\0\4\0\0\0\1"s + bigEndian(value, 4);
+  std::string bytes = "MM\0*"s + bigEndian(8 + count, 4) + std::string(count, '\x80') +
+                      bigEndian(static_cast<std::uint32_t>(fields.size()), 2);
+  for (const auto& [tag, value] : fields) {
+    bytes += bigEndian(tag, 2) + (value <= 0xFFFF ? "\0\3\0\0\0\1"s + bigEndian(value, 2) + "\0\0"s
+                                                  : "\0\4\0\0\0\1"s + bigEndian(value, 4));
   }
   return bytes + "\0\0\0\0"s;
 }
@@ -100,11 +116,11 @@ TEST_F(NSImageTests, TellsSizesFromHeaders) {
   for (const Case& each : std::vector<Case>{
            {"JPEG", jpeg(31, 17), {31, 17}},
            {"JPEG with bytes out of place", jpeg(31, 17).insert(3, "\0\0\xFF\xFF"s), {31, 17}},
-           {"PNG", pngHeader(70'000, 3), {70'000, 3}},
+           {"PNG", pngHeader(65'536, 3), {65'536, 3}},
            {"PNG without its first chunk", pngHeader(7, 3).replace(12, 4, "tEXt"), none},
            {"GIF", kGif, {1, 1}},
            {"TIFF", tiff(500, 2), {500, 2}},
-           {"TIFF of a hundred samples a pixel", tiff(5, 2, 100), none},
+           {"TIFF of a hundred samples a pixel", tiff(5, 2, {{277, 100}}), none},
            {"TIFF whose directory lies outside", "II*\0\xFF\xFF\xFF\x7F"s, none},
            {"WebP, extended", webp("VP8X", "\0\0\0\0\x0F\x27\0\1\0\0"s), {10'000, 2}},
            {"WebP, lossless", webp("VP8L", "\x2F\x09\x40\2\0\0"s), {10, 10}},
@@ -121,18 +137,72 @@ TEST_F(NSImageTests, TellsSizesFromHeaders) {
 }
 
 TEST_F(NSImageTests, RefusesWhatIsTooLarge) {
-  for (const auto& [bytes, isRefused] : {std::pair{pngHeader(30'000, 8'000), false},
-                                         {pngHeader(30'000, 30'000), true},
-                                         {pngHeader(0xFFFFFFFF, 0xFFFFFFFF), true},
-                                         {pngHeader(2'000'000, 1), true},
-                                         {"GIF89a\xFF\xFF\xFF\xFF\0\0\0"s, true}}) {
+  struct Case {
+    std::string bytes;
+    std::string_view size;  // empty for what is not refused
+  };
+  for (const auto& [bytes, size] :
+       {Case{pngHeader(30'000, 8'000), ""},
+        {pngHeader(30'000, 30'000), "30000 x 30000"},
+        {pngHeader(12'000, 12'000), ""},
+        {pngHeader(12'000, 12'000, '\1'), "12000 x 12000"},
+        {pngHeader(0xFFFFFFFF, 0xFFFFFFFF), "4294967295 x 4294967295"},
+        {pngHeader(65'537, 1), "65537 x 1"},
+        {jpegThatSays(16'000, 16'000), ""},
+        {jpegThatSays(16'000, 16'000, '\xC2'), "16000 x 16000"},
+        {jpegThatSays(65'500, 65'500), "65500 x 65500"},
+        {gif("\xFF\xFF\xFF\xFF"s, "\1\0\1\0"s), "65535 x 65535"},
+        {tiff(15'000, 15'000), ""},
+        {tiff(15'000, 15'000, {{258, 32}}), "15000 x 15000"},
+        {tiff(15'000, 15'000, {{277, 4}}), "15000 x 15000"},
+        {webp("VP8X", "\0\0\0\0\xFF\xFF\xFF\xFF\xFF\xFF"s), "16777216 x 16777216"},
+        {webp("VP8L", "\x2F\xFF\xFF\xFF\x0F"s), "16384 x 16384"}}) {
     CollectedLog log;
     const Ref<NSImage> image = imageOf(bytes);
-    EXPECT_EQ(image->isValid(), !isRefused);
-    EXPECT_EQ(image->failure().find("is too large an image: ") != std::string::npos, isRefused);
-    EXPECT_EQ(log.lines().size(), isRefused ? 1 : 0);
-    EXPECT_FALSE(image->bitmap());
+    EXPECT_EQ(image->isValid(), size.empty()) << size;
+    const std::string reason =
+        format("'%@' is too large an image: %@ pixels", folder / "picture", size);
+    EXPECT_EQ(image->failure(), size.empty() ? "" : reason);
+    EXPECT_EQ(log.lines().size(), size.empty() ? 0 : 1);
+    EXPECT_FALSE(!size.empty() && image->bitmapOfPixels(2, 2)) << size;
   }
+}
+
+long peakMegabytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss / 1024;
+}
+
+// The header is harmless, what comes behind it is not.
+TEST_F(NSImageTests, DecodesNoMoreThanMayBe) {
+  struct Case {
+    std::string_view what;
+    std::string bytes;
+    std::string_view reason;  // empty for any
+  };
+  ASSERT_TRUE(imageOf(kGif)->bitmap());
+  const long before = peakMegabytes();
+  for (const Case& each : std::vector<Case>{
+           {"a frame beyond its screen", gif("\1\0\1\0"s, "\xFF\xFF\xFF\xFF"s),
+            "too large an image: 65535 x 65535 pixels"},
+           {"a tile of a terapixel", tiff(16, 16, {{322, 1 << 20}, {323, 1 << 20}}), ""},
+           {"tiles that are not there", tiff(16, 16, {{322, 16}, {323, 16}, {324, 1 << 30}}), ""},
+           {"a strip that is not there", tiff(16, 16, {{273, 1 << 30}}), ""},
+           {"strips without an end", tiff(16, 16, {{257, 65'536}, {278, 1}}), ""},
+           {"samples of a thousand bits", tiff(16, 16, {{258, 1000}}), ""},
+           {"an unknown compression", tiff(16, 16, {{259, 77}}), ""},
+           {"a compression of other bytes", tiff(16, 16, {{259, 8}}), ""},
+           {"a strip beyond all bounds", tiff(11'000, 11'000), ""},
+           {"a canvas without a picture", webp("VP8X", "\2\0\0\0\xFF\x1F\0\xFF\x1F\0"s), ""}}) {
+    const Ref<NSImage> image = imageOf(each.bytes);
+    EXPECT_FALSE(image->bitmapOfPixels(5, 4)) << each.what;
+    EXPECT_FALSE(imageOf(each.bytes)->bitmap()) << each.what;
+    EXPECT_FALSE(image->isValid()) << each.what;
+    EXPECT_TRUE(image->failure().starts_with("'" + folder.path() + "/picture' ")) << each.what;
+    EXPECT_NE(image->failure().find(each.reason), std::string::npos) << image->failure();
+  }
+  EXPECT_LT(peakMegabytes() - before, 500);
 }
 
 TEST_F(NSImageTests, OpensNothingUntilItIsAsked) {
@@ -178,13 +248,14 @@ TEST_F(NSImageTests, DrawsIntoSizes) {
 
 // Whatever is damaged: an answer or none, and no word on standard error.
 TEST_F(NSImageTests, SurvivesDamagedFiles) {
-  const auto dotted = make<NSBitmapImageRep>(5, 4);
-  dotted->bitmapData()[9] = 77;
-  for (const std::string& whole :
-       {jpeg(20, 9), std::string(dotted->pngData()->bytes()), kGif, tiff(6, 5)}) {
-    ASSERT_TRUE(imageOf(whole)->bitmap());
+  int decoded = 0;
+  for (const auto& seed :
+       std::filesystem::directory_iterator(MRZIPHOTO_FUZZ_SEEDS "/ImageFuzzer")) {
+    const std::string whole(FileManager::contents(seed.path().string())->bytes());
+    decoded += imageOf(whole)->bitmap() ? 1 : 0;
     testing::internal::CaptureStderr();
-    for (std::size_t i = 0; i < whole.size(); ++i) {
+    const std::size_t step = 1 + whole.size() / 150;
+    for (std::size_t i = 0; i < whole.size(); i += step) {
       std::string bytes = whole;
       bytes[i] ^= static_cast<char>(0x41 + i % 50);
       const CollectedLog log;
@@ -193,12 +264,14 @@ TEST_F(NSImageTests, SurvivesDamagedFiles) {
         const NSSize size = image->size();
         if (size.width * size.height < 1e6F) {
           const bool isDecoded = static_cast<bool>(image->bitmap());
-          EXPECT_EQ(image->isValid(), isDecoded);
+          EXPECT_EQ(image->isValid(), isDecoded) << seed;
+          EXPECT_EQ(image->failure().empty(), isDecoded) << seed;
         }
       }
     }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << seed;
   }
+  EXPECT_GE(decoded, 7) << "of the seeds whose format each libvips reads";
 }
 
 TEST(NSBitmapImageRep, IsTransparentAndCountsItsBytes) {

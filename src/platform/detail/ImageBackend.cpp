@@ -17,8 +17,9 @@ std::string modulePath() {
       self.dli_fname == nullptr) {
     return MRZIPHOTO_IMAGE_MODULE;
   }
-  const std::string place = path::resolvingSymlinks(self.dli_fname);
-  return path::join(path::withoutLastComponent(place), MRZIPHOTO_IMAGE_MODULE);
+  const std::string folder = path::withoutLastComponent(path::resolvingSymlinks(self.dli_fname));
+  // A name without a folder would be looked for among the system's libraries.
+  return path::join(folder.empty() ? "." : folder, MRZIPHOTO_IMAGE_MODULE);
 }
 
 const ImageBackend* load() {

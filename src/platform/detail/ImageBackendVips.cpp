@@ -59,7 +59,7 @@ std::string takeFailure() {
     text.pop_back();
   }
   std::replace(text.begin(), text.end(), '\n', ';');
-  return text.empty() ? "it cannot be decoded" : text;
+  return text.empty() ? "the decoder gives no reason" : text;
 }
 
 LoadFunction loaderOf(ImageFormat format) {

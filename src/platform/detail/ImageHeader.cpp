@@ -74,9 +74,9 @@ constexpr bool beginsFrame(std::uint32_t marker) {
 /// Progressive frames are those whose code ends in these bits.
 constexpr bool isProgressive(std::uint32_t marker) { return (marker & 3) == 2; }
 
-// What decoders keep of a pixel: one coefficient of two bytes for each of three components; the
-// picture and the one before it; red, green, blue and alpha.
-constexpr std::uint32_t kBytesOfProgressiveJpeg = 6;
+// What decoders keep of a pixel: a coefficient for each component of a JPEG; the picture and the
+// one before it; red, green, blue and alpha.
+constexpr std::uint32_t kBytesOfCoefficient = 2;
 constexpr std::uint32_t kBytesOfGif = 8;
 constexpr std::uint32_t kBytesOfRgba = 4;
 
@@ -97,11 +97,11 @@ bool readJpegSize(FileNumbers& file, ImageHeader& header) {
       header.height = file.big(offset + 5, 2);
       header.width = file.big(offset + 7, 2);
       components = file.big(offset + 9, 1);
-      header.heldBytesPerPixel = isProgressive(marker) ? kBytesOfProgressiveJpeg : 0;
+      header.heldBytesPerPixel = isProgressive(marker) ? components * kBytesOfCoefficient : 0;
     } else if (marker == kStartOfScan) {
       // Components that come one after the other are only together when the last was read.
       if (file.big(offset + 4, 1) < components) {
-        header.heldBytesPerPixel = kBytesOfProgressiveJpeg;
+        header.heldBytesPerPixel = components * kBytesOfCoefficient;
       }
       return components != 0;
     }
