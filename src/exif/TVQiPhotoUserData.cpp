@@ -113,7 +113,7 @@ void TVQiPhotoUserData::_readDataRationalForKeyAtIndex(TVQStreamData& data, std:
   if (denominator == 0) {
     NSException::raise(kNSInvalidArgumentException, "Can't take log10 of %d", denominator);
   }
-  // Cameras write powers of ten; any other denominator counts as the next one above.
+  // Cameras write powers of ten; other denominators count as one, 2 to 19 as 10.
   std::int32_t exponent = 0;
   for (; denominator > 1; denominator /= 10) {
     --exponent;
