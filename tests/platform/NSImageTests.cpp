@@ -116,6 +116,9 @@ TEST_F(NSImageTests, TellsSizesFromHeaders) {
   for (const Case& each : std::vector<Case>{
            {"JPEG", jpeg(31, 17), {31, 17}},
            {"JPEG with bytes out of place", jpeg(31, 17).insert(3, "\0\0\xFF\xFF"s), {31, 17}},
+           {"JPEG with markers that stand alone",
+            jpeg(31, 17).insert(2, "\xFF\xD0\xFF\1"),
+            {31, 17}},
            {"PNG", pngHeader(65'536, 3), {65'536, 3}},
            {"PNG without its first chunk", pngHeader(7, 3).replace(12, 4, "tEXt"), none},
            {"GIF", kGif, {1, 1}},
@@ -181,11 +184,15 @@ TEST_F(NSImageTests, DecodesNoMoreThanMayBe) {
     std::string bytes;
     std::string_view reason;  // empty for any
   };
+  // The first of two fields counts for the decoder.
+  std::string twice = tiff(8000, 8000, {{258, 32}, {260, 8}, {277, 4}, {278, 16}});
+  twice.replace(twice.find("\1\4\0\3"s), 2, "\1\2");
   ASSERT_TRUE(imageOf(kGif)->bitmap());
   const long before = peakMegabytes();
   for (const Case& each : std::vector<Case>{
            {"a frame beyond its screen", gif("\1\0\1\0"s, "\xFF\xFF\xFF\xFF"s),
             "too large an image: 65535 x 65535 pixels"},
+           {"a field that is there twice", twice, "too large an image: 8000 x 8000 pixels"},
            {"a tile of a terapixel", tiff(16, 16, {{322, 1 << 20}, {323, 1 << 20}}), ""},
            {"tiles that are not there", tiff(16, 16, {{322, 16}, {323, 16}, {324, 1 << 30}}), ""},
            {"a strip that is not there", tiff(16, 16, {{273, 1 << 30}}), ""},

@@ -70,12 +70,16 @@ LoadFunction loaderOf(ImageFormat format) {
 }
 
 /// The picture, unless it turns out larger than its header said and than may be: frames may reach
-/// beyond the picture that they belong to.
+/// beyond the picture that they belong to, and fields of a header may be there twice.
 Image bounded(VipsImage* opened, ImageHeader header) {
   Image image(opened);
   if (image) {
     header.width = static_cast<std::uint32_t>(vips_image_get_width(opened));
     header.height = static_cast<std::uint32_t>(vips_image_get_height(opened));
+    if (header.heldBytesPerPixel != 0) {
+      header.heldBytesPerPixel = std::max(
+          header.heldBytesPerPixel, static_cast<std::uint32_t>(VIPS_IMAGE_SIZEOF_PEL(opened)));
+    }
     if (isTooLarge(header)) {
       vips_error("mrziphoto", "too large an image: %u x %u pixels", header.width, header.height);
       return Image(nullptr);

@@ -71,6 +71,10 @@ constexpr std::uint64_t kLongestJpegHeader = std::uint64_t{32} << 20;
 constexpr bool beginsFrame(std::uint32_t marker) {
   return (marker & 0xF0) == 0xC0 && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
 }
+/// Markers that stand alone; all others are followed by a size.
+constexpr bool standsAlone(std::uint32_t marker) {
+  return marker == 0x01 || (marker >= 0xD0 && marker <= 0xD9);
+}
 /// Progressive frames are those whose code ends in these bits.
 constexpr bool isProgressive(std::uint32_t marker) { return (marker & 3) == 2; }
 
@@ -87,6 +91,10 @@ bool readJpegSize(FileNumbers& file, ImageHeader& header) {
     const std::uint32_t marker = file.big(offset + 1, 1);
     if (file.big(offset, 1) != 0xFF || marker == 0xFF || marker == 0) {
       ++offset;  // a fill byte, or one that is out of place, which decoders pass over
+      continue;
+    }
+    if (standsAlone(marker)) {
+      offset += 2;
       continue;
     }
     const std::uint32_t size = file.big(offset + 2, 2);
