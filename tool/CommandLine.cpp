@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <iterator>
 #include <memory>
@@ -17,7 +18,9 @@
 
 #include "Commands.h"
 #include "Failure.h"
+#include "JpegWriter.h"
 #include "Library.h"
+#include "Progress.h"
 #include "TerminalText.h"
 
 namespace mrziphoto::tool {
@@ -31,6 +34,8 @@ enum Option : unsigned {
   kFields = 8,
   kOutputFile = 16,
   kSample = 32,
+  kAll = 64,
+  kSheet = 128,
 };
 
 constexpr std::string_view kReading = "Reading a library";
@@ -51,6 +56,8 @@ struct Command {
 };
 
 constexpr std::size_t kManyWords = 1000;
+constexpr std::uint32_t kSmallestCell = 16;
+constexpr std::uint32_t kLargestCell = 512;
 
 constexpr std::array kCommands{
     Command{"info", info, kReading, "[LIBRARY]", 0, 0, kLibrary | kFormat,
@@ -85,6 +92,20 @@ constexpr std::array kCommands{
     Command{"thumbnail", thumbnail, kReading, "[LIBRARY] KEY", 1, 1, kLibrary | kOutputFile,
             "Write the thumbnail of one photo as a PNG file",
             "  mrziphoto thumbnail ~/Old 17 -o 17.png"},
+    Command{"contact-sheet", contactSheet, kReading, "[LIBRARY]", 0, 0,
+            kLibrary | kOutputFile | kPhotoFilters | kSheet,
+            "Write the thumbnails of many photos as one JPEG picture",
+            "  mrziphoto contact-sheet ~/Old -o all.jpg\n"
+            "  mrziphoto contact-sheet ~/Old -o kids.jpg --keyword Kids --columns 6 --size 200"},
+    Command{"check", check, kReading, "[LIBRARY]", 0, 0, kLibrary | kFormat | kAll,
+            "Look whether the files of all photos are there and can be read",
+            "  mrziphoto check ~/Old                  what is wrong, and how many files are right\n"
+            "  mrziphoto check ~/Old --all | less     every file that was looked at\n"
+            "  mrziphoto check ~/Old --format jsonl   a record for each photo, for programs\n"
+            "\n"
+            "  The exit status is 1 when a file is missing or cannot be read as an image. Nothing\n"
+            "  is decoded. Files in the library's picture folders that no photo names are listed,\n"
+            "  too."},
     Command{"dump", dump, kReading, "[LIBRARY]", 0, 0, kLibrary,
             "Show the whole catalogue as its description tells it",
             "  mrziphoto dump ~/Old | less"},
@@ -126,6 +147,7 @@ void writeLogLine(std::string_view line) {
     text += (shown.starts_with("mrziphoto: ") ? " " : "") + shown + '\n';
     line.remove_prefix(std::min(end + 1, line.size()));
   }
+  Progress::makeRoom();
   std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
@@ -203,7 +225,19 @@ void addOptions(CLI::App& app, const Command& command, Arguments& arguments) {
     text("--keyword", "TEXT", arguments.keyword, "Only the photos with this keyword");
   }
   if (has(kOutputFile)) {
-    text("-o,--output", "FILE.png", arguments.outputFile, "The file to write")->required();
+    text("-o,--output", has(kSheet) ? "FILE.jpg" : "FILE.png", arguments.outputFile,
+         "The file to write")
+        ->required();
+  }
+  if (has(kAll)) {
+    app.add_flag("--all", arguments.all, "In a table, files with which nothing is wrong as well");
+  }
+  if (has(kSheet)) {
+    text("--columns", "N", arguments.columns, "Thumbnails side by side; chosen to fit by default")
+        ->check(CLI::Range(std::uint32_t{1}, std::uint32_t{JpegWriter::kLongestSide}));
+    text("--size", "PIXELS", arguments.cellSize,
+         "The side of a thumbnail's cell, 16 to 512 (128 by default)")
+        ->check(CLI::Range(kSmallestCell, kLargestCell));
   }
   if (has(kSample)) {
     SampleOptions& sample = arguments.sample;

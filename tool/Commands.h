@@ -15,6 +15,8 @@ void keywords(Session& session);
 void photo(Session& session);
 void get(Session& session);
 void thumbnail(Session& session);
+void contactSheet(Session& session);
+void check(Session& session);
 void dump(Session& session);
 void watch(Session& session);
 void archive(Session& session);

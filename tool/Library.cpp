@@ -132,7 +132,7 @@ bool isKeyword(const TVQiPhotoDatabase& database, const std::string& text) {
 /// The full path of the folder that was named, or of the default library.
 std::string folderOf(const std::optional<std::string>& named) {
   if (!named) {
-    return path::join(path::join(FileManager::homeFolder(), "Pictures"), "iPhoto Library");
+    return TVQiPhotoDatabase::defaultDirectory();
   }
   return named->empty() ? std::string() : std::filesystem::absolute(*named).string();
 }

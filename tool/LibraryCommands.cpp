@@ -12,6 +12,8 @@
 #include <MRZiPhoto/albums/Keyword.h>
 #include <MRZiPhoto/albums/RollAlbum.h>
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+#include <MRZiPhoto/platform/FileManager.h>
+#include <MRZiPhoto/thumbcache/iPhotoSegmentCache.h>
 
 #include "Commands.h"
 #include "FieldTable.h"
@@ -26,8 +28,23 @@ void writeSize(RecordWriter& out, const List<T>& list) {
   out.unsignedInteger(list.size());
 }
 
-/// `null`: this library reads no thumbnail cache yet.
-void writeThumbnailCache(RecordWriter& out, const TVQiPhotoDatabase& /*database*/) { out.null(); }
+/// `null` for a library without one, which needs no line in the log.
+void writeThumbnailCache(RecordWriter& out, const TVQiPhotoDatabase& database) {
+  const std::string file = database.thumbnailCacheFilename();
+  const auto cache = FileManager::isFile(file) ? database.thumbnailSegmentCache() : nullptr;
+  if (!cache) {
+    out.null();
+    return;
+  }
+  out.beginObject();
+  out.name("file");
+  out.text(file);
+  out.name("numberOfItems");
+  out.unsignedInteger(cache->numberOfItems());
+  out.name("itemSize");
+  out.unsignedInteger(cache->itemSize());
+  out.endObject();
+}
 
 using Database = TVQiPhotoDatabase;
 constexpr std::array<FieldRow<Database>, 12> kInfoFields{{

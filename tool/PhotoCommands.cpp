@@ -8,7 +8,6 @@
 #include <MRZiPhoto/photos/ImageRecRef.h>
 
 #include "Commands.h"
-#include "Failure.h"
 #include "Library.h"
 #include "PhotoFields.h"
 #include "Progress.h"
@@ -71,15 +70,6 @@ void photo(Session& session) { writeOnePhoto(session, PhotoFields::all()); }
 void get(Session& session) {
   const std::vector<std::string>& words = session.arguments.words;
   writeOnePhoto(session, PhotoFields::named({words.begin() + 1, words.end()}));
-}
-
-void thumbnail(Session& session) {
-  const std::string& key = session.arguments.words.front();
-  const TVQiPhotoDatabase& database = openLibrary(session);
-  static_cast<void>(photoWithKey(database, key));
-  // The library makes no pictures yet, so that no photo has a thumbnail to write.
-  throw Failure(ExitStatus::notThere,
-                "photo " + key + " of the library '" + database.directory() + "' has no thumbnail");
 }
 
 }  // namespace mrziphoto::tool

@@ -1,6 +1,10 @@
 #include "Progress.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include "Output.h"
 #include "TerminalText.h"
@@ -13,37 +17,91 @@ using namespace std::chrono_literals;
 constexpr auto kPatience = 1s;
 constexpr auto kInterval = 200ms;
 constexpr std::string_view kEraseLine = "\r\033[K";
+constexpr std::size_t kLongestBar = 30;
+constexpr std::size_t kShortestBar = 5;
+constexpr std::size_t kUsualWidth = 80;
+
+// There is one terminal.
+bool isLineShown = false;
 
 void write(std::string_view text) {
   std::fwrite(text.data(), 1, text.size(), stderr);
   std::fflush(stderr);
 }
 
+std::size_t terminalWidth() {
+  winsize size{};
+  return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col
+                                                                         : kUsualWidth;
+}
+
+/// "42 s", "7 min" or "3 h".
+std::string roughTime(double seconds) {
+  struct Unit {
+    double seconds;
+    const char* name;
+  };
+  constexpr std::array kUnits{Unit{3600, " h"}, Unit{60, " min"}, Unit{1, " s"}};
+  const auto* const unit =
+      std::ranges::find_if(kUnits.begin(), kUnits.end() - 1,
+                           [=](const Unit& each) { return seconds >= 2 * each.seconds; });
+  // A time left of several hundred years is as good as any other.
+  const double count = std::min(seconds / unit->seconds, 1e6);
+  return std::to_string(static_cast<std::size_t>(count + 0.5)) + unit->name;
+}
+
 }  // namespace
+
+std::string progressLine(std::string_view what, std::size_t done, std::size_t total,
+                         std::chrono::duration<double> elapsed, std::size_t width) {
+  const double rate = static_cast<double>(done) / std::max(elapsed.count(), 1e-9);
+  const double left = static_cast<double>(total - std::min(done, total)) / rate;
+  const std::string numbers = std::to_string(done * 100 / total) + " %  " + std::to_string(done) +
+                              " of " + std::to_string(total) + "  " +
+                              std::to_string(static_cast<std::size_t>(rate)) + " a second  " +
+                              roughTime(left) + " left";
+  std::string line = std::string(what) + "  ";
+  const std::size_t used = displayWidth(line) + 4 + numbers.size();
+  const std::size_t bar = std::min(width - std::min(width, used), kLongestBar);
+  if (bar >= kShortestBar) {
+    const std::size_t full = std::min(bar * done / total, bar);
+    line += '[' + std::string(full, '#') + std::string(bar - full, '.') + "]  ";
+  }
+  return cutToWidth(line + numbers, width);
+}
 
 Progress::Progress(std::string_view what)
     : _what(what),
       _isWatched(Output::errorIsTerminal()),
-      _nextTime(_isWatched ? Clock::now() + kPatience : Clock::time_point()) {}
+      _begin(_isWatched ? Clock::now() : Clock::time_point()),
+      _nextTime(_begin + kPatience) {}
 
-Progress::~Progress() {
-  if (_isShown) {
-    write(kEraseLine);
-  }
-}
+Progress::~Progress() { makeRoom(); }
 
 void Progress::show(std::size_t done, std::size_t total) {
-  if (!_isWatched || total == 0) {
+  if (!_isWatched || done == 0 || total == 0) {
     return;
   }
   const Clock::time_point now = Clock::now();
   if (now >= _nextTime) {
     _nextTime = now + kInterval;
-    _isShown = true;
-    write(std::string(kEraseLine) + _what + " ... " + std::to_string(done * 100 / total) + " %");
+    isLineShown = true;
+    // A line that fills the terminal to its edge would move on to the next.
+    write(std::string(kEraseLine) +
+          progressLine(_what, done, total, now - _begin, terminalWidth() - 1));
   }
 }
 
-void Progress::note(const std::string& line) { write(terminalText(line) + '\n'); }
+void Progress::makeRoom() {
+  if (isLineShown) {
+    write(kEraseLine);
+    isLineShown = false;
+  }
+}
+
+void Progress::note(const std::string& line) {
+  makeRoom();
+  write(terminalText(line) + '\n');
+}
 
 }  // namespace mrziphoto::tool

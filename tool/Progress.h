@@ -7,6 +7,11 @@
 
 namespace mrziphoto::tool {
 
+/// One line of `width` columns at most: what is being done, a bar, how much of it is done, how much
+/// is done in a second, and the time left at that rate. `done` is not 0.
+[[nodiscard]] std::string progressLine(std::string_view what, std::size_t done, std::size_t total,
+                                       std::chrono::duration<double> elapsed, std::size_t width);
+
 /// Tells a person who looks at standard error how far long work has come; silent during the first
 /// second, and where standard error is no terminal.
 class Progress {
@@ -21,6 +26,8 @@ class Progress {
   /// To be called often.
   void show(std::size_t done, std::size_t total);
 
+  /// Takes the line away until it is shown next, for whoever is about to write to the terminal.
+  static void makeRoom();
   /// A line of its own.
   static void note(const std::string& line);
 
@@ -29,7 +36,7 @@ class Progress {
 
   std::string _what;
   bool _isWatched;
-  bool _isShown = false;
+  Clock::time_point _begin;
   Clock::time_point _nextTime;
 };
 

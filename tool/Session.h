@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,6 +26,11 @@ struct Arguments {
   std::optional<std::string> roll;
   std::optional<std::string> keyword;
   std::string outputFile;
+  /// Rows for all that was looked at, not only for what is wrong.
+  bool all = false;
+  /// Columns of a contact sheet, and the pixels of a cell's side.
+  std::optional<std::uint32_t> columns;
+  std::uint32_t cellSize = 128;
   bool quiet = false;
   /// All but the folder, which is the first word.
   SampleOptions sample;

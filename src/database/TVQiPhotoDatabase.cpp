@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <system_error>
 
 #include "../platform/Bundle.h"
 #include "../platform/FileManager.h"
@@ -49,9 +51,16 @@ TVQiPhotoDatabase::~TVQiPhotoDatabase() {
   }
 }
 
+std::string TVQiPhotoDatabase::defaultDirectory() {
+  // The environment may name a home folder that is relative.
+  std::error_code ignored;
+  const std::string home = FileManager::homeFolder();
+  const std::string absolute = std::filesystem::absolute(home, ignored).string();
+  return path::join(path::join(absolute.empty() ? home : absolute, "Pictures"), "iPhoto Library");
+}
+
 Ref<TVQiPhotoDatabase> TVQiPhotoDatabase::iPhotoDatabase() {
-  return initWithContentsOfDirectory(
-      path::join(path::join(FileManager::homeFolder(), "Pictures"), "iPhoto Library"));
+  return initWithContentsOfDirectory(defaultDirectory());
 }
 
 Ref<TVQiPhotoDatabase> TVQiPhotoDatabase::initWithContentsOfDirectory(const std::string& path) {

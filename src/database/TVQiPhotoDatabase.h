@@ -35,8 +35,10 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
 
   ~TVQiPhotoDatabase() override;
 
-  /// The default library, the folder "iPhoto Library" in the folder "Pictures" of the user's home
-  /// folder; nothing when it cannot be opened.
+  /// The full path of the default library: the folder "iPhoto Library" in the folder "Pictures" of
+  /// the user's home folder.
+  [[nodiscard]] static std::string defaultDirectory();
+  /// The default library; nothing when it cannot be opened.
   static Ref<TVQiPhotoDatabase> iPhotoDatabase();
   /// The library in the folder at `path`; nothing when it cannot be opened. The log says why.
   static Ref<TVQiPhotoDatabase> initWithContentsOfDirectory(const std::string& path);
@@ -80,6 +82,8 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   [[nodiscard]] std::optional<std::string> directoryForKey(const Value& key) const override;
   [[nodiscard]] std::optional<std::string> updateImagePath(const std::string& path) const override;
   [[nodiscard]] Ref<PhotoFolder> photoFolder(const std::string& path) const override;
+  /// The full path of the file of the small thumbnails, whether or not it exists.
+  [[nodiscard]] std::string thumbnailCacheFilename() const;
   /// The file of the small thumbnails, opened on first request. Nothing when there is none that
   /// can be read, which is logged once.
   [[nodiscard]] Ref<iPhotoSegmentCache> thumbnailSegmentCache() const;

@@ -32,10 +32,13 @@ void copyPixels(std::string_view from, std::span<std::uint8_t> to) {
 
 }  // namespace
 
+std::string TVQiPhotoDatabase::thumbnailCacheFilename() const {
+  return inLibrary(iPhotoLibraryVersion() < kFirstWithSegmentFile ? kOlderCacheFile : kCacheFile);
+}
+
 Ref<iPhotoSegmentCache> TVQiPhotoDatabase::thumbnailSegmentCache() const {
   if (!_thumbnailCache && !_thumbnailCacheAttempted) {
-    const std::string file =
-        inLibrary(iPhotoLibraryVersion() < kFirstWithSegmentFile ? kOlderCacheFile : kCacheFile);
+    const std::string file = thumbnailCacheFilename();
     _thumbnailCache =
         iPhotoSegmentCache::initWithContentsOfFile(FileManager::locate(file).value_or(file));
     if (!_thumbnailCache) {

@@ -125,6 +125,10 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   [[nodiscard]] std::optional<std::string> _originalImageFilename() const;
   [[nodiscard]] std::optional<std::string> originalImageDirectory() const;
   [[nodiscard]] std::optional<std::string> originalImagePath() const;
+  /// The file of the picture before it was edited, where the record's source names one, and where
+  /// the library lies now; `originalImagePath` also answers where it would lie by the custom of the
+  /// library's generation.
+  [[nodiscard]] std::optional<std::string> recordedOriginalPath() const;
   /// True when the original has another path than the image; no file is looked at.
   [[nodiscard]] bool hasBeenEdited() const;
 

@@ -66,6 +66,12 @@ std::optional<std::string> ImageRecRef::originalImagePath() const {
   return joined(originalImageDirectory(), _originalImageFilename());
 }
 
+std::optional<std::string> ImageRecRef::recordedOriginalPath() const {
+  // Only album data tells paths as they were when the library lay elsewhere.
+  const Value recorded = imageInfo(kImageOriginalPath);
+  return recorded.isNothing() ? updated(imageInfo(kOriginalPath).text()) : recorded.text();
+}
+
 bool ImageRecRef::hasBeenEdited() const {
   if (!_hasBeenEditedIsValid) {
     const std::optional<std::string> original = originalImagePath();

@@ -70,6 +70,7 @@ TEST(ImageRecRef, AnswersFromItsImageInfo) {
   EXPECT_EQ(photo->filename(), "2004/05/06/a.jpg");
   EXPECT_EQ(photo->thumbnailPath(), "/new/Library/2004/05/06/Thumbs/42.jpg");
   EXPECT_EQ(photo->originalImagePath(), "/new/Library/2004/05/06/Originals/42.?origExt?");
+  EXPECT_EQ(photo->recordedOriginalPath(), "/old/Library/2004/05/06/Originals/b.jpg");
   EXPECT_TRUE(photo->hasBeenEdited());
 }
 

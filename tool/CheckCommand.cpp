@@ -1,0 +1,231 @@
+// The command that looks whether a library's files are there.
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+#include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+#include <MRZiPhoto/photos/ImageRecRef.h>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "FieldTable.h"
+#include "Library.h"
+#include "NamedFiles.h"
+#include "PhotoCheck.h"
+#include "Pictures.h"
+#include "Progress.h"
+#include "Values.h"
+
+namespace mrziphoto::tool {
+namespace {
+
+void writeState(RecordWriter& out, const std::optional<FileState>& state) {
+  if (state) {
+    out.text(nameOf(*state));
+  } else {
+    out.null();
+  }
+}
+
+void writeNumber(RecordWriter& out, std::string_view name, std::size_t number) {
+  out.name(name);
+  out.unsignedInteger(number);
+}
+
+void writeCounts(RecordWriter& out, const CheckCounts& counts) {
+  out.beginObject();
+  writeNumber(out, "photos", counts.photos);
+  for (std::size_t i = 0; i < kPhotoFiles; ++i) {
+    const FileCounts& files = counts.files[i];
+    out.name(kPhotoFileNames[i].many);
+    out.beginObject();
+    writeNumber(out, "checked", files.checked());
+    for (std::size_t state = 0; state < kFileStates.size(); ++state) {
+      writeNumber(out, kFileStates[state], files.inState[state]);
+    }
+    out.endObject();
+  }
+  writeNumber(out, "thumbnailsInCache", counts.inCache);
+  writeNumber(out, "unnamedFiles", counts.unnamedFiles);
+  out.endObject();
+}
+
+/// What one record tells about: a photo, a file that no photo names, or at the end the counts.
+struct Finding {
+  std::string_view kind;
+  const CheckedPhoto* photo = nullptr;
+  const std::string* unnamedFile = nullptr;
+  const CheckCounts* counts = nullptr;
+};
+
+template <PhotoFile file>
+void state(RecordWriter& out, const Finding& finding) {
+  writeState(out, finding.photo != nullptr ? finding.photo->file(file).state : std::nullopt);
+}
+
+template <PhotoFile file>
+void path(RecordWriter& out, const Finding& finding) {
+  out.text(finding.photo != nullptr ? finding.photo->file(file).path : std::nullopt);
+}
+
+constexpr std::array<FieldRow<Finding>, 11> kFindingFields{{
+    {"record", [](RecordWriter& out, const Finding& it) { out.text(it.kind); }},
+    {"key",
+     [](RecordWriter& out, const Finding& it) {
+       writeKey(out, it.photo != nullptr ? it.photo->photo.key() : Value());
+     }},
+    {"image", state<PhotoFile::image>},
+    {"original", state<PhotoFile::original>},
+    {"thumbnail", state<PhotoFile::thumbnail>},
+    {"thumbnailInCache",
+     [](RecordWriter& out, const Finding& it) {
+       if (it.photo != nullptr && it.photo->isInCache) {
+         out.boolean(*it.photo->isInCache);
+       } else {
+         out.null();
+       }
+     }},
+    {"imagePath", path<PhotoFile::image>},
+    {"originalImagePath", path<PhotoFile::original>},
+    {"thumbnailPath", path<PhotoFile::thumbnail>},
+    {"unnamedFile",
+     [](RecordWriter& out, const Finding& it) {
+       out.text(it.unnamedFile != nullptr ? std::optional(*it.unnamedFile) : std::nullopt);
+     }},
+    {"counts",
+     [](RecordWriter& out, const Finding& it) {
+       if (it.counts != nullptr) {
+         writeCounts(out, *it.counts);
+       } else {
+         out.null();
+       }
+     }},
+}};
+
+/// For programs: a record for each photo, then one for each file that no photo names, then the
+/// counts.
+class RecordReport {
+ public:
+  explicit RecordReport(Session& session)
+      : _out(RecordWriter::to(session.output, session.arguments.format, Shape::list,
+                              fieldNames<Finding>(kFindingFields))) {}
+
+  void photo(const CheckedPhoto& photo) { write({.kind = "photo", .photo = &photo}); }
+  void unnamed(const std::string& path) { write({.kind = "unnamedFile", .unnamedFile = &path}); }
+  void counts(const CheckCounts& counts) {
+    write({.kind = "counts", .counts = &counts});
+    _out->finish();
+  }
+
+ private:
+  void write(const Finding& finding) { writeRecord<Finding>(*_out, kFindingFields, finding); }
+
+  std::unique_ptr<RecordWriter> _out;
+};
+
+std::string counted(std::size_t number, std::string_view what) {
+  return std::to_string(number) + ' ' + std::string(what) + (number == 1 ? "" : "s");
+}
+
+/// "24 photos: 24 images = 23 there + 1 missing + 0 unreadable; ..."
+std::string sentenceOf(const CheckCounts& counts) {
+  std::string text = counted(counts.photos, "photo") + ": ";
+  for (std::size_t i = 0; i < kPhotoFiles; ++i) {
+    const FileCounts& files = counts.files[i];
+    text += counted(files.checked(), kPhotoFileNames[i].one);
+    for (std::size_t state = 0; state < kFileStates.size(); ++state) {
+      text += (state == 0 ? " = " : " + ") + std::to_string(files.inState[state]) + ' ' +
+              std::string(kFileStates[state]);
+    }
+    text += i + 1 < kPhotoFiles ? "; " : "";
+  }
+  return text + " (" + std::to_string(counts.inCache) + " of these in the thumbnail cache); " +
+         counted(counts.unnamedFiles, "file") + " that no photo names";
+}
+
+/// For people: a row for each file with which something is wrong, or for all, and the counts.
+class TableReport {
+ public:
+  explicit TableReport(Session& session)
+      : _output(session.output),
+        _showsAll(session.arguments.all),
+        _out(RecordWriter::to(session.output, Format::table, Shape::list,
+                              {"key", "file", "state", "path"})) {}
+
+  void photo(const CheckedPhoto& photo) {
+    for (const PhotoFileNames& names : kPhotoFileNames) {
+      const CheckedFile& file = photo.file(names.file);
+      if (file.isWrong() || (_showsAll && file.state)) {
+        const bool isInCache =
+            names.file == PhotoFile::thumbnail && photo.isInCache.value_or(false);
+        write(photo.photo.key(), names.one,
+              std::string(nameOf(*file.state)) + (isInCache ? ", in cache" : ""), file.path);
+      }
+    }
+  }
+  void unnamed(const std::string& path) { write({}, "", "unnamed", path); }
+  void counts(const CheckCounts& counts) {
+    if (_hasRows) {
+      _out->finish();
+    }
+    _output.text() += sentenceOf(counts) + '\n';
+  }
+
+ private:
+  void write(const Value& key, std::string_view file, const std::string& state,
+             const std::optional<std::string>& path) {
+    _hasRows = true;
+    _out->beginRecord();
+    writeKey(*_out, key);
+    _out->text(file);
+    _out->text(state);
+    _out->text(path);
+    _out->endRecord();
+  }
+
+  Output& _output;
+  bool _showsAll;
+  bool _hasRows = false;
+  std::unique_ptr<RecordWriter> _out;
+};
+
+template <class Report>
+CheckCounts checkLibrary(const TVQiPhotoDatabase& database, Report&& report) {
+  NamedFiles named(database.directory());
+  CheckCounts counts;
+  Progress progress("Checking");
+  const List<ImageRecRef> photos = database.photos();
+  for (const Ref<ImageRecRef>& photo : photos) {
+    const CheckedPhoto checked = checkPhoto(database, *photo, named);
+    counts.add(checked);
+    report.photo(checked);
+    progress.show(counts.photos, photos.size());
+  }
+  named.forEachUnnamed([&](const std::string& path) {
+    ++counts.unnamedFiles;
+    report.unnamed(path);
+  });
+  report.counts(counts);
+  return counts;
+}
+
+}  // namespace
+
+void check(Session& session) {
+  expectPictures();
+  const TVQiPhotoDatabase& database = openLibrary(session);
+  const CheckCounts counts = session.arguments.format == Format::table
+                                 ? checkLibrary(database, TableReport(session))
+                                 : checkLibrary(database, RecordReport(session));
+  if (counts.wrong() > 0) {
+    session.output.flush();
+    throw Failure(ExitStatus::notThere, "the library '" + database.directory() + "' lacks, or cannot read, " +
+                                            counted(counts.wrong(), "file"));
+  }
+}
+
+}  // namespace mrziphoto::tool

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace mrziphoto::tool {
+
+/// The files that the photos of a library name, and the search for those that none names.
+///
+/// Eight bytes a file are kept. Names count as one when a Mac file system takes them for the same.
+class NamedFiles {
+ public:
+  /// `library` is the library's folder.
+  explicit NamedFiles(const std::string& library);
+
+  /// A file that a photo names; it need not exist.
+  void add(const std::string& path);
+  /// True when there is a folder of the file at that path.
+  [[nodiscard]] bool hasFolderOf(const std::string& path) { return folderOf(path).exists; }
+
+  /// Calls `use` for every file in the library's picture folders that none of the added is, folder
+  /// by folder. Picture folders are the folders directly in the library's in which named files lie
+  /// or which by custom hold pictures, with all that is in them. What systems and iPhoto keep for
+  /// themselves beside the pictures is passed over.
+  void forEachUnnamed(const std::function<void(const std::string& path)>& use);
+
+ private:
+  struct Folder {
+    std::uint64_t identity;
+    bool exists;
+  };
+
+  const Folder& folderOf(std::string_view path);
+  void searchFolder(const std::string& path,
+                    const std::function<void(const std::string& path)>& use) const;
+
+  std::string _library;
+  std::string _realLibrary;
+  // By the path as photos spell it: there are far fewer folders than photos.
+  std::unordered_map<std::string, Folder> _folders;
+  // Names of folders directly in the library's.
+  std::set<std::string> _pictureFolders;
+  std::vector<std::uint64_t> _files;
+};
+
+}  // namespace mrziphoto::tool

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Failure.h"
+
+namespace mrziphoto::tool {
+
+/// A file that is written under another name beside its place and takes its place when it is whole,
+/// so that nobody ever sees half of it; until then, what was there before stays. A symbolic link is
+/// followed. A place that is no regular file, such as "/dev/stdout", is written to as it is.
+///
+/// There is one at a time: an interrupt removes it.
+class NewFile {
+ public:
+  /// Throws `Failure` when nothing can be written there.
+  explicit NewFile(const std::string& path);
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  /// Removes the file unless it has taken its place.
+  ~NewFile();
+
+  /// To be written to from front to back.
+  [[nodiscard]] std::FILE* stream() const { return _stream.get(); }
+  void write(std::string_view bytes);
+  /// The file is whole. Throws `Failure` when it is not.
+  void takePlace();
+
+  /// Throws the `Failure` that says that writing did not succeed, and why (`errno`).
+  [[noreturn]] void fail() const;
+
+ private:
+  struct Closer {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
+  };
+
+  void makeScratchFile();
+  void forgetScratchFile();
+
+  std::string _path;     // as it was named
+  std::string _place;    // behind symbolic links
+  std::string _scratch;  // empty when the place is written to directly
+  std::unique_ptr<std::FILE, Closer> _stream;
+};
+
+}  // namespace mrziphoto::tool

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+#include <MRZiPhoto/photos/ImageRecRef.h>
+
+#include "NamedFiles.h"
+
+namespace mrziphoto::tool {
+
+/// The files that a photo has.
+enum class PhotoFile : std::uint8_t { image, original, thumbnail };
+inline constexpr std::size_t kPhotoFiles = 3;
+
+struct PhotoFileNames {
+  PhotoFile file;
+  std::string_view one;
+  std::string_view many;
+};
+inline constexpr std::array<PhotoFileNames, kPhotoFiles> kPhotoFileNames{{
+    {PhotoFile::image, "image", "images"},
+    {PhotoFile::original, "original", "originals"},
+    {PhotoFile::thumbnail, "thumbnail", "thumbnails"},
+}};
+
+enum class FileState : std::uint8_t { there, missing, unreadable };
+inline constexpr std::array<std::string_view, 3> kFileStates{"there", "missing", "unreadable"};
+constexpr std::string_view nameOf(FileState state) {
+  return kFileStates[static_cast<std::size_t>(state)];
+}
+
+/// What was found of one file of a photo.
+struct CheckedFile {
+  std::optional<std::string> path;
+  /// Nothing when the photo has no such file of its own.
+  std::optional<FileState> state;
+
+  [[nodiscard]] bool isWrong() const { return state && *state != FileState::there; }
+};
+
+struct CheckedPhoto {
+  const ImageRecRef& photo;
+  std::array<CheckedFile, kPhotoFiles> files;
+  /// Whether the thumbnail cache has a picture in the place of a thumbnail file that is missing or
+  /// unreadable; nothing for other photos.
+  std::optional<bool> isInCache;
+
+  [[nodiscard]] const CheckedFile& file(PhotoFile which) const {
+    return files[static_cast<std::size_t>(which)];
+  }
+  [[nodiscard]] CheckedFile& file(PhotoFile which) {
+    return files[static_cast<std::size_t>(which)];
+  }
+};
+
+/// How many files of one sort were found in which state.
+struct FileCounts {
+  std::array<std::size_t, kFileStates.size()> inState{};
+
+  [[nodiscard]] std::size_t checked() const;
+  [[nodiscard]] std::size_t wrong() const {
+    return checked() - inState[static_cast<std::size_t>(FileState::there)];
+  }
+};
+
+struct CheckCounts {
+  std::size_t photos = 0;
+  std::array<FileCounts, kPhotoFiles> files;
+  std::size_t inCache = 0;
+  std::size_t unnamedFiles = 0;
+
+  void add(const CheckedPhoto& checked);
+  [[nodiscard]] std::size_t wrong() const;
+};
+
+/// Looks at the files of a photo, of each no more than tells that it is an image, and adds them to
+/// the named ones.
+[[nodiscard]] CheckedPhoto checkPhoto(const TVQiPhotoDatabase& database, const ImageRecRef& photo,
+                                      NamedFiles& named);
+
+}  // namespace mrziphoto::tool

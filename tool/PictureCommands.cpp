@@ -1,0 +1,108 @@
+// The commands that write pictures.
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+#include <MRZiPhoto/photos/ImageRecRef.h>
+#include <MRZiPhoto/platform/NSImage.h>
+
+#include "Commands.h"
+#include "ContactSheet.h"
+#include "Failure.h"
+#include "JpegWriter.h"
+#include "Library.h"
+#include "NewFile.h"
+#include "Pictures.h"
+#include "Progress.h"
+
+namespace mrziphoto::tool {
+namespace {
+
+/// The thumbnail as a PNG file; `failure` is where a thumbnail file says why it cannot be read.
+std::optional<Data> thumbnailPng(const TVQiPhotoDatabase& database, const ImageRecRef& photo,
+                                 std::string& failure) {
+  const Ref<NSImage> thumbnail = photo.thumbnail();
+  if (!thumbnail) {
+    return std::nullopt;
+  }
+  if (std::optional<Data> png = thumbnail->pngData()) {
+    return png;
+  }
+  failure = thumbnail->failure();
+  const Ref<NSBitmapImageRep> bitmap = database.cacheThumbnailForKey(photo.key());
+  return bitmap ? bitmap->pngData() : std::nullopt;
+}
+
+/// Writes the sheet; answers how many photos have no thumbnail.
+std::size_t drawSheet(const TVQiPhotoDatabase& database, const List<ImageRecRef>& photos,
+                      const SheetLayout& layout, NewFile& file) {
+  JpegWriter picture(file.stream(), layout.width(), layout.height());
+  const auto expect = [&](bool isWritten) {
+    if (!isWritten) {
+      file.fail();
+    }
+  };
+  errno = ENOMEM;  // what a failure is due to unless the file system says otherwise
+  expect(picture.begin());
+  SheetRow row(layout);
+  Progress progress("Drawing");
+  std::size_t drawn = 0;
+  std::size_t without = 0;
+  for (const Ref<ImageRecRef>& photo : photos) {
+    const Ref<NSBitmapImageRep> thumbnail = thumbnailInSquare(database, *photo, layout.square());
+    without += thumbnail ? 0 : 1;
+    row.draw(drawn % layout.columns, thumbnail);
+    ++drawn;
+    if (drawn % layout.columns == 0 || drawn == photos.size()) {
+      expect(picture.writeRows(row.samples()));
+      row.clear();
+    }
+    progress.show(drawn, photos.size());
+  }
+  expect(picture.finish());
+  return without;
+}
+
+}  // namespace
+
+void thumbnail(Session& session) {
+  expectPictures();
+  const std::string& key = session.arguments.words.front();
+  const TVQiPhotoDatabase& database = openLibrary(session);
+  const Ref<ImageRecRef> photo = photoWithKey(database, key);
+  std::string failure;
+  const std::optional<Data> png = thumbnailPng(database, *photo, failure);
+  if (!png) {
+    throw Failure(ExitStatus::notThere, "photo " + key + " of the library '" +
+                                            database.directory() + "' has no thumbnail" +
+                                            (failure.empty() ? "" : ": " + failure));
+  }
+  NewFile file(session.arguments.outputFile);
+  file.write(png->bytes());
+  file.takePlace();
+}
+
+void contactSheet(Session& session) {
+  expectPictures();
+  const Arguments& arguments = session.arguments;
+  const TVQiPhotoDatabase& database = openLibrary(session);
+  const List<ImageRecRef> photos = selectPhotos(database, arguments);
+  if (photos.empty()) {
+    throw Failure(ExitStatus::notThere,
+                  "the library '" + database.directory() + "' has no photos for a contact sheet");
+  }
+  const SheetLayout layout = SheetLayout::of(photos.size(), arguments.columns, arguments.cellSize);
+  NewFile file(arguments.outputFile);
+  const std::size_t without = drawSheet(database, photos, layout, file);
+  file.takePlace();
+  if (without > 0) {
+    Output::complain(std::to_string(without) + " of " + std::to_string(photos.size()) +
+                     " photos have no thumbnail, and are grey in '" + arguments.outputFile + '\'');
+  }
+}
+
+}  // namespace mrziphoto::tool
