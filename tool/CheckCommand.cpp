@@ -1,5 +1,6 @@
 // The command that looks whether a library's files are there.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <memory>
@@ -76,7 +77,7 @@ constexpr std::array<FieldRow<Finding>, 11> kFindingFields{{
     {"record", [](RecordWriter& out, const Finding& it) { out.text(it.kind); }},
     {"key",
      [](RecordWriter& out, const Finding& it) {
-       writeKey(out, it.photo != nullptr ? it.photo->photo.key() : Value());
+       writeKey(out, it.photo != nullptr ? it.photo->photo->key() : Value());
      }},
     {"image", state<PhotoFile::image>},
     {"original", state<PhotoFile::original>},
@@ -162,7 +163,7 @@ class TableReport {
       if (file.isWrong() || (_showsAll && file.state)) {
         const bool isInCache =
             names.file == PhotoFile::thumbnail && photo.isInCache.value_or(false);
-        write(photo.photo.key(), names.one,
+        write(photo.photo->key(), names.one,
               std::string(nameOf(*file.state)) + (isInCache ? ", in cache" : ""), file.path);
       }
     }
@@ -193,16 +194,22 @@ class TableReport {
   std::unique_ptr<RecordWriter> _out;
 };
 
+constexpr std::size_t kPhotosAtOnce = 1024;
+
 template <class Report>
 CheckCounts checkLibrary(const TVQiPhotoDatabase& database, Report&& report) {
   NamedFiles named(database.directory());
   CheckCounts counts;
   Progress progress("Checking");
-  const List<ImageRecRef> photos = database.photos();
-  for (const Ref<ImageRecRef>& photo : photos) {
-    const CheckedPhoto checked = checkPhoto(database, *photo, named);
-    counts.add(checked);
-    report.photo(checked);
+  const List<ImageRecRef> list = database.photos();
+  const std::span<const Ref<ImageRecRef>> photos(list.begin(), list.end());
+  while (counts.photos < photos.size()) {
+    const std::size_t count = std::min(kPhotosAtOnce, photos.size() - counts.photos);
+    for (const CheckedPhoto& checked :
+         checkPhotos(database, photos.subspan(counts.photos, count), named)) {
+      counts.add(checked);
+      report.photo(checked);
+    }
     progress.show(counts.photos, photos.size());
   }
   named.forEachUnnamed([&](const std::string& path) {
@@ -223,7 +230,8 @@ void check(Session& session) {
                                  : checkLibrary(database, RecordReport(session));
   if (counts.wrong() > 0) {
     session.output.flush();
-    throw Failure(ExitStatus::notThere, "the library '" + database.directory() + "' lacks, or cannot read, " +
+    throw Failure(ExitStatus::notThere, "the library '" + database.directory() +
+                                            "' lacks, or cannot read, " +
                                             counted(counts.wrong(), "file"));
   }
 }

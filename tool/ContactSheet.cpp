@@ -40,7 +40,7 @@ std::size_t usualColumns(std::size_t photos, std::uint32_t cell) {
                          std::to_string(layout.cell) + " pixels is " +
                          std::to_string(layout.width()) + " x " + std::to_string(layout.height()) +
                          " pixels, and a JPEG picture at most " + limit + " either way: ";
-  if (layout.columns > most) {
+  if (columns <= most && layout.columns > most) {
     sentence += "take at most " + std::to_string(most) + " with --columns, or a smaller --size";
   } else if (columns <= most) {
     sentence += "take at least " + std::to_string(columns) + " with --columns, or a smaller --size";

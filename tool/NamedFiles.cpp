@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 #include <MRZiPhoto/platform/DirectoryEnumerator.h>
@@ -26,6 +27,9 @@ constexpr std::size_t kYearDigits = 4;
 constexpr std::array<std::string_view, 3> kSystemFiles{"Icon\r", "Thumbs.db", "desktop.ini"};
 constexpr std::string_view kStoreExtension = "attr";
 
+// Longer ones lead nowhere.
+constexpr std::size_t kLongestPath = 4096;
+
 bool isNumber(std::string_view name) {
   return !name.empty() && std::ranges::all_of(name, text::isDigit);
 }
@@ -42,19 +46,33 @@ bool isHousekeeping(const std::string& name) {
          std::ranges::find(kSystemFiles, name) != kSystemFiles.end();
 }
 
-std::uint64_t hashOf(std::uint64_t seed, std::string_view text) {
-  constexpr std::uint64_t kFnvPrime = 0x100000001B3;
-  std::uint64_t hash = seed ^ 0xCBF29CE484222325;
-  for (const char c : text) {
-    hash = (hash ^ static_cast<unsigned char>(c)) * kFnvPrime;
+/// FNV-1a, whose last step mixes the upper half into the lower.
+class Hash {
+ public:
+  explicit Hash(std::uint64_t seed) : _value(seed ^ 0xCBF29CE484222325) {}
+
+  void add(char c) {
+    constexpr std::uint64_t kPrime = 0x100000001B3;
+    _value = (_value ^ static_cast<unsigned char>(c)) * kPrime;
   }
-  return hash ^ hash >> 32;
+  [[nodiscard]] std::uint64_t value() const { return _value ^ _value >> 32; }
+
+ private:
+  std::uint64_t _value;
+};
+
+std::uint64_t identityOfFolder(std::string_view realPath) {
+  Hash hash(0);
+  std::ranges::for_each(realPath, [&](char c) { hash.add(c); });
+  return hash.value();
 }
 
-std::uint64_t identityOfFolder(const std::string& realPath) { return hashOf(0, realPath); }
-
 std::uint64_t identityOfFile(std::uint64_t folder, std::string_view name) {
-  return hashOf(folder, foldedFileName(name));
+  Hash hash(folder);
+  for (const char c : foldedFileName(name)) {
+    hash.add(c);
+  }
+  return hash.value();
 }
 
 std::string realPathOf(const std::string& path) {
@@ -81,15 +99,29 @@ const NamedFiles::Folder& NamedFiles::folderOf(std::string_view path) {
   if (known != _folders.end()) {
     return known->second;
   }
-  const std::string real = realPathOf(folder);
-  const bool exists = FileManager::isFolder(real);
-  if (exists && real.starts_with(_realLibrary + '/')) {
-    const std::string inside = real.substr(_realLibrary.size() + 1);
+  const Folder found = look(folder);
+  if (found.exists && found.realPath.starts_with(_realLibrary + '/')) {
+    const std::string inside = found.realPath.substr(_realLibrary.size() + 1);
     if (const std::string name = inside.substr(0, inside.find('/')); name != kMadePictures) {
       _pictureFolders.insert(name);
     }
   }
-  return _folders.emplace(folder, Folder{identityOfFolder(real), exists}).first->second;
+  return _folders.emplace(folder, found).first->second;
+}
+
+/// Asks no more than whether the last name of the path is a link when the rest of it is known.
+NamedFiles::Folder NamedFiles::look(const std::string& path) {
+  if (path.empty()) {
+    return {"/", identityOfFolder("/"), true};
+  }
+  const auto place = path.size() < kLongestPath ? FileManager::locate(path) : std::nullopt;
+  if (!place) {
+    return {path, identityOfFolder(path), false};
+  }
+  const bool isNoLink = FileManager::fileType(*place) == FileType::folder;
+  const std::string real = isNoLink ? path::join(folderOf(path).realPath, lastName(*place))
+                                    : path::resolvingSymlinks(*place);
+  return {real, identityOfFolder(real), isNoLink || FileManager::isFolder(real)};
 }
 
 void NamedFiles::add(const std::string& path) {
@@ -109,29 +141,33 @@ void NamedFiles::forEachUnnamed(const std::function<void(const std::string& path
 
 void NamedFiles::searchFolder(const std::string& path,
                               const std::function<void(const std::string& path)>& use) const {
-  std::vector<std::string> folders{path};
+  struct Found {
+    std::string path;
+    std::string realPath;
+  };
+  std::vector<Found> folders{{path, realPathOf(path)}};
   while (!folders.empty()) {
-    const std::string folder = std::move(folders.back());
+    const Found folder = std::move(folders.back());
     folders.pop_back();
-    const std::uint64_t identity = identityOfFolder(path::resolvingSymlinks(folder));
-    std::vector<std::string> subfolders;
+    const std::uint64_t identity = identityOfFolder(folder.realPath);
+    std::vector<Found> subfolders;
     std::vector<std::string> unnamed;
-    for (const auto& entry : DirectoryEnumerator(folder)) {
-      if (entry.name.starts_with('.')) {
+    for (const auto& [name, type] : DirectoryEnumerator(folder.path)) {
+      if (name.starts_with('.')) {
         continue;
       }
-      if (entry.type == FileType::folder) {
-        subfolders.push_back(path::join(folder, entry.name));
-      } else if (!isHousekeeping(entry.name) &&
-                 !std::ranges::binary_search(_files, identityOfFile(identity, entry.name)) &&
-                 FileManager::isFile(path::join(folder, entry.name))) {
-        unnamed.push_back(path::join(folder, entry.name));
+      if (type == FileType::folder) {
+        subfolders.push_back({path::join(folder.path, name), path::join(folder.realPath, name)});
+      } else if (!isHousekeeping(name) &&
+                 !std::ranges::binary_search(_files, identityOfFile(identity, name)) &&
+                 FileManager::isFile(path::join(folder.path, name))) {
+        unnamed.push_back(path::join(folder.path, name));
       }
     }
     std::ranges::sort(unnamed);
     std::ranges::for_each(unnamed, use);
     // The last is searched first.
-    std::ranges::sort(subfolders, std::ranges::greater());
+    std::ranges::sort(subfolders, std::ranges::greater(), &Found::path);
     std::ranges::move(subfolders, std::back_inserter(folders));
   }
 }

@@ -32,11 +32,13 @@ class NamedFiles {
 
  private:
   struct Folder {
+    std::string realPath;
     std::uint64_t identity;
     bool exists;
   };
 
   const Folder& folderOf(std::string_view path);
+  [[nodiscard]] Folder look(const std::string& path);
   void searchFolder(const std::string& path,
                     const std::function<void(const std::string& path)>& use) const;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <future>
 #include <numeric>
 
 #include <MRZiPhoto/platform/FileManager.h>
@@ -37,24 +38,59 @@ FileState stateOf(const std::string& path) {
   return isOther && FileManager::isFile(path) ? FileState::there : FileState::unreadable;
 }
 
-CheckedFile checkFile(const std::optional<std::string>& path, NamedFiles& named) {
+/// A file that has yet to be looked at.
+CheckedFile fileAt(const std::optional<std::string>& path, NamedFiles& named) {
   if (path) {
     named.add(*path);
   }
-  return {path, path ? stateOf(*path) : FileState::missing};
+  return {path, FileState::missing};
 }
 
 /// Where the catalogue names no original, the photo was most likely not edited, and yet its
 /// original may lie where older generations keep them.
-CheckedFile checkOriginal(const ImageRecRef& photo, const std::optional<std::string>& image,
-                          NamedFiles& named) {
+CheckedFile originalOf(const ImageRecRef& photo, const std::optional<std::string>& image,
+                       NamedFiles& named) {
   if (const std::optional<std::string> recorded = photo.recordedOriginalPath()) {
-    return recorded == image ? CheckedFile() : checkFile(recorded, named);
+    return recorded == image ? CheckedFile() : fileAt(recorded, named);
   }
   const std::optional<std::string> presumed = photo.originalImagePath();
-  const bool isThere = presumed && presumed != image && named.hasFolderOf(*presumed) &&
-                       FileManager::exists(*presumed);
-  return isThere ? checkFile(presumed, named) : CheckedFile();
+  if (!presumed || presumed == image || !named.hasFolderOf(*presumed)) {
+    return {};
+  }
+  CheckedFile file = fileAt(presumed, named);
+  file.mayBeAbsent = true;
+  return file;
+}
+
+void lookAt(CheckedFile& file) {
+  if (!file.path || !file.state) {
+    return;
+  }
+  file.state = stateOf(*file.path);
+  if (file.mayBeAbsent && file.state == FileState::missing) {
+    file = {};
+  }
+}
+
+void lookAtFiles(std::span<CheckedPhoto> photos) {
+  for (CheckedPhoto& photo : photos) {
+    std::ranges::for_each(photo.files, lookAt);
+  }
+}
+
+void lookAtFilesTogether(std::span<CheckedPhoto> photos) {
+  // More than most machines have processors: what takes long is waiting for a disk.
+  constexpr std::size_t kThreads = 4;
+  const std::size_t share = photos.size() / kThreads + 1;
+  // Where there can be no thread, the work is done when its end is waited for.
+  constexpr auto kThreadOrLater = std::launch::async | std::launch::deferred;
+  std::vector<std::future<void>> others;
+  while (photos.size() > share) {
+    others.push_back(std::async(kThreadOrLater, lookAtFiles, photos.first(share)));
+    photos = photos.subspan(share);
+  }
+  lookAtFiles(photos);
+  std::ranges::for_each(others, &std::future<void>::get);
 }
 
 bool isInCache(const TVQiPhotoDatabase& database, const ImageRecRef& photo) {
@@ -92,20 +128,27 @@ std::size_t CheckCounts::wrong() const {
                                std::mem_fn(&FileCounts::wrong));
 }
 
-CheckedPhoto checkPhoto(const TVQiPhotoDatabase& database, const ImageRecRef& photo,
-                        NamedFiles& named) {
+std::vector<CheckedPhoto> checkPhotos(const TVQiPhotoDatabase& database,
+                                      std::span<const Ref<ImageRecRef>> photos, NamedFiles& named) {
   const CheckedFile none{std::nullopt, FileState::missing};
-  CheckedPhoto checked{photo, {none, {}, none}, {}};
-  CheckedFile& image = checked.file(PhotoFile::image);
-  CheckedFile& thumbnail = checked.file(PhotoFile::thumbnail);
-  image = orWithoutKey([&] { return checkFile(photo.imagePath(), named); }, none);
-  checked.file(PhotoFile::original) =
-      orWithoutKey([&] { return checkOriginal(photo, image.path, named); }, CheckedFile());
-  thumbnail = orWithoutKey([&] { return checkFile(photo.thumbnailPath(), named); }, none);
-  if (thumbnail.isWrong()) {
-    checked.isInCache = orWithoutKey([&] { return isInCache(database, photo); }, false);
+  std::vector<CheckedPhoto> result;
+  result.reserve(photos.size());
+  for (const Ref<ImageRecRef>& photo : photos) {
+    CheckedPhoto& checked = result.emplace_back(CheckedPhoto{photo, {none, {}, none}, {}});
+    CheckedFile& image = checked.file(PhotoFile::image);
+    image = orWithoutKey([&] { return fileAt(photo->imagePath(), named); }, none);
+    checked.file(PhotoFile::original) =
+        orWithoutKey([&] { return originalOf(*photo, image.path, named); }, CheckedFile());
+    checked.file(PhotoFile::thumbnail) =
+        orWithoutKey([&] { return fileAt(photo->thumbnailPath(), named); }, none);
   }
-  return checked;
+  lookAtFilesTogether(result);
+  for (CheckedPhoto& checked : result) {
+    if (checked.file(PhotoFile::thumbnail).isWrong()) {
+      checked.isInCache = orWithoutKey([&] { return isInCache(database, *checked.photo); }, false);
+    }
+  }
+  return result;
 }
 
 }  // namespace mrziphoto::tool

@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
@@ -40,12 +42,14 @@ struct CheckedFile {
   std::optional<std::string> path;
   /// Nothing when the photo has no such file of its own.
   std::optional<FileState> state;
+  /// Nothing says that there should be a file, other than that it may be there.
+  bool mayBeAbsent = false;
 
   [[nodiscard]] bool isWrong() const { return state && *state != FileState::there; }
 };
 
 struct CheckedPhoto {
-  const ImageRecRef& photo;
+  Ref<ImageRecRef> photo;
   std::array<CheckedFile, kPhotoFiles> files;
   /// Whether the thumbnail cache has a picture in the place of a thumbnail file that is missing or
   /// unreadable; nothing for other photos.
@@ -79,9 +83,11 @@ struct CheckCounts {
   [[nodiscard]] std::size_t wrong() const;
 };
 
-/// Looks at the files of a photo, of each no more than tells that it is an image, and adds them to
-/// the named ones.
-[[nodiscard]] CheckedPhoto checkPhoto(const TVQiPhotoDatabase& database, const ImageRecRef& photo,
-                                      NamedFiles& named);
+/// Looks at the files of photos, of each no more than tells that it is an image, and adds them to
+/// the named ones. That is waiting for the file system, most of the time, which several threads do
+/// together; the more photos at once, the better.
+[[nodiscard]] std::vector<CheckedPhoto> checkPhotos(const TVQiPhotoDatabase& database,
+                                                    std::span<const Ref<ImageRecRef>> photos,
+                                                    NamedFiles& named);
 
 }  // namespace mrziphoto::tool

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -21,8 +22,8 @@ constexpr std::size_t kLongestBar = 30;
 constexpr std::size_t kShortestBar = 5;
 constexpr std::size_t kUsualWidth = 80;
 
-// There is one terminal.
-bool isLineShown = false;
+// There is one terminal, and lines of the log come from any thread.
+std::atomic<bool> isLineShown = false;
 
 void write(std::string_view text) {
   std::fwrite(text.data(), 1, text.size(), stderr);
@@ -93,9 +94,8 @@ void Progress::show(std::size_t done, std::size_t total) {
 }
 
 void Progress::makeRoom() {
-  if (isLineShown) {
+  if (isLineShown.exchange(false)) {
     write(kEraseLine);
-    isLineShown = false;
   }
 }
 

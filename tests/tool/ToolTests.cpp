@@ -127,6 +127,24 @@ TEST(Tool, ListsALibrary) {
                           "\n");
 }
 
+TEST(Tool, TellsOfTheThumbnailCache) {
+  const TemporaryFolder folder;
+  const struct {
+    std::string version;
+    std::string file;
+  } cases[] = {{"50", "Thumb64.data"}, {"51", "Thumb64Segment.data"}};
+  for (const auto& [version, file] : cases) {
+    const std::string library = folder / version;
+    ASSERT_EQ(runTool({"sample", library, "--library-version", version, "--photos", "2"}).status,
+              0);
+    const std::string answer = runTool({"info", library, "--format", "json"}).out;
+    EXPECT_NE(answer.find("\"thumbnailCache\":{\"file\":\"" + library + "/" + file +
+                          R"(","numberOfItems":2,"itemSize":16384}})"),
+              std::string::npos)
+        << answer;
+  }
+}
+
 TEST(Tool, SaysInOneSentenceWhatIsWrong) {
   const SmallLibrary library;
   const TemporaryFolder other;
@@ -158,6 +176,9 @@ TEST(Tool, SaysInOneSentenceWhatIsWrong) {
       {{"get", root, "7"}, 2, "NAME"},
       {{"get", root, "7", "bogus"}, 2, "'bogus'"},
       {{"thumbnail", root, "7"}, 2, "--output"},
+      {{"contact-sheet", root}, 2, "--output"},
+      {{"contact-sheet", root, "-o", "x", "--size", "8"}, 2, "8"},
+      {{"check", root, "--album", "5"}, 2, "--album"},
       {{"info", other / "missing"}, 1, other / "missing"},
       {{"info", other / "file"}, 1, other / "file"},
       {{"info", other.path()}, 1, other.path()},
@@ -198,8 +219,11 @@ TEST(Tool, FindsTheLibraryHoweverItIsNamed) {
     const ToolResult result = runTool(words);
     EXPECT_EQ(result.out, "key  7\n") << result.err;
   }
-  EXPECT_NE(runTool({"info", "77", "--format", "json"}).out.find("\"directory\":\"/"),
-            std::string::npos);
+  const EnvironmentVariable relativeHome("HOME", ".");
+  for (const Words& words :
+       {Words{"info", "77", "--format", "json"}, {"info", "--format", "json"}}) {
+    EXPECT_NE(runTool(words).out.find("\"directory\":\"/"), std::string::npos);
+  }
   std::filesystem::current_path(before);
 }
 
@@ -311,8 +335,9 @@ TEST(Tool, AnswersTheFieldsThatItsPageTells) {
 TEST(Tool, ExplainsEveryCommand) {
   const ToolResult help = runTool({"--help"});
   EXPECT_EQ(help.status, 0);
-  for (const char* command : {"info", "photos", "rolls", "albums", "keywords", "photo", "get",
-                              "thumbnail", "dump", "archive", "sample"}) {
+  for (const char* command :
+       {"info", "photos", "rolls", "albums", "keywords", "photo", "get", "thumbnail",
+        "contact-sheet", "check", "dump", "watch", "archive", "sample"}) {
     EXPECT_NE(help.out.find("\n  " + std::string(command) + " "), std::string::npos) << help.out;
     const ToolResult one = runTool({command, "-h"});
     EXPECT_EQ(one.status, 0);

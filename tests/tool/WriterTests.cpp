@@ -10,6 +10,7 @@
 
 #include "tool/JsonText.h"
 #include "tool/Output.h"
+#include "tool/Progress.h"
 #include "tool/RecordWriter.h"
 #include "tool/TerminalText.h"
 #include "tool/Values.h"
@@ -144,6 +145,27 @@ TEST(TerminalText, StaysInItsColumnsAndSteersNothing) {
   EXPECT_EQ(cutToWidth("Smørrebrød", 10), "Smørrebrød");
   EXPECT_EQ(cutToWidth("Smørrebrød", 6), "Smørr…");
   EXPECT_EQ(cutToWidth("東京タワー", 6), "東京…");
+}
+
+TEST(Progress, SaysHowFarWorkIsAndHowLongItTakes) {
+  using std::chrono::duration;
+  const struct {
+    std::size_t done;
+    std::size_t total;
+    double elapsed;
+    std::size_t width;
+    std::string line;
+  } cases[] = {
+      {50, 200, 2, 72, "Checking  [#####...............]  25 %  50 of 200  25 a second  6 s left"},
+      {200, 200, 0, 200,
+       "Checking  [##############################]  100 %  200 of 200  200000000000 a second  "
+       "0 s left"},
+      {1, 1000, 1, 56, "Checking  0 %  1 of 1000  1 a second  17 min left"},
+      {1, 1'000'000, 1, 10, "Checking …"},
+  };
+  for (const auto& [done, total, elapsed, width, line] : cases) {
+    EXPECT_EQ(progressLine("Checking", done, total, duration<double>(elapsed), width), line);
+  }
 }
 
 }  // namespace

@@ -1,0 +1,315 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+#include <MRZiPhoto/platform/NSImage.h>
+
+#include "sample/SampleLibrary.h"
+#include "support/RunTool.h"
+#include "support/TemporaryFolder.h"
+#include "tool/ContactSheet.h"
+#include "tool/Failure.h"
+
+namespace mrziphoto {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kFirstRoll = "2003/Roll 1/";
+
+/// A made-up library of 24 photos, 5 of them edited, that a test may damage.
+class Sample {
+  TemporaryFolder _folder;
+
+ public:
+  explicit Sample(std::int32_t version) {
+    SampleOptions options;
+    options.folder = root;
+    options.libraryVersion = version;
+    writeSampleLibrary(options);
+  }
+
+  const std::string root = _folder / "library";
+  [[nodiscard]] std::string operator/(const std::string& name) const { return root + "/" + name; }
+  [[nodiscard]] std::string outside(const std::string& name) const { return _folder / name; }
+  void write(const std::string& name, const std::string& bytes) const {
+    _folder.write("library/" + name, bytes);
+  }
+  void remove(const std::vector<std::string>& names) const {
+    for (const std::string& name : names) {
+      EXPECT_GT(fs::remove_all(*this / name), 0U) << name;
+    }
+  }
+};
+
+std::string lastLineOf(const std::string& text) {
+  const std::size_t end = text.empty() ? 0 : text.size() - 1;
+  const std::size_t before = text.rfind('\n', end == 0 ? 0 : end - 1);
+  return text.substr(before == std::string::npos ? 0 : before + 1);
+}
+
+std::string contents(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+#define SKIP_WITHOUT_IMAGES()                        \
+  if (!NSImage::isSupported()) {                     \
+    GTEST_SKIP() << "This build reads no pictures."; \
+  }
+
+TEST(Check, FindsNothingWrongWithAWholeLibrary) {
+  SKIP_WITHOUT_IMAGES();
+  for (const std::int32_t version : {20, 40, 60, 150, 200}) {
+    const Sample library(version);
+    // Generations spell the paths of a library that was reached by a link in different ways.
+    fs::create_directory_symlink(library.root, library.outside("link"));
+    for (const std::string& folder : {library.root, library.outside("link")}) {
+      const ToolResult result = runTool({"check", folder, "--quiet"});
+      EXPECT_EQ(result.out,
+                "24 photos: 24 images = 24 there + 0 missing + 0 unreadable; "
+                "5 originals = 5 there + 0 missing + 0 unreadable; "
+                "24 thumbnails = 24 there + 0 missing + 0 unreadable "
+                "(0 of these in the thumbnail cache); 0 files that no photo names\n")
+          << version;
+      EXPECT_EQ(result.err, "");
+      EXPECT_EQ(result.status, 0);
+    }
+  }
+}
+
+TEST(Check, TellsWhatIsWrong) {
+  SKIP_WITHOUT_IMAGES();
+  const Sample library(60);
+  // Macs find this one under its name, too; others are files that no person put there.
+  fs::rename(library / ("Originals/" + kFirstRoll + "IMG_0001.JPG"),
+             library / ("Originals/" + kFirstRoll + "img_0001.jpg"));
+  library.write("Originals/.DS_Store", "x");
+  library.write("Data/" + kFirstRoll + "102.attr", "x");
+
+  library.remove({"Originals/" + kFirstRoll + "IMG_0002.JPG",          // the image of photo 103
+                  "Originals/" + kFirstRoll + "At the lake 0004.jpg",  // the original of photo 105
+                  "Data/" + kFirstRoll + "DSC00003.jpg"});             // the thumbnail of photo 104
+  fs::resize_file(library / ("Data/" + kFirstRoll + "IMG_0005.jpg"), 100);  // that of photo 106
+  library.write("Modified/2003/stray.jpg", "x");
+  library.write("stray.jpg", "beside the catalogue nothing is looked for");
+  const std::string counts =
+      "24 photos: 24 images = 23 there + 1 missing + 0 unreadable; "
+      "5 originals = 4 there + 1 missing + 0 unreadable; "
+      "24 thumbnails = 22 there + 1 missing + 1 unreadable "
+      "(2 of these in the thumbnail cache); 1 file that no photo names\n";
+
+  const ToolResult table = runTool({"check", library.root, "--quiet"});
+  EXPECT_EQ(table.status, 1);
+  EXPECT_EQ(table.err,
+            "mrziphoto: the library '" + library.root + "' lacks, or cannot read, 4 files\n");
+  EXPECT_EQ(table.out,
+            "key  file       state                 path\n"
+            "103  image      missing               " +
+                library.root + "/Originals/2003/Roll 1/IMG_0002.JPG\n" +
+                "104  thumbnail  missing, in cache     " + library.root +
+                "/Data/2003/Roll 1/DSC00003.jpg\n" + "105  original   missing               " +
+                library.root + "/Originals/2003/Roll 1/At the lake 0004.jpg\n" +
+                "106  thumbnail  unreadable, in cache  " + library.root +
+                "/Data/2003/Roll 1/IMG_0005.jpg\n" + "                unnamed               " +
+                library.root + "/Modified/2003/stray.jpg\n" + counts);
+  const ToolResult all = runTool({"check", library.root, "--quiet", "--all"});
+  EXPECT_EQ(std::ranges::count(all.out, '\n'), 1 + 24 + 5 + 24 + 1 + 1);
+  EXPECT_EQ(lastLineOf(all.out), counts);
+
+  const ToolResult records = runTool({"check", library.root, "--quiet", "--format", "jsonl"});
+  EXPECT_EQ(records.status, 1);
+  EXPECT_EQ(std::ranges::count(records.out, '\n'), 24 + 1 + 1);
+  EXPECT_NE(records.out.find(R"({"record":"photo","key":104,"image":"there","original":null,)"
+                             R"("thumbnail":"missing","thumbnailInCache":true,"imagePath":")"),
+            std::string::npos)
+      << records.out;
+  EXPECT_NE(lastLineOf(records.out)
+                .find(R"("counts":{"photos":24,"images":{"checked":24,"there":23,"missing":1,)"
+                      R"("unreadable":0},"originals":{"checked":5,"there":4,"missing":1,)"
+                      R"("unreadable":0},"thumbnails":{"checked":24,"there":22,"missing":1,)"
+                      R"("unreadable":1},"thumbnailsInCache":2,"unnamedFiles":1})"),
+            std::string::npos)
+      << records.out;
+}
+
+/// Bytes of the first thumbnail in the cache, that of photo 102: alpha is their last.
+struct FirstSlot {
+  static constexpr std::size_t kOffset = 4096;
+  static constexpr std::size_t kSize = 64 * 64 * 4;
+
+  std::string bytes;
+};
+
+FirstSlot changedFirstSlot(const std::string& file) {
+  std::string all = contents(file);
+  // Half transparent, which a picture with multiplied colours would show darker.
+  all.replace(FirstSlot::kOffset, 4, "\x10\x20\x80\x40");
+  std::ofstream(file, std::ios::binary) << all;
+  return {all.substr(FirstSlot::kOffset, FirstSlot::kSize)};
+}
+
+TEST(Thumbnail, WritesWhatTheCacheHolds) {
+  SKIP_WITHOUT_IMAGES();
+  const Sample library(60);
+  const std::string png = library.outside("thumbnail.png");
+  EXPECT_EQ(runTool({"thumbnail", library.root, "102", "-o", png, "--quiet"}).status, 0);
+  const NSSize size = NSImage::initByReferencingFile(png)->size();
+  EXPECT_EQ(size.width, 240);
+  EXPECT_EQ(size.height, 180);
+
+  library.remove({"Data"});
+  const FirstSlot slot = changedFirstSlot(library / "Thumb64Segment.data");
+  EXPECT_EQ(runTool({"thumbnail", library.root, "102", "-o", png, "--quiet"}).status, 0);
+  const Ref<NSBitmapImageRep> bitmap = NSImage::initByReferencingFile(png)->bitmap();
+  ASSERT_TRUE(bitmap);
+  ASSERT_EQ(bitmap->bitmapData().size(), FirstSlot::kSize);
+  for (std::size_t i = 0; i < FirstSlot::kSize; ++i) {
+    // A slot's pixel has its last byte in front: green, blue, alpha, red become red, green, blue.
+    const std::size_t from = i % 4 == 0 ? i + 3 : i - 1;
+    ASSERT_EQ(bitmap->bitmapData()[i], static_cast<std::uint8_t>(slot.bytes[from])) << i;
+  }
+}
+
+TEST(PictureCommands, WriteNothingWhereTheyFail) {
+  const Sample library(200);
+  if (!NSImage::isSupported()) {
+    const std::vector<std::vector<std::string>> commands{
+        {"check", library.root},
+        {"contact-sheet", library.root, "-o", library.outside("x")},
+        {"thumbnail", library.root, "102", "-o", library.outside("x")}};
+    for (const std::vector<std::string>& words : commands) {
+      const ToolResult result = runTool(words);
+      EXPECT_EQ(result.status, 1);
+      EXPECT_NE(result.err.find("built without images"), std::string::npos) << result.err;
+    }
+    return;
+  }
+  const Sample empty(15);
+  library.remove({"Data", "Thumb64Segment.data"});
+  const std::string existing = library.outside("existing");
+  std::ofstream(existing) << "stays";
+  const struct {
+    std::vector<std::string> words;
+    std::string named;
+  } cases[] = {
+      {{"thumbnail", library.root, "102", "-o", existing}, "photo 102"},
+      {{"thumbnail", library.root, "99", "-o", existing}, "key 99"},
+      {{"contact-sheet", empty.root, "-o", existing}, empty.root},
+      {{"contact-sheet", library.root, "--album", "Nobody", "-o", existing}, "'Nobody'"},
+      {{"contact-sheet", library.root, "-o", library.outside("none/x.jpg")}, "none/x.jpg"},
+      {{"contact-sheet", library.root, "-o", library.outside("")}, "directory"},
+      {{"contact-sheet", library.root, "-o", "/dev/full"}, "/dev/full"},
+  };
+  for (const auto& [words, named] : cases) {
+    const ToolResult result = runTool(words);
+    EXPECT_EQ(result.status, 1) << named;
+    EXPECT_NE(lastLineOf(result.err).find(named), std::string::npos) << result.err;
+    EXPECT_TRUE(lastLineOf(result.err).starts_with("mrziphoto: ")) << result.err;
+  }
+  EXPECT_EQ(contents(existing), "stays");
+  // Nor is anything left over beside it.
+  EXPECT_EQ(std::distance(fs::directory_iterator(library.outside("")), {}), 2);
+}
+
+using Colour = std::array<double, 3>;
+
+/// The mean colour, on white, of a part of a picture.
+Colour meanOf(const NSBitmapImageRep& bitmap, std::size_t left, std::size_t top, std::size_t width,
+              std::size_t height) {
+  Colour sum{};
+  for (std::size_t y = top; y < top + height; ++y) {
+    for (std::size_t x = left; x < left + width; ++x) {
+      const auto pixel = bitmap.bitmapData().subspan(y * bitmap.bytesPerRow() + x * 4, 4);
+      for (std::size_t i = 0; i < sum.size(); ++i) {
+        sum[i] += 255 - (255.0 - pixel[i]) * pixel[3] / 255;
+      }
+    }
+  }
+  for (double& sample : sum) {
+    sample /= static_cast<double>(width * height);
+  }
+  return sum;
+}
+
+TEST(ContactSheet, ShowsALibraryWhosePictureFoldersAreGone) {
+  SKIP_WITHOUT_IMAGES();
+  const Sample library(200);
+  library.remove({"Originals", "Modified", "Data"});
+  const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(library.root);
+  const std::string sheet = library.outside("sheet.jpg");
+  // Cells of 80 pixels with a margin of 5.
+  const std::vector<std::string> words{
+      "contact-sheet", library.root, "-o", sheet, "--columns", "7", "--size", "80", "--quiet"};
+  const ToolResult result = runTool(words);
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_TRUE(contents(sheet).starts_with("\xFF\xD8\xFF"));
+  const Ref<NSBitmapImageRep> drawn = NSImage::initByReferencingFile(sheet)->bitmap();
+  ASSERT_TRUE(drawn);
+  EXPECT_EQ(drawn->pixelsWide(), 7 * 80U);
+  EXPECT_EQ(drawn->pixelsHigh(), 4 * 80U);
+  constexpr double kLittle = 7;  // digits are drawn again, and JPEG is not exact
+  std::size_t cell = 0;
+  for (const Ref<ImageRecRef>& photo : database->photos()) {
+    const Ref<NSBitmapImageRep> slot = database->cacheThumbnailForKey(photo->key());
+    const Colour expected = meanOf(*slot, 0, 0, 64, 64);
+    const Colour found = meanOf(*drawn, cell % 7 * 80 + 5, cell / 7 * 80 + 5, 70, 70);
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      EXPECT_NEAR(found[i], expected[i], kLittle) << photo->keyStringValue();
+    }
+    ++cell;
+  }
+  EXPECT_NEAR(meanOf(*drawn, 4 * 80, 3 * 80, 80, 80)[0], 255, kLittle) << "behind the last photo";
+
+  library.remove({"Thumb64Segment.data"});
+  const ToolResult grey = runTool(words);
+  EXPECT_EQ(grey.status, 0);
+  EXPECT_NE(grey.err.find("24 of 24 photos have no thumbnail"), std::string::npos) << grey.err;
+  EXPECT_NEAR(meanOf(*NSImage::initByReferencingFile(sheet)->bitmap(), 5, 5, 70, 70)[0], 200,
+              kLittle);
+}
+
+TEST(ContactSheet, FitsIntoAJpegPicture) {
+  const struct {
+    std::size_t photos;
+    std::optional<std::uint32_t> columns;
+    std::uint32_t cell;
+    std::size_t width;
+    std::size_t height;
+    std::string failure;
+  } cases[] = {
+      {1, {}, 128, 128, 128, ""},
+      {24, {}, 128, 5 * 128, 5 * 128, ""},
+      {24, 6, 100, 600, 400, ""},
+      {3, 6, 100, 300, 100, ""},
+      {8000, {}, 128, 16 * 128, 500 * 128, ""},
+      {20'000, {}, 128, 40 * 128, 500 * 128, ""},
+      {20'000, 20, 128, 0, 0, "at least 40 with --columns"},
+      {20'000, 5000, 128, 0, 0, "at most 511 with --columns"},
+      {1'000'000, {}, 128, 0, 0, "at most 65 with --size"},
+  };
+  for (const auto& [photos, columns, cell, width, height, failure] : cases) {
+    try {
+      const auto layout = tool::SheetLayout::of(photos, columns, cell);
+      EXPECT_EQ(layout.width(), width) << photos;
+      EXPECT_EQ(layout.height(), height) << photos;
+      EXPECT_EQ(failure, "");
+    } catch (const tool::Failure& thrown) {
+      EXPECT_NE(failure, "") << thrown.what();
+      EXPECT_NE(std::string(thrown.what()).find(failure), std::string::npos) << thrown.what();
+    }
+  }
+}
+
+}  // namespace
+}  // namespace mrziphoto

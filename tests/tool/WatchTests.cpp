@@ -1,0 +1,111 @@
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <sys/wait.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "sample/SampleLibrary.h"
+#include "support/TemporaryFolder.h"
+
+namespace mrziphoto {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// `mrziphoto watch` at work on a library, its answers at the other end of a pipe.
+class Watcher {
+ public:
+  explicit Watcher(const std::string& library) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(pipe(ends.data()), 0);
+    _process = fork();
+    if (_process == 0) {
+      dup2(ends[1], STDOUT_FILENO);
+      close(ends[0]);
+      close(ends[1]);
+      execl(MRZIPHOTO_TOOL, MRZIPHOTO_TOOL, "watch", library.c_str(), "--quiet", "--format",
+            "jsonl", nullptr);
+      _exit(127);
+    }
+    close(ends[1]);
+    _answers.reset(fdopen(ends[0], "r"));
+  }
+  ~Watcher() {
+    if (_process > 0) {
+      kill(_process, SIGKILL);
+      waitpid(_process, nullptr, 0);
+    }
+  }
+  Watcher(const Watcher&) = delete;
+  Watcher& operator=(const Watcher&) = delete;
+
+  /// Waits until the library was loaded and its folder is listened to; false when the program ended
+  /// before that.
+  [[nodiscard]] bool isListening() const {
+    const std::string descriptors = "/proc/" + std::to_string(_process) + "/fd";
+    while (waitpid(_process, nullptr, WNOHANG) == 0) {
+      std::error_code gone;
+      for (const auto& entry : fs::directory_iterator(descriptors, gone)) {
+        if (fs::read_symlink(entry.path(), gone).string().find("inotify") != std::string::npos) {
+          return true;
+        }
+      }
+      std::this_thread::yield();
+    }
+    return false;
+  }
+  /// The next line; empty when there is none any more.
+  [[nodiscard]] std::string line() const {
+    std::array<char, 1000> text{};
+    return std::fgets(text.data(), static_cast<int>(text.size()), _answers.get()) != nullptr
+               ? text.data()
+               : "";
+  }
+  /// Interrupts the program; answers its exit status, -1 when it did not exit by itself.
+  [[nodiscard]] int interrupt() {
+    int status = 0;
+    kill(_process, SIGINT);
+    waitpid(_process, &status, 0);
+    _process = 0;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+ private:
+  struct Closer {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+  pid_t _process = 0;
+  std::unique_ptr<std::FILE, Closer> _answers;
+};
+
+TEST(Watch, TellsTheCountsOfARewrittenLibrary) {
+  const TemporaryFolder folder;
+  SampleOptions options;
+  options.images = false;
+  for (const std::uint32_t photos : {7U, 30U}) {
+    options.folder = folder / std::to_string(photos);
+    options.photos = photos;
+    writeSampleLibrary(options);
+  }
+  Watcher watcher(folder / "7");
+  ASSERT_TRUE(watcher.isListening());
+  fs::copy(folder / "30", folder / "7",
+           fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+  // A library that is seen half-written may be told as well, but not last.
+  std::string line = watcher.line();
+  while (!line.empty() && line.find("\"photos\":30,") == std::string::npos) {
+    line = watcher.line();
+  }
+  EXPECT_NE(line, "") << "the program ended without telling of the change";
+  EXPECT_EQ(watcher.interrupt(), 0);
+}
+
+}  // namespace
+}  // namespace mrziphoto
