@@ -27,9 +27,6 @@ constexpr std::size_t kYearDigits = 4;
 constexpr std::array<std::string_view, 3> kSystemFiles{"Icon\r", "Thumbs.db", "desktop.ini"};
 constexpr std::string_view kStoreExtension = "attr";
 
-// Longer ones lead nowhere.
-constexpr std::size_t kLongestPath = 4096;
-
 bool isNumber(std::string_view name) {
   return !name.empty() && std::ranges::all_of(name, text::isDigit);
 }
@@ -61,9 +58,9 @@ class Hash {
   std::uint64_t _value;
 };
 
-std::uint64_t identityOfFolder(std::string_view realPath) {
+std::uint64_t identityOf(std::string_view path) {
   Hash hash(0);
-  std::ranges::for_each(realPath, [&](char c) { hash.add(c); });
+  std::ranges::for_each(path, [&](char c) { hash.add(c); });
   return hash.value();
 }
 
@@ -92,40 +89,47 @@ NamedFiles::NamedFiles(const std::string& library)
   }
 }
 
-const NamedFiles::Folder& NamedFiles::folderOf(std::string_view path) {
-  const std::size_t slash = path.rfind('/');
-  const std::string folder(path.substr(0, slash == std::string_view::npos ? 0 : slash));
-  const auto known = _folders.find(folder);
+NamedFiles::Folder NamedFiles::folderOf(std::string_view path) {
+  const std::string_view folder = path.substr(0, path.size() - lastName(path).size());
+  const std::uint64_t number = identityOf(folder);
+  const auto known = _folders.find(number);
   if (known != _folders.end()) {
     return known->second;
   }
-  const Folder found = look(folder);
-  if (found.exists && found.realPath.starts_with(_realLibrary + '/')) {
-    const std::string inside = found.realPath.substr(_realLibrary.size() + 1);
+  const std::optional<std::string> real = findFolder(path::standardized(folder));
+  if (real && real->starts_with(_realLibrary + '/')) {
+    const std::string inside = real->substr(_realLibrary.size() + 1);
     if (const std::string name = inside.substr(0, inside.find('/')); name != kMadePictures) {
       _pictureFolders.insert(name);
     }
   }
-  return _folders.emplace(folder, found).first->second;
+  const Folder found{identityOf(real ? *real : folder), real.has_value()};
+  _folders.emplace(number, found);
+  return found;
 }
 
-/// Asks no more than whether the last name of the path is a link when the rest of it is known.
-NamedFiles::Folder NamedFiles::look(const std::string& path) {
-  if (path.empty()) {
-    return {"/", identityOfFolder("/"), true};
+/// The folder's real path; nothing when there is no such folder. Of a folder that is no link, it is
+/// told by that of the folder around it.
+std::optional<std::string> NamedFiles::findFolder(const std::string& folder) {
+  const std::optional<std::string> place = FileManager::locate(folder);
+  if (place && FileManager::fileType(*place) == FileType::folder) {
+    return path::join(realPathOfParent(folder), lastName(*place));
   }
-  const auto place = path.size() < kLongestPath ? FileManager::locate(path) : std::nullopt;
-  if (!place) {
-    return {path, identityOfFolder(path), false};
-  }
-  const bool isNoLink = FileManager::fileType(*place) == FileType::folder;
-  const std::string real = isNoLink ? path::join(folderOf(path).realPath, lastName(*place))
-                                    : path::resolvingSymlinks(*place);
-  return {real, identityOfFolder(real), isNoLink || FileManager::isFolder(real)};
+  return place && FileManager::isFolder(*place) ? std::optional(path::resolvingSymlinks(*place))
+                                                : std::nullopt;
 }
 
-void NamedFiles::add(const std::string& path) {
-  _files.push_back(identityOfFile(folderOf(path).identity, lastName(path)));
+const std::string& NamedFiles::realPathOfParent(const std::string& folder) {
+  const std::string parent = path::withoutLastComponent(folder);
+  const auto known = _realPaths.find(parent);
+  return known != _realPaths.end() ? known->second
+                                   : _realPaths.emplace(parent, realPathOf(parent)).first->second;
+}
+
+bool NamedFiles::add(const std::string& path) {
+  const Folder folder = folderOf(path);
+  _files.push_back(identityOfFile(folder.identity, lastName(path)));
+  return folder.exists;
 }
 
 void NamedFiles::forEachUnnamed(const std::function<void(const std::string& path)>& use) {
@@ -149,7 +153,7 @@ void NamedFiles::searchFolder(const std::string& path,
   while (!folders.empty()) {
     const Found folder = std::move(folders.back());
     folders.pop_back();
-    const std::uint64_t identity = identityOfFolder(folder.realPath);
+    const std::uint64_t identity = identityOf(folder.realPath);
     std::vector<Found> subfolders;
     std::vector<std::string> unnamed;
     for (const auto& [name, type] : DirectoryEnumerator(folder.path)) {

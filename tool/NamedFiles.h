@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -13,14 +14,15 @@ namespace mrziphoto::tool {
 
 /// The files that the photos of a library name, and the search for those that none names.
 ///
-/// Eight bytes a file are kept. Names count as one when a Mac file system takes them for the same.
+/// Eight bytes a file are kept, and little for each folder. Names count as one when a Mac file
+/// system takes them for the same.
 class NamedFiles {
  public:
   /// `library` is the library's folder.
   explicit NamedFiles(const std::string& library);
 
-  /// A file that a photo names; it need not exist.
-  void add(const std::string& path);
+  /// A file that a photo names; it need not exist. False when not even its folder does.
+  bool add(const std::string& path);
   /// True when there is a folder of the file at that path.
   [[nodiscard]] bool hasFolderOf(const std::string& path) { return folderOf(path).exists; }
 
@@ -32,20 +34,22 @@ class NamedFiles {
 
  private:
   struct Folder {
-    std::string realPath;
     std::uint64_t identity;
     bool exists;
   };
 
-  const Folder& folderOf(std::string_view path);
-  [[nodiscard]] Folder look(const std::string& path);
+  Folder folderOf(std::string_view path);
+  const std::string& realPathOfParent(const std::string& folder);
+  [[nodiscard]] std::optional<std::string> findFolder(const std::string& folder);
   void searchFolder(const std::string& path,
                     const std::function<void(const std::string& path)>& use) const;
 
   std::string _library;
   std::string _realLibrary;
-  // By the path as photos spell it: there are far fewer folders than photos.
-  std::unordered_map<std::string, Folder> _folders;
+  // By a number that is made from the path as photos spell it.
+  std::unordered_map<std::uint64_t, Folder> _folders;
+  // Real paths of the folders around those, by the path as photos spell it: there are few.
+  std::unordered_map<std::string, std::string> _realPaths;
   // Names of folders directly in the library's.
   std::set<std::string> _pictureFolders;
   std::vector<std::uint64_t> _files;

@@ -38,12 +38,10 @@ FileState stateOf(const std::string& path) {
   return isOther && FileManager::isFile(path) ? FileState::there : FileState::unreadable;
 }
 
-/// A file that has yet to be looked at.
+/// A file that has yet to be looked at, where that makes sense.
 CheckedFile fileAt(const std::optional<std::string>& path, NamedFiles& named) {
-  if (path) {
-    named.add(*path);
-  }
-  return {path, FileState::missing};
+  const bool hasFolder = path && named.add(*path);
+  return {.path = path, .state = FileState::missing, .isOpen = hasFolder};
 }
 
 /// Where the catalogue names no original, the photo was most likely not edited, and yet its
@@ -63,7 +61,7 @@ CheckedFile originalOf(const ImageRecRef& photo, const std::optional<std::string
 }
 
 void lookAt(CheckedFile& file) {
-  if (!file.path || !file.state) {
+  if (!file.isOpen) {
     return;
   }
   file.state = stateOf(*file.path);
@@ -130,7 +128,7 @@ std::size_t CheckCounts::wrong() const {
 
 std::vector<CheckedPhoto> checkPhotos(const TVQiPhotoDatabase& database,
                                       std::span<const Ref<ImageRecRef>> photos, NamedFiles& named) {
-  const CheckedFile none{std::nullopt, FileState::missing};
+  const CheckedFile none{.path = {}, .state = FileState::missing};
   std::vector<CheckedPhoto> result;
   result.reserve(photos.size());
   for (const Ref<ImageRecRef>& photo : photos) {

@@ -42,6 +42,8 @@ struct CheckedFile {
   std::optional<std::string> path;
   /// Nothing when the photo has no such file of its own.
   std::optional<FileState> state;
+  /// The state is still to be told by looking at the file.
+  bool isOpen = false;
   /// Nothing says that there should be a file, other than that it may be there.
   bool mayBeAbsent = false;
 
