@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
@@ -196,22 +197,34 @@ class TableReport {
 
 constexpr std::size_t kPhotosAtOnce = 1024;
 
+/// Checks the photos and calls `use` for each of them, in order.
+template <class Use>
+void forEachChecked(const TVQiPhotoDatabase& database, NamedFiles& named, Use&& use) {
+  const List<ImageRecRef> list = database.photos();
+  std::span<const Ref<ImageRecRef>> rest(list.begin(), list.end());
+  const auto begin = [&] {
+    const auto some = rest.first(std::min(kPhotosAtOnce, rest.size()));
+    rest = rest.subspan(some.size());
+    return std::make_unique<PhotoCheck>(some, named);
+  };
+  for (std::unique_ptr<PhotoCheck> current = begin(); current;) {
+    std::unique_ptr<PhotoCheck> next = rest.empty() ? nullptr : begin();
+    std::ranges::for_each(current->finish(database), use);
+    current = std::move(next);
+  }
+}
+
 template <class Report>
 CheckCounts checkLibrary(const TVQiPhotoDatabase& database, Report&& report) {
   NamedFiles named(database.directory());
   CheckCounts counts;
   Progress progress("Checking");
-  const List<ImageRecRef> list = database.photos();
-  const std::span<const Ref<ImageRecRef>> photos(list.begin(), list.end());
-  while (counts.photos < photos.size()) {
-    const std::size_t count = std::min(kPhotosAtOnce, photos.size() - counts.photos);
-    for (const CheckedPhoto& checked :
-         checkPhotos(database, photos.subspan(counts.photos, count), named)) {
-      counts.add(checked);
-      report.photo(checked);
-    }
-    progress.show(counts.photos, photos.size());
-  }
+  const std::size_t total = database.photos().size();
+  forEachChecked(database, named, [&](const CheckedPhoto& checked) {
+    counts.add(checked);
+    report.photo(checked);
+    progress.show(counts.photos, total);
+  });
   named.forEachUnnamed([&](const std::string& path) {
     ++counts.unnamedFiles;
     report.unnamed(path);

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <functional>
-#include <future>
 #include <numeric>
+#include <utility>
 
 #include <MRZiPhoto/platform/FileManager.h>
 #include <MRZiPhoto/platform/NSException.h>
@@ -23,6 +23,9 @@ constexpr std::array<std::string_view, 44> kOtherMedia{
     "mp4",  "mpeg", "mpg", "mrw", "mts", "nef", "nrw",  "orf", "pct", "pdf", "pef",
     "pict", "psd",  "raf", "raw", "rw2", "sr2", "srf",  "srw", "tga", "wmv", "x3f"};
 static_assert(std::ranges::is_sorted(kOtherMedia));
+
+// More than there are processors in some machines: what takes long is waiting for a disk.
+constexpr std::size_t kThreads = 4;
 
 FileState stateOf(const std::string& path) {
   const Ref<NSImage> image = NSImage::initByReferencingFile(path);
@@ -76,21 +79,6 @@ void lookAtFiles(std::span<CheckedPhoto> photos) {
   }
 }
 
-void lookAtFilesTogether(std::span<CheckedPhoto> photos) {
-  // More than most machines have processors: what takes long is waiting for a disk.
-  constexpr std::size_t kThreads = 4;
-  const std::size_t share = photos.size() / kThreads + 1;
-  // Where there can be no thread, the work is done when its end is waited for.
-  constexpr auto kThreadOrLater = std::launch::async | std::launch::deferred;
-  std::vector<std::future<void>> others;
-  while (photos.size() > share) {
-    others.push_back(std::async(kThreadOrLater, lookAtFiles, photos.first(share)));
-    photos = photos.subspan(share);
-  }
-  lookAtFiles(photos);
-  std::ranges::for_each(others, &std::future<void>::get);
-}
-
 bool isInCache(const TVQiPhotoDatabase& database, const ImageRecRef& photo) {
   return database.cacheThumbnailForKey(photo.key()) != nullptr;
 }
@@ -126,13 +114,11 @@ std::size_t CheckCounts::wrong() const {
                                std::mem_fn(&FileCounts::wrong));
 }
 
-std::vector<CheckedPhoto> checkPhotos(const TVQiPhotoDatabase& database,
-                                      std::span<const Ref<ImageRecRef>> photos, NamedFiles& named) {
+PhotoCheck::PhotoCheck(std::span<const Ref<ImageRecRef>> photos, NamedFiles& named) {
   const CheckedFile none{.path = {}, .state = FileState::missing};
-  std::vector<CheckedPhoto> result;
-  result.reserve(photos.size());
+  _photos.reserve(photos.size());
   for (const Ref<ImageRecRef>& photo : photos) {
-    CheckedPhoto& checked = result.emplace_back(CheckedPhoto{photo, {none, {}, none}, {}});
+    CheckedPhoto& checked = _photos.emplace_back(CheckedPhoto{photo, {none, {}, none}, {}});
     CheckedFile& image = checked.file(PhotoFile::image);
     image = orWithoutKey([&] { return fileAt(photo->imagePath(), named); }, none);
     checked.file(PhotoFile::original) =
@@ -140,13 +126,24 @@ std::vector<CheckedPhoto> checkPhotos(const TVQiPhotoDatabase& database,
     checked.file(PhotoFile::thumbnail) =
         orWithoutKey([&] { return fileAt(photo->thumbnailPath(), named); }, none);
   }
-  lookAtFilesTogether(result);
-  for (CheckedPhoto& checked : result) {
+  const std::size_t share = _photos.size() / kThreads + 1;
+  // Where there can be no thread, the work is done when its end is waited for.
+  constexpr auto kThreadOrLater = std::launch::async | std::launch::deferred;
+  for (std::span<CheckedPhoto> rest = _photos; !rest.empty();) {
+    const std::span<CheckedPhoto> part = rest.first(std::min(share, rest.size()));
+    _work.push_back(std::async(kThreadOrLater, lookAtFiles, part));
+    rest = rest.subspan(part.size());
+  }
+}
+
+std::span<const CheckedPhoto> PhotoCheck::finish(const TVQiPhotoDatabase& database) {
+  std::ranges::for_each(std::exchange(_work, {}), &std::future<void>::get);
+  for (CheckedPhoto& checked : _photos) {
     if (checked.file(PhotoFile::thumbnail).isWrong()) {
       checked.isInCache = orWithoutKey([&] { return isInCache(database, *checked.photo); }, false);
     }
   }
-  return result;
+  return _photos;
 }
 
 }  // namespace mrziphoto::tool

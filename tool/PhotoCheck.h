@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <future>
 #include <optional>
 #include <span>
 #include <string>
@@ -85,11 +86,21 @@ struct CheckCounts {
   [[nodiscard]] std::size_t wrong() const;
 };
 
-/// Looks at the files of photos, of each no more than tells that it is an image, and adds them to
-/// the named ones. That is waiting for the file system, most of the time, which several threads do
-/// together; the more photos at once, the better.
-[[nodiscard]] std::vector<CheckedPhoto> checkPhotos(const TVQiPhotoDatabase& database,
-                                                    std::span<const Ref<ImageRecRef>> photos,
-                                                    NamedFiles& named);
+/// A look at the files of some photos, of each file no more than tells that it is an image. That is
+/// mostly waiting for the file system, which threads of its own do: meanwhile the next photos can
+/// be begun with.
+class PhotoCheck {
+ public:
+  /// Begins, and adds the photos' files to the named ones.
+  PhotoCheck(std::span<const Ref<ImageRecRef>> photos, NamedFiles& named);
+
+  /// Waits for the end. Valid as long as this object.
+  [[nodiscard]] std::span<const CheckedPhoto> finish(const TVQiPhotoDatabase& database);
+
+ private:
+  std::vector<CheckedPhoto> _photos;
+  // Behind what the work is done on, so that its end is waited for first.
+  std::vector<std::future<void>> _work;
+};
 
 }  // namespace mrziphoto::tool
