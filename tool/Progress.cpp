@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cmath>
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -48,7 +49,7 @@ std::string roughTime(double seconds) {
                            [=](const Unit& each) { return seconds >= 2 * each.seconds; });
   // A time left of several hundred years is as good as any other.
   const double count = std::min(seconds / unit->seconds, 1e6);
-  return std::to_string(static_cast<std::size_t>(count + 0.5)) + unit->name;
+  return std::to_string(std::lround(count)) + unit->name;
 }
 
 }  // namespace

@@ -36,15 +36,11 @@ constexpr std::uint16_t kShutterSpeed = 0x9201;
 
 /// 35 tenths are "3.5".
 std::string decimal(const CameraSetting& setting) {
-  std::string digits = std::to_string(setting.numerator);
-  std::string fraction;
-  for (std::uint32_t rest = setting.denominator; rest > 1; rest /= 10) {
-    digits = digits.size() < 2 ? '0' + digits : digits;
-    fraction = digits.back() + fraction;
-    digits.pop_back();
-  }
+  const std::uint32_t unit = std::max(setting.denominator, 1U);
+  std::string fraction = std::to_string(unit + setting.numerator % unit).substr(1);
   fraction.erase(fraction.find_last_not_of('0') + 1);
-  return fraction.empty() ? digits : digits + '.' + fraction;
+  const std::string whole = std::to_string(setting.numerator / unit);
+  return fraction.empty() ? whole : whole + '.' + fraction;
 }
 
 const CameraSetting& settingOf(const sample::SamplePhoto& photo, std::uint16_t tag) {
