@@ -132,14 +132,14 @@ TEST(Tool, TellsOfTheThumbnailCache) {
   const struct {
     std::string version;
     std::string file;
-  } cases[] = {{"50", "Thumb64.data"}, {"51", "Thumb64Segment.data"}};
+  } cases[] = {{"50", "50/Thumb64.data"}, {"51", "51/Thumb64Segment.data"}};
   for (const auto& [version, file] : cases) {
     const std::string library = folder / version;
     ASSERT_EQ(runTool({"sample", library, "--library-version", version, "--photos", "2"}).status,
               0);
+    const std::string expected = R"("thumbnailCache":{"file":")" + (folder / file) +
+                                 R"(","numberOfItems":2,"itemSize":16384}})";
     const std::string answer = runTool({"info", library, "--format", "json"}).out;
-    std::string expected = R"("thumbnailCache":{"file":")";
-    expected += library + '/' + file + R"(","numberOfItems":2,"itemSize":16384}})";
     EXPECT_NE(answer.find(expected), std::string::npos) << answer;
   }
 }
