@@ -62,7 +62,7 @@ struct SamplePhoto {
   SampleCamera camera;
 };
 
-/// What a made-up library holds: every photo and roll is computed from the seed and its number
+/// What a made-up library holds: every photo and roll is computed from a seed and its number
 /// when it is asked for, so that the largest library needs no memory. All file writers draw on it,
 /// which is why libraries of all versions tell the same story.
 class SampleModel {
@@ -90,7 +90,7 @@ class SampleModel {
     }
   }
 
-  /// A number made of the seed, a word that says what it is for, and an index.
+  /// A number made of that seed, a word that says what it is for, and an index.
   [[nodiscard]] std::uint64_t chance(std::string_view purpose, std::uint32_t index) const;
 
  private:
