@@ -11,7 +11,8 @@ void PublishedAlbum::logNewerVersion(const Class& olderClass, const NSUnarchiver
     Album::logNewerVersion(olderClass, coder, version);
     return;
   }
-  log("%@ version %u isKeyed = %d", className(), version, NSUnarchiver::allowsKeyedCoding() ? 1 : 0);
+  log("%@ version %u isKeyed = %d", className(), version,
+      NSUnarchiver::allowsKeyedCoding() ? 1 : 0);
 }
 
 }  // namespace mrziphoto
