@@ -125,6 +125,7 @@ PhotoCheck::PhotoCheck(std::span<const Ref<ImageRecRef>> photos, NamedFiles& nam
         orWithoutKey([&] { return originalOf(*photo, image.path, named); }, CheckedFile());
     checked.file(PhotoFile::thumbnail) =
         orWithoutKey([&] { return fileAt(photo->thumbnailPath(), named); }, none);
+    photo->unload();
   }
   const std::size_t share = _photos.size() / kThreads + 1;
   // Where there can be no thread, the work is done when its end is waited for.

@@ -56,6 +56,7 @@ std::size_t drawSheet(const TVQiPhotoDatabase& database, const List<ImageRecRef>
     const Ref<NSBitmapImageRep> thumbnail = thumbnailInSquare(database, *photo, layout.square());
     without += thumbnail ? 0 : 1;
     row.draw(drawn % layout.columns, thumbnail);
+    photo->unload();
     ++drawn;
     if (drawn % layout.columns == 0 || drawn == photos.size()) {
       expect(picture.writeRows(row.samples()));
