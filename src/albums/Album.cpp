@@ -22,24 +22,33 @@ void Album::startWithDefaultName() {
 }
 
 void Album::takeAlbumData(const Dictionary& albumData) {
-  const auto take = [&](std::string_view from, std::string_view as) {
+  // What is of another kind counts as missing.
+  using IsOfKind = bool (*)(const Value&);
+  constexpr IsOfKind kIsText = [](const Value& value) { return value.isString(); };
+  constexpr IsOfKind kIsKey = [](const Value& value) {
+    return value.isNumber() || value.isString();
+  };
+  const auto take = [&](std::string_view from, std::string_view as, IsOfKind isOfKind) {
     const Value* value = albumData.find(from);
-    if (value != nullptr) {
+    const bool isThere = value != nullptr && isOfKind(*value);
+    if (isThere) {
       setEntry(as, *value);
     }
-    return value != nullptr;
+    return isThere;
   };
-  take(kAlbumName, kName);
-  if (!take(kAlbumKey, kKey)) {
-    take(kAlbumId, kKey);
+  take(kAlbumName, kName, kIsText);
+  if (!take(kAlbumKey, kKey, kIsKey)) {
+    take(kAlbumId, kKey, kIsKey);
   }
-  take(kAnnotation, kAnnotation);
+  take(kAnnotation, kAnnotation, kIsText);
 
   std::vector<std::uint32_t> keys;
   if (const Ref<Array> listed = albumData.get(kKeyList).array()) {
     keys.reserve(listed->size());
     for (const Value& element : *listed) {
-      keys.push_back(element.unsignedIntValue());
+      if (kIsKey(element)) {
+        keys.push_back(element.unsignedIntValue());
+      }
     }
   }
   setEntry(kKeys, KeyMgr::initWithKeyNumbers(std::move(keys)));

@@ -12,10 +12,11 @@ void RollAlbum::takeAlbumData(const Dictionary& albumData) {
   if (!attributes()) {
     setAttributes(AttributeMgr::init());
   }
-  if (const Value* name = albumData.find(kRollName)) {
+  if (const Value* name = albumData.find(kRollName); name != nullptr && name->isString()) {
     setAlbumName(*name);
   }
-  if (const Value* seconds = albumData.find(kRollDateAsTimerInterval)) {
+  const Value* seconds = albumData.find(kRollDateAsTimerInterval);
+  if (seconds != nullptr && seconds->isNumber()) {
     setModificationDate(Date{seconds->doubleValue()});
   }
 }

@@ -98,11 +98,8 @@ class CodedImageWalk {
         return true;
       case ImageValue::lastBlock: {
         const auto last = static_cast<std::uint32_t>(_stream.readCodedInt());
-        const std::uint32_t firstBlock = _stream.offsetInData();
         _taker.startImageData();
-        const bool goesOn = last == 0 || walkBlocks(last);
-        blockBytes = _stream.offsetInData() - firstBlock;
-        return goesOn;
+        return _readImageDataFromStreamLastImageDataSize(last, blockBytes);
       }
       default:
         _taker.take(field.keep, field.read, _stream);
@@ -110,10 +107,13 @@ class CodedImageWalk {
     }
   }
 
-  bool walkBlocks(std::uint32_t last) {
-    for (;;) {
+  /// Walks the image-data blocks at the stream's position up to the one of number `last`, and adds
+  /// up the bytes that they take. False when a size leads back to bytes that were read already.
+  bool _readImageDataFromStreamLastImageDataSize(std::uint32_t last, std::uint32_t& imageDataSize) {
+    const std::uint32_t firstBlock = _stream.offsetInData();
+    for (std::uint32_t number = 0; number < last;) {
       const std::uint32_t start = _stream.offsetInData();
-      const std::uint32_t number = _stream.readCode();
+      number = _stream.readCode();
       const std::int32_t size = _stream.readInt();
       if (size < 0) {
         return false;
@@ -123,10 +123,9 @@ class CodedImageWalk {
         walkBlock(start + length);
       }
       seekBehind(_stream, start, length);
-      if (number >= last) {
-        return true;
-      }
     }
+    imageDataSize = _stream.offsetInData() - firstBlock;
+    return true;
   }
 
   void walkBlock(std::uint64_t end) {

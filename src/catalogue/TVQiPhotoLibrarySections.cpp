@@ -82,11 +82,11 @@ void TVQiPhotoLibrary::decodeSections(TVQiPhotoCodedStreamData& stream) {
     if (section.size == 4) {
       static_cast<void>(stream.readInt());
     }
-    readSection(stream, section, imageRecordCount);
     if (section.size < 0) {
       // The next section would begin in bytes that were read already.
       return;
     }
+    readSection(stream, section, imageRecordCount);
     const std::uint64_t next =
         std::uint64_t{section.start} + 8 + static_cast<std::uint32_t>(section.size);
     stream.seekToDataOffset(static_cast<std::uint32_t>(std::min<std::uint64_t>(next, 0xFFFFFFFF)));

@@ -147,8 +147,10 @@ void TVQiPhotoDatabase::loadCatalogue(const std::string& path) {
   if (!FileManager::isFile(path)) {
     NSException::raise(kNSInvalidArgumentException, "iPhoto Library does not exist at '%@'", path);
   }
+  // Taken before the file is read: one that is replaced meanwhile is then seen to have changed.
+  const std::optional<Date> timestamp = _timestampForFilename(path);
   _library = TVQiPhotoLibrary::initWithContentsOfFile(path);
-  libraryTimestamp = _timestampForFilename(path);
+  libraryTimestamp = timestamp;
 }
 
 void TVQiPhotoDatabase::loadDirectories() {
@@ -157,8 +159,9 @@ void TVQiPhotoDatabase::loadDirectories() {
     NSException::raise(kNSInternalInconsistencyException,
                        "iPhoto Library component does not exist at '%@'", file);
   }
+  const std::optional<Date> timestamp = _timestampForFilename(file);
   _directories = TVQiPhotoDirectories::initWithContentsOfFile(file);
-  directoriesTimestamp = _timestampForFilename(file);
+  directoriesTimestamp = timestamp;
 }
 
 void TVQiPhotoDatabase::_loadAlbumData() {

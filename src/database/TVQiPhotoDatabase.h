@@ -80,6 +80,9 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   [[nodiscard]] List<ImageRecRef> rollRecRefs() const;
   [[nodiscard]] std::optional<std::string> relativeDirectoryForKey(const Value& key) const override;
   [[nodiscard]] std::optional<std::string> directoryForKey(const Value& key) const override;
+  [[nodiscard]] Ref<Object> object() const override {
+    return Ref<Object>(const_cast<TVQiPhotoDatabase*>(this));
+  }
   [[nodiscard]] std::optional<std::string> updateImagePath(const std::string& path) const override;
   [[nodiscard]] Ref<PhotoFolder> photoFolder(const std::string& path) const override;
   /// The full path of the file of the small thumbnails, whether or not it exists.

@@ -149,8 +149,8 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   [[nodiscard]] Ref<NSImage> displayThumbnail() const;
   /// The picture before it was edited; `image` when it was not.
   [[nodiscard]] Ref<NSImage> originalImage() const;
-  /// A copy of `originalImage` of at most 240 pixels either way, or itself where it is no larger;
-  /// `thumbnail` when the photo was not edited. Kept.
+  /// A copy of `originalImage` whose longer side has 240 pixels, or 241 by rounding up, or itself
+  /// where it is no larger; `thumbnail` when the photo was not edited. Kept.
   [[nodiscard]] Ref<NSImage> originalThumbnail() const;
   /// Makes what `originalThumbnail` answers for an edited photo.
   void _makeOriginalThumbnail() const;

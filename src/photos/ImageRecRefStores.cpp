@@ -82,12 +82,16 @@ void ImageRecRef::loadImageAttributes() const {
   const std::int32_t version = _database != nullptr ? _database->iPhotoLibraryVersion() : 0;
   if (version < kFirstVersionWithoutAttributesFiles) {
     const Ref<PhotoFolder> found = folder();
-    const std::string file =
-        path::join(found ? found->storeFolder(handedIn || imageInfo()) : std::string(),
-                   path::withExtension(keyStringValue(), "attr"));
+    const std::string name = path::withExtension(keyStringValue(), "attr");
+    // Without a folder there is no file, not even one that lies where the process runs.
+    std::optional<std::string> file;
+    if (found) {
+      file = path::join(found->storeFolder(handedIn || imageInfo()), name);
+    }
     try {
-      if (const std::optional<Data> bytes = FileManager::contents(file)) {
-        _attributes = decodeRoot<AttributeMgr>(*bytes, file);
+      const std::optional<Data> bytes = file ? FileManager::contents(*file) : std::nullopt;
+      if (bytes) {
+        _attributes = decodeRoot<AttributeMgr>(*bytes, *file);
       } else {
         log("No data for image attributes at %@", file);
         _attributes = AttributeMgr::init();
@@ -160,6 +164,11 @@ constexpr std::array kPhotoAccessors{
     MRZIPHOTO_ANSWER(archiveDate),
     MRZIPHOTO_ANSWER(caption),
     MRZIPHOTO_ANSWER(comments),
+    Accessor{"database",
+             [](const Object& object) -> Value {
+               const RecordDatabase* database = self(object).database();
+               return database != nullptr ? Value(database->object()) : Value();
+             }},
     MRZIPHOTO_ANSWER(date),
     MRZIPHOTO_ANSWER(dbInfo),
     MRZIPHOTO_ANSWER(description),

@@ -21,6 +21,8 @@ class PhotoFolder;
 /// outlives its records' use of it: it takes itself back (`setDatabase(nullptr)`) before it goes.
 class MRZIPHOTO_EXPORT RecordDatabase {
  public:
+  /// The database itself, for key-value access; nothing for one that is no object.
+  [[nodiscard]] virtual Ref<Object> object() const { return {}; }
   /// The library folder.
   [[nodiscard]] virtual std::string directory() const = 0;
   /// The folder onto which paths recorded in the album data are mapped; nothing when none is known.

@@ -78,9 +78,21 @@ Value decodeAttributedString(NSUnarchiver& coder) {
   return text;
 }
 
+/// An object of the root class, which says nothing.
+class PlainObject final : public Object {
+ public:
+  static const Class kClass;
+
+  [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  void initWithCoder(NSUnarchiver& /*coder*/) override {}
+  void encodeWithCoder(NSArchiver& /*coder*/) const override {}
+};
+const Class PlainObject::kClass{"NSObject", nullptr, 0, &makeEmpty<PlainObject>};
+
 using detail::FoundationClass;
 
 constexpr std::array kFoundationClasses{
+    FoundationClass{"NSObject", &PlainObject::kClass, nullptr},
     FoundationClass{"NSString", nullptr, decodeString},
     FoundationClass{"NSMutableString", nullptr, decodeString},
     FoundationClass{"NSNumber", nullptr, decodeNumber},

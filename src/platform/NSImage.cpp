@@ -134,8 +134,13 @@ Ref<NSBitmapImageRep> NSImage::bitmap() const {
   if (!_representations.empty()) {
     return _representations.front();
   }
-  if (!hasReadableFile() ||
-      !canHoldPixels(pixelsOf(_fileSize->width), pixelsOf(_fileSize->height))) {
+  if (!hasReadableFile()) {
+    return {};
+  }
+  const std::uint32_t wide = pixelsOf(_fileSize->width);
+  const std::uint32_t high = pixelsOf(_fileSize->height);
+  if (!canHoldPixels(wide, high)) {
+    log("'%@' is too large an image to be taken whole: %u x %u pixels", _path, wide, high);
     return {};
   }
   return decodeFile([](const detail::ImageBackend& backend, const File& file, std::string& reason) {

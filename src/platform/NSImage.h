@@ -62,7 +62,7 @@ class MRZIPHOTO_EXPORT NSImage : public Object {
   /// decoding has failed a file counts as one that cannot.
   [[nodiscard]] virtual bool isValid() const;
   /// The pixels as they are: the first bitmap that was added, else the file's. Nothing for an
-  /// image that is not valid.
+  /// image that is not valid, and for one of more than `kMostPixels`, which the log tells.
   [[nodiscard]] virtual Ref<NSBitmapImageRep> bitmap() const;
   /// The image drawn into a transparent bitmap of that many pixels, filling it. Nothing for an
   /// image that is not valid, for no pixels and for more than `kMostPixels`. A large JPEG drawn

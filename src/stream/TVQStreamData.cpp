@@ -41,6 +41,12 @@ void TVQStreamData::readBytesCount(void* destination, std::uint32_t count) {
   }
 }
 
+Data TVQStreamData::dataInRange(std::uint32_t location, std::uint32_t count) const {
+  TVQStreamData range(_data);
+  range.seekToDataOffset(location);
+  return range.readDataWithLength(count);
+}
+
 Data TVQStreamData::readDataWithLength(std::uint32_t count) { return {_data.owner(), take(count)}; }
 
 }  // namespace mrziphoto

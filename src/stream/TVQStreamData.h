@@ -54,6 +54,9 @@ class MRZIPHOTO_EXPORT TVQStreamData {
   void readBytesCount(void* destination, std::uint32_t count);
   /// The next bytes as a slice of the buffer.
   [[nodiscard]] Data readDataWithLength(std::uint32_t count);
+  /// The bytes of a range as a slice of the buffer, wherever the position is; it stays. Throws as a
+  /// read there would.
+  [[nodiscard]] Data dataInRange(std::uint32_t location, std::uint32_t count) const;
 
   void setShouldSwapMode(std::int32_t mode);
   [[nodiscard]] std::int32_t shouldSwapMode() const { return _shouldSwapMode; }

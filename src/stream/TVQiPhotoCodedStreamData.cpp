@@ -91,7 +91,7 @@ Data TVQiPhotoCodedStreamData::readCodedData() { return readDataWithLength(readI
 
 Value TVQiPhotoCodedStreamData::readCodedArchive() {
   const std::uint32_t size = readItemSize();
-  const auto reader = NSUnarchiver::initForReadingWithData(data().slice(offsetInData(), size));
+  const auto reader = NSUnarchiver::initForReadingWithData(dataInRange(offsetInData(), size));
   if (!reader) {
     throw NSException(kNSInvalidArgumentException,
                       format("no typed-object archive at offset %u", offsetInData()),

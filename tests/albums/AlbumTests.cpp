@@ -110,6 +110,20 @@ TEST(Album, ComesFromAlbumData) {
   EXPECT_EQ(both->key(), Value(1));
   EXPECT_EQ(both->albumName(), "Album");
   EXPECT_TRUE(both->photoKeys()->keyNumbers().empty());
+
+  // What is of another kind counts as missing.
+  const Value odd = make<Array>();
+  const Ref<RollAlbum> roll = Album::initWithDictionary<RollAlbum>(
+      Dictionary{{"AlbumName", "Alpha"},
+                 {"RollName", 5},
+                 {"AlbumKey", odd},
+                 {"AlbumId", 7},
+                 {"RollDateAsTimerInterval", "abc"},
+                 {"KeyList", make<Array>(std::vector<Value>{odd, 12})}});
+  EXPECT_EQ(roll->albumName(), "Alpha");
+  EXPECT_EQ(roll->key(), Value(7));
+  EXPECT_EQ(roll->date(), std::nullopt);
+  EXPECT_EQ(roll->photoKeys()->keyNumbers(), std::vector<std::uint32_t>{12});
 }
 
 TEST(RollAlbum, AsksItsRollRecordBeforeItself) {

@@ -195,6 +195,16 @@ TEST(ImageRecRef, ReadsStoresBesideThePhoto) {
   EXPECT_EQ(whole->imageHeight(), Value(0.0F));
   EXPECT_TRUE(log.lines().empty());
 
+  {
+    const CollectedLog ofLost;
+    const auto place = std::filesystem::current_path();
+    std::filesystem::current_path(library.path() + "/2004/Data");
+    const Ref<ImageRecRef> lost = photoOf(dictionary({{"Caption", "of no folder"}}), database, 1);
+    EXPECT_EQ(lost->caption(), "of no folder") << "no store is taken from where the process runs";
+    std::filesystem::current_path(place);
+    EXPECT_EQ(ofLost.lines().back(), "No data for image attributes at (null)");
+  }
+
   const Ref<ImageRecRef> damaged = photoOf(imageInfo, database, 2);
   EXPECT_EQ(damaged->caption(), "from the list");
   EXPECT_FALSE(damaged->info());

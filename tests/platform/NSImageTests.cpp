@@ -177,6 +177,14 @@ long peakMegabytes() {
   return usage.ru_maxrss / 1024;
 }
 
+TEST_F(NSImageTests, TakesNoBitmapThatIsTooLargeWhole) {
+  CollectedLog log;
+  EXPECT_FALSE(imageOf(pngHeader(30'000, 8'000))->bitmap());
+  EXPECT_EQ(log.lines(), std::vector{format("'%@' is too large an image to be taken whole: "
+                                            "30000 x 8000 pixels",
+                                            folder / "picture")});
+}
+
 // The header is harmless, what comes behind it is not.
 TEST_F(NSImageTests, DecodesNoMoreThanMayBe) {
   struct Case {

@@ -134,6 +134,12 @@ TEST_P(NSUnarchiverInOrder, ReadsEveryType) {
   EXPECT_TRUE(reader->isAtEnd());
 }
 
+TEST_P(NSUnarchiverInOrder, ReadsAnObjectThatIsNothingElse) {
+  const auto reader = openListing("'@' new NSObject:0 nil end");
+  EXPECT_EQ(reader->decodeObject().className(), "NSObject");
+  EXPECT_TRUE(reader->isAtEnd());
+}
+
 TEST_P(NSUnarchiverInOrder, ReadsCollectionsDatesAndBytes) {
   const auto reader = openListing(R"(
       '@' new NSMutableDictionary:0 NSDictionary:0 NSObject:0 nil
