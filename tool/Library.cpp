@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <iterator>
+#include <system_error>
 #include <unordered_set>
 
 #include <MRZiPhoto/photos/Key.h>
@@ -129,14 +130,6 @@ bool isKeyword(const TVQiPhotoDatabase& database, const std::string& text) {
                              [&](const auto& photo) { return isTagged(*photo, text); });
 }
 
-/// The full path of the folder that was named, or of the default library.
-std::string folderOf(const std::optional<std::string>& named) {
-  if (!named) {
-    return TVQiPhotoDatabase::defaultDirectory();
-  }
-  return named->empty() ? std::string() : std::filesystem::absolute(*named).string();
-}
-
 /// Says where a large library is opened, which takes a while.
 void announce(const std::string& folder) {
   constexpr std::uint64_t kLarge = std::uint64_t{256} * 1024 * 1024;
@@ -158,9 +151,19 @@ void expectKeyText(const std::string& text) {
   }
 }
 
+std::string libraryFolder(const Arguments& arguments) {
+  const std::optional<std::string>& named = arguments.library;
+  if (!named) {
+    return TVQiPhotoDatabase::defaultDirectory();
+  }
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::absolute(*named, error);
+  // There is none in a working folder that has gone.
+  return error ? *named : folder.string();
+}
+
 const TVQiPhotoDatabase& openLibrary(Session& session) {
-  const std::optional<std::string>& named = session.arguments.library;
-  const std::string folder = folderOf(named);
+  const std::string folder = libraryFolder(session.arguments);
   if (!FileManager::exists(folder)) {
     throw Failure(ExitStatus::notThere, "there is no folder " + quoted(folder));
   }
@@ -168,8 +171,9 @@ const TVQiPhotoDatabase& openLibrary(Session& session) {
     throw Failure(ExitStatus::notThere, quoted(folder) + " is no folder");
   }
   announce(folder);
-  session.database = named ? TVQiPhotoDatabase::initWithContentsOfDirectory(folder)
-                           : TVQiPhotoDatabase::iPhotoDatabase();
+  session.database = session.arguments.library
+                         ? TVQiPhotoDatabase::initWithContentsOfDirectory(folder)
+                         : TVQiPhotoDatabase::iPhotoDatabase();
   if (!session.database) {
     throw Failure(ExitStatus::notThere, "the library " + quoted(folder) + " cannot be opened");
   }

@@ -18,6 +18,8 @@ namespace mrziphoto::tool {
 /// Throws `Failure` for any other text.
 void expectKeyText(const std::string& text);
 
+/// The full path of the library folder that the command line names, or of the default library.
+[[nodiscard]] std::string libraryFolder(const Arguments& arguments);
 /// Opens the library that the command line names. Throws `Failure` when that cannot be done.
 const TVQiPhotoDatabase& openLibrary(Session& session);
 

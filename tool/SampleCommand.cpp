@@ -1,5 +1,3 @@
-#include <exception>
-#include <filesystem>
 #include <stdexcept>
 
 #include "Commands.h"
@@ -12,7 +10,7 @@ void sample(Session& session) {
   const Arguments& arguments = session.arguments;
   Progress progress("Writing");
   SampleOptions options = arguments.sample;
-  options.folder = std::filesystem::absolute(arguments.words.front()).string();
+  options.folder = arguments.words.front();
   options.progress = [&](std::uint32_t done, std::uint32_t total) { progress.show(done, total); };
   try {
     writeSampleLibrary(options);

@@ -186,6 +186,7 @@ TEST(Tool, SaysInOneSentenceWhatIsWrong) {
       {{"archive", other / "file"}, 1, other / "file"},
       {{"archive", other / "file", "--format", "csv"}, 2, "csv"},
       {{"sample", root}, 1, root},
+      {{"sample", ""}, 1, "''"},
       {{"sample", other / "new", "--library-version", "14"}, 2, "14"},
       {{"sample", other / "new", "--photos", "-1"}, 2, "-1"},
   };
@@ -222,6 +223,20 @@ TEST(Tool, FindsTheLibraryHoweverItIsNamed) {
   for (const Words& words :
        {Words{"info", "77", "--format", "json"}, {"info", "--format", "json"}}) {
     EXPECT_NE(runTool(words).out.find("\"directory\":\"/"), std::string::npos);
+  }
+  std::filesystem::current_path(before);
+}
+
+TEST(Tool, NamesThePathWhereTheWorkingFolderHasGone) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  {
+    const TemporaryFolder gone;
+    std::filesystem::current_path(gone.path());
+  }
+  for (const char* command : {"info", "sample"}) {
+    const ToolResult result = runTool({command, "x"});
+    EXPECT_NE(sentenceOf(result).find("folder 'x'"), std::string::npos) << result.err;
+    EXPECT_EQ(result.status, 1);
   }
   std::filesystem::current_path(before);
 }
