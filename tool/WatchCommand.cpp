@@ -1,17 +1,23 @@
 // The command that waits for a library to change.
 
+#include <algorithm>
 #include <array>
-#include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <poll.h>
 #include <string>
+#include <string_view>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/platform/Date.h>
+#include <MRZiPhoto/platform/FileManager.h>
 #include <MRZiPhoto/platform/Format.h>
+#include <MRZiPhoto/platform/Path.h>
 
 #include "Commands.h"
 #include "FieldTable.h"
@@ -20,10 +26,16 @@
 namespace mrziphoto::tool {
 namespace {
 
-// Writing a library takes several steps; it is looked at when it has been still for so long.
+// Writing a library takes several steps; it is looked at when its folder has been still for so
+// long, or when that does not happen for a while: other files may lie there, too.
 constexpr int kStillMilliseconds = 300;
+constexpr std::chrono::seconds kLongestWait{2};
 // Without news of the folder, or where it cannot tell any, the library is looked at so often.
 constexpr int kPollMilliseconds = 2000;
+
+// What a library is loaded from.
+constexpr std::array<std::string_view, 5> kLibraryFiles{
+    "Library6.iPhoto", "Library.iPhoto", "Library.data", "Dir.data", "AlbumData.xml"};
 
 volatile std::sig_atomic_t interrupted = 0;
 
@@ -57,7 +69,7 @@ class FolderNews {
   FolderNews& operator=(const FolderNews&) = delete;
 
   /// True when there was news; false when the time ran out or an interrupt came.
-  [[nodiscard]] bool wait(int milliseconds) const {
+  [[nodiscard]] bool comesWithin(int milliseconds) const {
     pollfd waiting{_descriptor, POLLIN, 0};
     // poll passes over a negative descriptor, and then only waits.
     if (poll(&waiting, 1, milliseconds) <= 0) {
@@ -67,9 +79,61 @@ class FolderNews {
     return read(_descriptor, events.data(), events.size()) > 0;
   }
 
+  /// Waits for news, and then until the folder is still again.
+  void wait() const {
+    if (!comesWithin(kPollMilliseconds)) {
+      return;
+    }
+    const auto end = std::chrono::steady_clock::now() + kLongestWait;
+    while (interrupted == 0 && std::chrono::steady_clock::now() < end &&
+           comesWithin(kStillMilliseconds)) {
+    }
+  }
+
  private:
   int _descriptor;
 };
+
+/// What tells one writing of a file from the next.
+struct FileState {
+  dev_t device = 0;
+  ino_t number = 0;
+  off_t size = 0;
+  std::int64_t seconds = 0;
+  std::int64_t nanoseconds = 0;
+
+  static FileState of(const std::string& path) {
+    struct stat status {};
+    if (stat(FileManager::locate(path).value_or(path).c_str(), &status) != 0) {
+      return {};
+    }
+    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec,
+            status.st_mtim.tv_nsec};
+  }
+  bool operator==(const FileState& other) const = default;
+};
+
+using LibraryState = std::array<FileState, kLibraryFiles.size()>;
+
+LibraryState stateOf(const std::string& library) {
+  LibraryState state;
+  std::ranges::transform(kLibraryFiles, state.begin(), [&](std::string_view name) {
+    return FileState::of(path::join(library, name));
+  });
+  return state;
+}
+
+/// True when the library is no longer as `state` says, and was loaded anew.
+bool reloadIfWritten(TVQiPhotoDatabase& database, LibraryState& state) {
+  // The database alone would load a library again and again whose catalogue file it cannot read, or
+  // that has a "Dir.data" which it does not need.
+  const LibraryState found = stateOf(database.directory());
+  if (found == state) {
+    return false;
+  }
+  state = found;
+  return database.reloadIfChanged();
+}
 
 using Database = TVQiPhotoDatabase;
 constexpr std::array<FieldRow<Database>, 6> kCounts{{
@@ -97,6 +161,7 @@ void writeLine(std::string& out, const Database& database) {
 
 void watch(Session& session) {
   endOnInterrupt();
+  LibraryState state = stateOf(libraryFolder(session.arguments));
   openLibrary(session);
   Database& database = *session.database;
   const FolderNews news(database.directory());
@@ -105,11 +170,8 @@ void watch(Session& session) {
                              : RecordWriter::to(session.output, session.arguments.format,
                                                 Shape::list, fieldNames<Database>(kCounts));
   while (interrupted == 0) {
-    if (news.wait(kPollMilliseconds)) {
-      while (interrupted == 0 && news.wait(kStillMilliseconds)) {
-      }
-    }
-    if (interrupted != 0 || !database.reloadIfChanged()) {
+    news.wait();
+    if (interrupted != 0 || !reloadIfWritten(database, state)) {
       continue;
     }
     if (forPerson) {

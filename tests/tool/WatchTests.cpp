@@ -1,5 +1,7 @@
 #include <array>
+#include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -85,15 +87,21 @@ class Watcher {
   std::unique_ptr<std::FILE, Closer> _answers;
 };
 
-TEST(Watch, TellsTheCountsOfARewrittenLibrary) {
-  const TemporaryFolder folder;
+/// Made-up libraries of 7 and of 30 photos, in folders named after that.
+void writeTwoLibraries(const TemporaryFolder& folder, std::int32_t version) {
   SampleOptions options;
   options.images = false;
+  options.libraryVersion = version;
   for (const std::uint32_t photos : {7U, 30U}) {
     options.folder = folder / std::to_string(photos);
     options.photos = photos;
     writeSampleLibrary(options);
   }
+}
+
+TEST(Watch, TellsTheCountsOfARewrittenLibrary) {
+  const TemporaryFolder folder;
+  writeTwoLibraries(folder, 60);
   Watcher watcher(folder / "7");
   ASSERT_TRUE(watcher.isListening());
   fs::copy(folder / "30", folder / "7",
@@ -105,6 +113,38 @@ TEST(Watch, TellsTheCountsOfARewrittenLibrary) {
   }
   EXPECT_NE(line, "") << "the program ended without telling of the change";
   EXPECT_EQ(watcher.interrupt(), 0);
+}
+
+TEST(Watch, TellsNothingWhileOnlyOtherFilesChange) {
+  const TemporaryFolder folder;
+  writeTwoLibraries(folder, 151);
+  // Left over from an older iPhoto; the date of what was not loaded always differs.
+  folder.write("7/Dir.data", "old");
+  Watcher watcher(folder / "7");
+  ASSERT_TRUE(watcher.isListening());
+  folder.write("7/other", "");
+  // Time enough to tell what it should not.
+  std::this_thread::sleep_for(std::chrono::seconds(1));
+  fs::rename(folder / "30/AlbumData.xml", folder / "7/AlbumData.xml");
+  const std::string line = watcher.line();
+  EXPECT_NE(line.find("\"photos\":30,"), std::string::npos) << line;
+}
+
+TEST(Watch, TellsOfAChangeBesideAFileThatIsNeverStill) {
+  const TemporaryFolder folder;
+  writeTwoLibraries(folder, 151);
+  folder.write("7/Dir.data", "old");
+  Watcher watcher(folder / "7");
+  ASSERT_TRUE(watcher.isListening());
+  std::jthread busy([&](const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      folder.write("7/other", "");
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+  });
+  fs::rename(folder / "30/AlbumData.xml", folder / "7/AlbumData.xml");
+  const std::string line = watcher.line();
+  EXPECT_NE(line.find("\"photos\":30,"), std::string::npos) << line;
 }
 
 }  // namespace
