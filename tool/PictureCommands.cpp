@@ -25,14 +25,13 @@ namespace {
 /// The thumbnail as a PNG file; `failure` is where a thumbnail file says why it cannot be read.
 std::optional<Data> thumbnailPng(const TVQiPhotoDatabase& database, const ImageRecRef& photo,
                                  std::string& failure) {
-  const Ref<NSImage> thumbnail = photo.thumbnail();
-  if (!thumbnail) {
-    return std::nullopt;
+  const std::optional<std::string> path = photo.thumbnailPath();
+  if (const Ref<NSImage> file = path ? NSImage::initByReferencingFile(*path) : nullptr) {
+    if (std::optional<Data> png = file->pngData()) {
+      return png;
+    }
+    failure = file->failure();
   }
-  if (std::optional<Data> png = thumbnail->pngData()) {
-    return png;
-  }
-  failure = thumbnail->failure();
   const Ref<NSBitmapImageRep> bitmap = database.cacheThumbnailForKey(photo.key());
   return bitmap ? bitmap->pngData() : std::nullopt;
 }

@@ -196,6 +196,7 @@ TEST(PictureCommands, WriteNothingWhereTheyFail) {
   }
   const Sample empty(15);
   library.remove({"Data", "Thumb64Segment.data"});
+  library.write("Data/" + kFirstRoll + "IMG_0002.jpg", "no image");
   const std::string existing = library.outside("existing");
   std::ofstream(existing) << "stays";
   const struct {
@@ -203,6 +204,7 @@ TEST(PictureCommands, WriteNothingWhereTheyFail) {
     std::string named;
   } cases[] = {
       {{"thumbnail", library.root, "102", "-o", existing}, "photo 102"},
+      {{"thumbnail", library.root, "103", "-o", existing}, "IMG_0002.jpg' is no image"},
       {{"thumbnail", library.root, "99", "-o", existing}, "key 99"},
       {{"contact-sheet", empty.root, "-o", existing}, empty.root},
       {{"contact-sheet", library.root, "--album", "Nobody", "-o", existing}, "'Nobody'"},
