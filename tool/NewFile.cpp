@@ -1,19 +1,27 @@
 #include "NewFile.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
+#include <optional>
 #include <system_error>
 #include <unistd.h>
+
+#include "Output.h"
 
 namespace mrziphoto::tool {
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr mode_t kEverybody = 0666;  // what the user's mask leaves of it
 constexpr int kMostNames = 100;
+constexpr int kMostLinks = 40;
+constexpr const char* kProcesses = "/proc";
 constexpr std::array kInterrupts{SIGINT, SIGTERM, SIGHUP};
 
 // What an interrupt removes; a copy, since a handler may look at little else.
@@ -25,22 +33,69 @@ void removeAndEnd(int signal) {
   std::raise(signal);
 }
 
+/// True for a path in the folder, both without links; false for an empty folder.
+bool liesIn(const fs::path& path, const fs::path& folder) {
+  return !folder.empty() &&
+         std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first ==
+             folder.end();
+}
+
+/// Where the file lies or will lie: in a folder that is no link, and no link itself. What a process
+/// has open is not followed: it may have no path, and a shell goes on writing to it. Nothing, and
+/// `errno`, when there is no such folder.
+std::optional<fs::path> placeOf(fs::path path) {
+  if (path.empty()) {
+    errno = ENOENT;
+    return std::nullopt;
+  }
+  std::error_code error;
+  for (int links = 0; links < kMostLinks; ++links) {
+    const fs::path folder = fs::canonical(path.has_parent_path() ? path.parent_path() : ".", error);
+    if (error) {
+      errno = error.value();
+      return std::nullopt;
+    }
+    path = folder / path.filename();
+    if (liesIn(folder, kProcesses) || !fs::is_symlink(path, error)) {
+      return path;
+    }
+    path = folder / fs::read_symlink(path, error);
+  }
+  errno = ELOOP;
+  return std::nullopt;
+}
+
+/// The number of what this process has open; nothing for any other place.
+std::optional<int> descriptorAt(const fs::path& place) {
+  std::error_code error;
+  int number = 0;
+  const std::string name = place.filename();
+  const auto* end = name.data() + name.size();
+  const bool isOwn = place.parent_path() == fs::canonical("/proc/self/fd", error) &&
+                     std::from_chars(name.data(), end, number).ptr == end;
+  return isOwn ? std::optional(number) : std::nullopt;
+}
+
 }  // namespace
 
-NewFile::NewFile(const std::string& path) : _path(path), _place(path) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  if (path.empty() || fs::is_directory(path, error)) {
-    errno = path.empty() ? ENOENT : EISDIR;
+NewFile::NewFile(const std::string& path, const std::string& library) : _path(path) {
+  const std::optional<fs::path> place = placeOf(path);
+  if (!place) {
     fail();
   }
-  if (fs::is_other(path, error)) {
-    _stream.reset(std::fopen(path.c_str(), "wb"));
+  _place = *place;
+  std::error_code error;
+  if (const std::optional<int> descriptor = descriptorAt(_place)) {
+    // Opened by its name a file would be written from its beginning.
+    openDescriptor(dup(*descriptor));
+  } else if (fs::is_directory(_place, error)) {
+    errno = EISDIR;
+  } else if (liesIn(fs::weakly_canonical(_place, error), fs::canonical(library, error))) {
+    throw Failure(ExitStatus::notThere,
+                  "'" + path + "' lies in the library '" + library + "', which is only read");
+  } else if (fs::is_other(_place, error) || liesIn(_place, kProcesses)) {
+    _stream.reset(std::fopen(_place.c_str(), "wb"));
   } else {
-    if (fs::is_symlink(path, error)) {
-      const fs::path target = fs::weakly_canonical(path, error);
-      _place = error ? path : target.string();
-    }
     makeScratchFile();
   }
   if (!_stream) {
@@ -56,7 +111,7 @@ NewFile::~NewFile() {
 }
 
 void NewFile::makeScratchFile() {
-  const std::filesystem::path folder = std::filesystem::path(_place).parent_path();
+  const fs::path folder = _place.parent_path();
   int descriptor = -1;
   for (int i = 0; i < kMostNames && descriptor < 0; ++i) {
     const std::string name = ".mrziphoto-" + std::to_string(getpid()) + '-' + std::to_string(i);
@@ -70,9 +125,8 @@ void NewFile::makeScratchFile() {
     _scratch.clear();
     return;
   }
-  _stream.reset(fdopen(descriptor, "wb"));
+  openDescriptor(descriptor);
   if (!_stream) {
-    close(descriptor);
     unlink(_scratch.c_str());
     _scratch.clear();
     return;
@@ -85,6 +139,14 @@ void NewFile::makeScratchFile() {
         std::signal(signal, SIG_IGN);
       }
     }
+  }
+}
+
+/// Takes the descriptor over; -1 for one that could not be had.
+void NewFile::openDescriptor(int descriptor) {
+  _stream.reset(descriptor < 0 ? nullptr : fdopen(descriptor, "wb"));
+  if (!_stream && descriptor >= 0) {
+    close(descriptor);
   }
 }
 
@@ -117,6 +179,9 @@ void NewFile::takePlace() {
 }
 
 void NewFile::fail() const {
+  if (errno == EPIPE) {
+    throw ClosedPipe();
+  }
   throw Failure(ExitStatus::notThere, "cannot write '" + _path + "': " + std::strerror(errno));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,14 +11,16 @@
 namespace mrziphoto::tool {
 
 /// A file that is written under another name beside its place and takes its place when it is whole,
-/// so that nobody ever sees half of it; until then, what was there before stays. A symbolic link is
-/// followed. A place that is no regular file, such as "/dev/stdout", is written to as it is.
+/// so that nobody ever sees half of it; until then, what was there before stays. Symbolic links are
+/// followed, also those that lead to nothing yet. A place that is no file of a folder, such as a
+/// named pipe or "/dev/stdout", whatever that leads to, is written to as it is.
 ///
 /// There is one at a time: an interrupt removes it.
 class NewFile {
  public:
-  /// Throws `Failure` when nothing can be written there.
-  explicit NewFile(const std::string& path);
+  /// Throws `Failure` when nothing can be written there, and for a place in the folder `library`,
+  /// which stays as it is.
+  NewFile(const std::string& path, const std::string& library);
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
   /// Removes the file unless it has taken its place.
@@ -29,7 +32,8 @@ class NewFile {
   /// The file is whole. Throws `Failure` when it is not.
   void takePlace();
 
-  /// Throws the `Failure` that says that writing did not succeed, and why (`errno`).
+  /// Throws the `Failure` that says that writing did not succeed, and why (`errno`); `ClosedPipe`
+  /// for a pipe that nobody reads.
   [[noreturn]] void fail() const;
 
  private:
@@ -38,11 +42,12 @@ class NewFile {
   };
 
   void makeScratchFile();
+  void openDescriptor(int descriptor);
   void forgetScratchFile();
 
-  std::string _path;     // as it was named
-  std::string _place;    // behind symbolic links
-  std::string _scratch;  // empty when the place is written to directly
+  std::string _path;             // as it was named
+  std::filesystem::path _place;  // behind symbolic links
+  std::string _scratch;          // empty when the place is written to directly
   std::unique_ptr<std::FILE, Closer> _stream;
 };
 

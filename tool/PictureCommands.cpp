@@ -81,7 +81,7 @@ void thumbnail(Session& session) {
                                             database.directory() + "' has no thumbnail" +
                                             (failure.empty() ? "" : ": " + failure));
   }
-  NewFile file(session.arguments.outputFile);
+  NewFile file(session.arguments.outputFile, database.directory());
   file.write(png->bytes());
   file.takePlace();
 }
@@ -96,7 +96,7 @@ void contactSheet(Session& session) {
                   "the library '" + database.directory() + "' has no photos for a contact sheet");
   }
   const SheetLayout layout = SheetLayout::of(photos.size(), arguments.columns, arguments.cellSize);
-  NewFile file(arguments.outputFile);
+  NewFile file(arguments.outputFile, database.directory());
   const std::size_t without = drawSheet(database, photos, layout, file);
   file.takePlace();
   if (without > 0) {

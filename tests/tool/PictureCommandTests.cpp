@@ -223,6 +223,57 @@ TEST(PictureCommands, WriteNothingWhereTheyFail) {
   EXPECT_EQ(std::distance(fs::directory_iterator(library.outside("")), {}), 2);
 }
 
+TEST(PictureCommands, LeaveTheLibraryAsItIs) {
+  SKIP_WITHOUT_IMAGES();
+  const Sample library(200);
+  const std::string catalogue = contents(library / "Library6.iPhoto");
+  fs::create_directory_symlink(library.root, library.outside("folder"));
+  fs::create_symlink("folder/Library6.iPhoto", library.outside("file"));
+  fs::create_symlink(library / "new.png", library.outside("dangling"));
+  for (const std::string& place :
+       {library / "Library6.iPhoto", library / "new.png", library.outside("folder/new.png"),
+        library.outside("file"), library.outside("dangling")}) {
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"thumbnail", library.root, "102"},
+          {"contact-sheet", library.outside("folder")}}) {
+      std::vector<std::string> words = command;
+      words.insert(words.end(), {"-o", place, "--quiet"});
+      const ToolResult result = runTool(words);
+      EXPECT_TRUE(result.err.starts_with("mrziphoto: '" + place + "' lies in the library"))
+          << result.err;
+      EXPECT_EQ(result.status, 1);
+    }
+  }
+  EXPECT_EQ(contents(library / "Library6.iPhoto"), catalogue);
+  EXPECT_FALSE(fs::exists(library / "new.png"));
+}
+
+TEST(PictureCommands, FollowLinksAndWriteIntoStreams) {
+  SKIP_WITHOUT_IMAGES();
+  const Sample library(200);
+  const std::string file = library.outside("file");
+  const auto write = [&](const std::string& place, const std::string& destination) {
+    const ToolResult result = runTool(
+        {"contact-sheet", library.root, "-o", place, "--quiet", "--size", "400"}, destination);
+    EXPECT_EQ(result.err, "") << place << destination;
+    EXPECT_EQ(result.status, 0) << place << destination;
+  };
+  fs::create_symlink("file", library.outside("link"));
+  write(library.outside("link"), "");
+  EXPECT_TRUE(fs::is_symlink(library.outside("link")));
+  const std::string sheet = contents(file);
+  EXPECT_TRUE(sheet.starts_with("\xFF\xD8\xFF"));
+  EXPECT_GT(sheet.size(), 64U * 1024) << "more than a pipe holds";
+
+  for (const char* stream : {"/dev/stdout", "/dev/fd/1"}) {
+    fs::remove(file);
+    std::ofstream(file) << "before ";
+    write(stream, ">>'" + file + '\'');
+    EXPECT_EQ(contents(file), "before " + sheet) << stream;
+  }
+  write("/dev/stdout", "| true");
+}
+
 using Colour = std::array<double, 3>;
 
 /// The mean colour, on white, of a part of a picture.
