@@ -28,7 +28,7 @@ std::vector<std::string> splitAtCommas(const std::string& list) {
   return members;
 }
 
-/// The fields that `--fields` names; "all" stands for every field there is.
+/// The fields that `--fields` names; "all" by itself stands for every field there is.
 PhotoFields fieldsAskedFor(const std::string& names) {
   return names == "all" ? PhotoFields::all() : PhotoFields::named(splitAtCommas(names));
 }

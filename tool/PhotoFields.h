@@ -18,8 +18,8 @@ class PhotoFields {
   static PhotoFields usual(Format format);
   /// Everything that has a place of its own.
   static PhotoFields all();
-  /// The fields of these names, each of which key-value access on a photo answers; "all" stands for
-  /// all of `all`. A name that stands twice counts once. Throws `Failure` for an unknown name.
+  /// The fields of these names, each of which key-value access on a photo answers. A name that
+  /// stands twice counts once. Throws `Failure` for an unknown name.
   static PhotoFields named(const std::vector<std::string>& names);
 
   [[nodiscard]] std::vector<std::string> names() const;
