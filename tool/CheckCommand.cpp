@@ -215,9 +215,8 @@ void forEachChecked(const TVQiPhotoDatabase& database, NamedFiles& named, Use&& 
 }
 
 template <class Report>
-CheckCounts checkLibrary(const TVQiPhotoDatabase& database, Report&& report) {
-  NamedFiles named(database.directory());
-  CheckCounts counts;
+void checkPhotos(const TVQiPhotoDatabase& database, NamedFiles& named, CheckCounts& counts,
+                 Report& report) {
   Progress progress("Checking");
   const std::size_t total = database.photos().size();
   forEachChecked(database, named, [&](const CheckedPhoto& checked) {
@@ -225,10 +224,25 @@ CheckCounts checkLibrary(const TVQiPhotoDatabase& database, Report&& report) {
     report.photo(checked);
     progress.show(counts.photos, total);
   });
-  named.forEachUnnamed([&](const std::string& path) {
+}
+
+template <class Report>
+void listUnnamedFiles(NamedFiles& named, CheckCounts& counts, Report& report) {
+  Progress progress("Looking for unnamed files");
+  std::size_t lookedAt = 0;
+  const auto use = [&](const std::string& path) {
     ++counts.unnamedFiles;
     report.unnamed(path);
-  });
+  };
+  named.forEachUnnamed(use, [&] { progress.show(++lookedAt); });
+}
+
+template <class Report>
+CheckCounts checkLibrary(const TVQiPhotoDatabase& database, Report&& report) {
+  NamedFiles named(database.directory());
+  CheckCounts counts;
+  checkPhotos(database, named, counts, report);
+  listUnnamedFiles(named, counts, report);
   report.counts(counts);
   return counts;
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <iterator>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include <MRZiPhoto/platform/DirectoryEnumerator.h>
@@ -31,16 +32,23 @@ bool isNumber(std::string_view name) {
   return !name.empty() && std::ranges::all_of(name, text::isDigit);
 }
 
+bool isSameName(std::string_view name, std::string_view other) {
+  return foldedFileName(name) == foldedFileName(other);
+}
+
+bool isOneOf(std::span<const std::string_view> names, std::string_view name) {
+  return std::ranges::any_of(names, [&](std::string_view each) { return isSameName(each, name); });
+}
+
 bool holdsPicturesByCustom(const std::string& name) {
-  return std::ranges::find(kPictureFolders, name) != kPictureFolders.end() ||
-         (name.size() == kYearDigits && isNumber(name));
+  return isOneOf(kPictureFolders, name) || (name.size() == kYearDigits && isNumber(name));
 }
 
 /// True for files that are nobody's pictures: photos of older libraries have stores, "123" and
 /// "123.attr".
 bool isHousekeeping(const std::string& name) {
-  return path::extension(name) == kStoreExtension || isNumber(name) ||
-         std::ranges::find(kSystemFiles, name) != kSystemFiles.end();
+  return isSameName(path::extension(name), kStoreExtension) || isNumber(name) ||
+         isOneOf(kSystemFiles, name);
 }
 
 /// FNV-1a, whose last step mixes the upper half into the lower.
@@ -99,7 +107,8 @@ NamedFiles::Folder NamedFiles::folderOf(std::string_view path) {
   const std::optional<std::string> real = findFolder(path::standardized(folder));
   if (real && real->starts_with(_realLibrary + '/')) {
     const std::string inside = real->substr(_realLibrary.size() + 1);
-    if (const std::string name = inside.substr(0, inside.find('/')); name != kMadePictures) {
+    if (const std::string name = inside.substr(0, inside.find('/'));
+        !isSameName(name, kMadePictures)) {
       _pictureFolders.insert(name);
     }
   }
@@ -132,19 +141,19 @@ bool NamedFiles::add(const std::string& path) {
   return folder.exists;
 }
 
-void NamedFiles::forEachUnnamed(const std::function<void(const std::string& path)>& use) {
+void NamedFiles::forEachUnnamed(const UseFile& use, const std::function<void()>& lookedAtOne) {
   std::ranges::sort(_files);
   for (const std::string& name : _pictureFolders) {
     // Such a folder may be a link to another disk. Links further in are not followed: they may lead
     // anywhere.
     if (const std::string folder = path::join(_library, name); FileManager::isFolder(folder)) {
-      searchFolder(folder, use);
+      searchFolder(folder, use, lookedAtOne);
     }
   }
 }
 
-void NamedFiles::searchFolder(const std::string& path,
-                              const std::function<void(const std::string& path)>& use) const {
+void NamedFiles::searchFolder(const std::string& path, const UseFile& use,
+                              const std::function<void()>& lookedAtOne) const {
   struct Found {
     std::string path;
     std::string realPath;
@@ -157,14 +166,14 @@ void NamedFiles::searchFolder(const std::string& path,
     std::vector<Found> subfolders;
     std::vector<std::string> unnamed;
     for (const auto& [name, type] : DirectoryEnumerator(folder.path)) {
+      lookedAtOne();
       if (name.starts_with('.')) {
         continue;
       }
       if (type == FileType::folder) {
         subfolders.push_back({path::join(folder.path, name), path::join(folder.realPath, name)});
-      } else if (!isHousekeeping(name) &&
-                 !std::ranges::binary_search(_files, identityOfFile(identity, name)) &&
-                 FileManager::isFile(path::join(folder.path, name))) {
+      } else if (!std::ranges::binary_search(_files, identityOfFile(identity, name)) &&
+                 !isHousekeeping(name) && FileManager::isFile(path::join(folder.path, name))) {
         unnamed.push_back(path::join(folder.path, name));
       }
     }

@@ -26,11 +26,13 @@ class NamedFiles {
   /// True when there is a folder of the file at that path.
   [[nodiscard]] bool hasFolderOf(const std::string& path) { return folderOf(path).exists; }
 
+  using UseFile = std::function<void(const std::string& path)>;
   /// Calls `use` for every file in the library's picture folders that none of the added is, folder
   /// by folder. Picture folders are the folders directly in the library's in which named files lie
   /// or which by custom hold pictures, with all that is in them. What systems and iPhoto keep for
-  /// themselves beside the pictures is passed over.
-  void forEachUnnamed(const std::function<void(const std::string& path)>& use);
+  /// themselves beside the pictures is passed over. `lookedAtOne` is called for each entry of these
+  /// folders.
+  void forEachUnnamed(const UseFile& use, const std::function<void()>& lookedAtOne);
 
  private:
   struct Folder {
@@ -41,8 +43,8 @@ class NamedFiles {
   Folder folderOf(std::string_view path);
   const std::string& realPathOfParent(const std::string& folder);
   [[nodiscard]] std::optional<std::string> findFolder(const std::string& folder);
-  void searchFolder(const std::string& path,
-                    const std::function<void(const std::string& path)>& use) const;
+  void searchFolder(const std::string& path, const UseFile& use,
+                    const std::function<void()>& lookedAtOne) const;
 
   std::string _library;
   std::string _realLibrary;

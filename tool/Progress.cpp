@@ -57,12 +57,15 @@ std::string roughTime(double seconds) {
 std::string progressLine(std::string_view what, std::size_t done, std::size_t total,
                          std::chrono::duration<double> elapsed, std::size_t width) {
   const double rate = static_cast<double>(done) / std::max(elapsed.count(), 1e-9);
+  const std::string speed = "  " + std::to_string(static_cast<std::size_t>(rate)) + " a second";
+  std::string line = std::string(what) + "  ";
+  if (total == 0) {
+    return cutToWidth(line + std::to_string(done) + speed, width);
+  }
   const double left = static_cast<double>(total - std::min(done, total)) / rate;
   const std::string numbers = std::to_string(done * 100 / total) + " %  " + std::to_string(done) +
-                              " of " + std::to_string(total) + "  " +
-                              std::to_string(static_cast<std::size_t>(rate)) + " a second  " +
-                              roughTime(left) + " left";
-  std::string line = std::string(what) + "  ";
+                              " of " + std::to_string(total) + speed + "  " + roughTime(left) +
+                              " left";
   const std::size_t used = displayWidth(line) + 4 + numbers.size();
   const std::size_t bar = std::min(width - std::min(width, used), kLongestBar);
   if (bar >= kShortestBar) {
@@ -81,7 +84,7 @@ Progress::Progress(std::string_view what)
 Progress::~Progress() { makeRoom(); }
 
 void Progress::show(std::size_t done, std::size_t total) {
-  if (!_isWatched || done == 0 || total == 0) {
+  if (!_isWatched || done == 0) {
     return;
   }
   const Clock::time_point now = Clock::now();

@@ -8,7 +8,8 @@
 namespace mrziphoto::tool {
 
 /// One line of `width` columns at most: what is being done, a bar, how much of it is done, how much
-/// is done in a second, and the time left at that rate. `done` is not 0.
+/// is done in a second, and the time left at that rate; where `total` is 0, how much is done and
+/// how much in a second. `done` is not 0.
 [[nodiscard]] std::string progressLine(std::string_view what, std::size_t done, std::size_t total,
                                        std::chrono::duration<double> elapsed, std::size_t width);
 
@@ -23,8 +24,8 @@ class Progress {
   /// Takes the line away again.
   ~Progress();
 
-  /// To be called often.
-  void show(std::size_t done, std::size_t total);
+  /// To be called often; `total` is 0 where it is not known.
+  void show(std::size_t done, std::size_t total = 0);
 
   /// Takes the line away until it is shown next, for whoever is about to write to the terminal.
   static void makeRoom();

@@ -94,13 +94,13 @@ TEST(Check, TellsWhatIsWrong) {
   fs::rename(library / ("Originals/" + kFirstRoll + "IMG_0001.JPG"),
              library / ("Originals/" + kFirstRoll + "img_0001.jpg"));
   library.write("Originals/.DS_Store", "x");
-  library.write("Data/" + kFirstRoll + "102.attr", "x");
+  library.write("Data/" + kFirstRoll + "102.ATTR", "x");
 
   library.remove({"Originals/" + kFirstRoll + "IMG_0002.JPG",          // the image of photo 103
                   "Originals/" + kFirstRoll + "At the lake 0004.jpg",  // the original of photo 105
                   "Data/" + kFirstRoll + "DSC00003.jpg"});             // the thumbnail of photo 104
   fs::resize_file(library / ("Data/" + kFirstRoll + "IMG_0005.jpg"), 100);  // that of photo 106
-  library.write("Modified/2003/stray.jpg", "x");
+  library.write("previews/2003/stray.jpg", "x");
   library.write("stray.jpg", "beside the catalogue nothing is looked for");
   const std::string counts =
       "24 photos: 24 images = 23 there + 1 missing + 0 unreadable; "
@@ -121,7 +121,7 @@ TEST(Check, TellsWhatIsWrong) {
                 library.root + "/Originals/2003/Roll 1/At the lake 0004.jpg\n" +
                 "106  thumbnail  unreadable, in cache  " + library.root +
                 "/Data/2003/Roll 1/IMG_0005.jpg\n" + "                unnamed               " +
-                library.root + "/Modified/2003/stray.jpg\n" + counts);
+                library.root + "/previews/2003/stray.jpg\n" + counts);
   const ToolResult all = runTool({"check", library.root, "--quiet", "--all"});
   EXPECT_EQ(std::ranges::count(all.out, '\n'), 1 + 24 + 5 + 24 + 1 + 1);
   EXPECT_EQ(lastLineOf(all.out), counts);

@@ -162,6 +162,7 @@ TEST(Progress, SaysHowFarWorkIsAndHowLongItTakes) {
        "0 s left"},
       {1, 1000, 1, 56, "Checking  0 %  1 of 1000  1 a second  17 min left"},
       {1, 1'000'000, 1, 10, "Checking …"},
+      {30, 0, 2, 72, "Checking  30  15 a second"},
   };
   for (const auto& [done, total, elapsed, width, line] : cases) {
     EXPECT_EQ(progressLine("Checking", done, total, duration<double>(elapsed), width), line);
