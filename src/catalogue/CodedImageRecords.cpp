@@ -290,7 +290,7 @@ Value CodedImageRecords::keywordsForKeys(const std::vector<std::int32_t>& keys) 
 
 Value CodedImageRecords::inDirectory(const Value& file) const {
   const std::optional<std::string> path = file.text();
-  return path ? Value(path::join(_directory, *path)) : Value();
+  return path ? Value(String::holding(path::join(_directory, *path))) : Value();
 }
 
 }  // namespace mrziphoto

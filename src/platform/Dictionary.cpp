@@ -148,24 +148,22 @@ Dictionary::Dictionary(std::initializer_list<std::pair<std::string_view, Value>>
   }
 }
 
-std::size_t Dictionary::position(std::string_view key, std::size_t hash) const {
-  if (_entries.size() >= kScanned) {
-    if (!_index) {
-      _index = std::make_unique<Index>(_entries);
-    }
-    return _index->find(key, hash);
+bool Dictionary::isScanned() const { return _entries.size() < kScanned; }
+
+std::size_t Dictionary::indexed(std::string_view key, std::size_t hash) const {
+  if (!_index) {
+    _index = std::make_unique<Index>(_entries);
   }
-  for (std::size_t i = 0; i < _entries.size(); ++i) {
-    const DictionaryKey& candidate = _entries[i].key;
-    if (candidate.hash() == hash && candidate.text() == key) {
-      return i;
-    }
-  }
-  return kNotFound;
+  return _index->find(key, hash);
 }
 
 const Value* Dictionary::find(std::string_view key) const {
-  const std::size_t found = position(key, std::hash<std::string_view>{}(key));
+  if (isScanned()) {
+    const auto found =
+        std::ranges::find(_entries, key, [](const Entry& entry) { return entry.key.text(); });
+    return found != _entries.end() ? &found->value : nullptr;
+  }
+  const std::size_t found = indexed(key, std::hash<std::string_view>{}(key));
   return found == kNotFound ? nullptr : &_entries[found].value;
 }
 
@@ -175,8 +173,11 @@ Value Dictionary::get(std::string_view key) const {
 }
 
 void Dictionary::set(const DictionaryKey& key, Value value) {
-  const std::size_t found = position(key.text(), key.hash());
-  if (found != kNotFound) {
+  const std::size_t found =
+      isScanned() ? static_cast<std::size_t>(std::ranges::find(_entries, key, &Entry::key) -
+                                             _entries.begin())
+                  : indexed(key.text(), key.hash());
+  if (found < _entries.size()) {
     _entries[found].value = std::move(value);
     return;
   }

@@ -84,7 +84,8 @@ class MRZIPHOTO_EXPORT Dictionary final : public Object {
   class Index;
   static constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 
-  [[nodiscard]] std::size_t position(std::string_view key, std::size_t hash) const;
+  [[nodiscard]] bool isScanned() const;
+  [[nodiscard]] std::size_t indexed(std::string_view key, std::size_t hash) const;
 
   std::vector<Entry> _entries;
   mutable std::unique_ptr<Index> _index;  // only above a size where scanning costs more

@@ -4,6 +4,24 @@
 #include "Text.h"
 
 namespace mrziphoto {
+namespace {
+
+/// Owns the characters of a text.
+class Holder final : public Object {
+ public:
+  explicit Holder(std::string text) : _text(std::move(text)) {}
+
+  [[nodiscard]] const Class& objectClass() const override {
+    static constexpr Class kClass{"NSString"};
+    return kClass;
+  }
+  [[nodiscard]] std::string_view text() const { return _text; }
+
+ private:
+  std::string _text;
+};
+
+}  // namespace
 
 String::String(std::string_view text) {
   std::string repaired;
@@ -14,6 +32,14 @@ String::String(std::string_view text) {
   const Data copy = Data::copyOf(text);
   _owner = copy.owner();
   _bytes = copy.bytes();
+}
+
+String String::holding(std::string text) {
+  if (!text::isUtf8(text)) {
+    return String(text);
+  }
+  const Ref<Holder> holder = make<Holder>(std::move(text));
+  return {holder, holder->text()};
 }
 
 std::string String::utf8() const {

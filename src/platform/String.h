@@ -23,6 +23,8 @@ class MRZIPHOTO_EXPORT String {
   String() = default;
   /// A copy of the characters; what is not well-formed UTF-8 in them becomes U+FFFD.
   explicit String(std::string_view text);
+  /// The same of a text that is given for good; no character is copied.
+  static String holding(std::string text);
   /// The bytes as they lie, kept alive by `owner` (nothing for texts that live for ever). UTF-8
   /// bytes must be well-formed. A slice has fewer than 2^32 bytes.
   String(Ref<Object> owner, std::string_view bytes, Encoding encoding = Encoding::utf8)
