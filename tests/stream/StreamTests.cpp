@@ -111,14 +111,15 @@ TEST(TVQiPhotoCodedStreamData, ReadsTextsInEitherByteOrder) {
 TEST(TVQiPhotoCodedStreamData, RefusesSizesBeyondTheBuffer) {
   NSArchiver archiver;
   archiver.encodeInt(1);
-  const std::string_view archive = archiver.archivedData().bytes();
+  const Data archive = archiver.archivedData();
   for (const std::string_view size : {"\x7F\xFF\xFF\xFF"sv, "\xFF\xFF\xFF\xF0"sv, "\0\0\0\x10"sv}) {
     EXPECT_THROW(static_cast<void>(bigEndian(size).readCodedIntArray()), NSException);
     EXPECT_THROW(static_cast<void>(bigEndian(size).readCodedUTF16String()), NSException);
     EXPECT_THROW(static_cast<void>(bigEndian(size).readCodedData()), NSException);
     EXPECT_THROW(static_cast<void>(bigEndian(size).readCodedArchive()), NSException);
     EXPECT_THROW(
-        static_cast<void>(bigEndian(std::string(size) + std::string(archive)).readCodedArchive()),
+        static_cast<void>(
+            bigEndian(std::string(size) + std::string(archive.bytes())).readCodedArchive()),
         NSException)
         << "even where a whole archive is there";
   }
