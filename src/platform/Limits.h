@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+#include "Export.h"
+
+namespace mrziphoto {
+
+/// How much of a library is taken before it is refused as hostile or broken. The defaults leave
+/// room for every library that iPhoto could write; docs/limits.md tells why each is what it is.
+///
+/// The limits of a thread are those of the innermost `Scope` on it. An object that reads later, on
+/// request, goes by the limits in force at that moment.
+struct MRZIPHOTO_EXPORT Limits {
+  /// Bytes of a file that is read as a whole: catalogue, album data, directory table, album file.
+  std::uint64_t fileSize = (std::uint64_t{1} << 32) - 1;
+  /// Bytes that an archive's shared parts may take when written out in full: this often its size...
+  std::uint64_t expansion = 64;
+  /// ... and never less than this.
+  std::uint64_t leastExpansion = 16'000'000;
+  /// Objects, arrays and dictionaries inside each other.
+  std::uint32_t nesting = 256;
+  /// Bytes of one description, whatever it describes.
+  std::uint64_t description = std::uint64_t{16} << 20;
+  /// Pixels of the longer side of a picture that is decoded, and of the whole picture.
+  std::uint32_t imageSide = 1U << 16;
+  std::uint64_t imagePixels = std::uint64_t{1} << 28;
+  /// Bytes that a decoder may keep of one picture while it works.
+  std::uint64_t decoderBytes = std::uint64_t{1} << 29;
+  /// How long the decoding of one picture may take.
+  std::chrono::milliseconds decodingTime{10'000};
+
+  /// The limits in force on this thread.
+  [[nodiscard]] static const Limits& current();
+
+  class Scope;
+};
+
+/// Puts limits in force on this thread for as long as it lives; scopes nest.
+class MRZIPHOTO_EXPORT [[nodiscard]] Limits::Scope {
+ public:
+  explicit Scope(const Limits& limits);
+  ~Scope();
+  Scope(const Scope&) = delete;
+  Scope& operator=(const Scope&) = delete;
+
+ private:
+  Limits _limits;
+  const Limits* _before;
+};
+
+}  // namespace mrziphoto
