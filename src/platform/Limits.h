@@ -39,7 +39,7 @@ struct MRZIPHOTO_EXPORT Limits {
 };
 
 /// Puts limits in force on this thread for as long as it lives; scopes nest.
-class MRZIPHOTO_EXPORT [[nodiscard]] Limits::Scope {
+class MRZIPHOTO_EXPORT Limits::Scope {
  public:
   explicit Scope(const Limits& limits);
   ~Scope();
