@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <filesystem>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -94,6 +95,22 @@ TEST(Thumbnails, AreFoundByKey) {
   for (const Value& key : {Value(8), Value("7 and more"), Value()}) {
     EXPECT_FALSE(database->cacheThumbnailForKey(key)) << key.description();
     EXPECT_FALSE(database->thumbnailForKeyImageSize(key, {4, 3})) << key.description();
+  }
+}
+
+TEST(Thumbnails, OutliveAReload) {
+  const LibraryFolder library;
+  library.write("Thumb64Segment.data", segmentCache({{7, "rgba"}}));
+  const auto database = openedAs(library, 60);
+  const auto cache = database->thumbnailSegmentCache();
+  const auto image = database->thumbnailForKeyImageSize(7, {4, 3});
+  const std::filesystem::path file = library.root + "/Dir.data";
+  std::filesystem::last_write_time(file, std::filesystem::file_time_type{});
+  const CollectedLog log;
+  EXPECT_TRUE(database->reloadIfChanged());
+  EXPECT_EQ(database->thumbnailSegmentCache(), cache);
+  if (image) {  // built with images
+    EXPECT_EQ(database->thumbnailForKeyImageSize(7, {4, 3})->bitmap(), image->bitmap());
   }
 }
 
