@@ -5,8 +5,9 @@
 
 namespace mrziphoto::tool {
 
-/// What the command line answers to the shell.
-enum class ExitStatus { done = 0, notThere = 1, wrongUse = 2 };
+/// What the command line answers to the shell. `incomplete`: done, but something of the library was
+/// missing, repaired or left out, which standard error tells.
+enum class ExitStatus { done = 0, notThere = 1, wrongUse = 2, incomplete = 3 };
 
 /// A failure that ends the command: one sentence, which names the path or key in question, for
 /// standard error.

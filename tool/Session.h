@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,8 @@ struct Arguments {
   std::optional<std::uint32_t> columns;
   std::uint32_t cellSize = 128;
   bool quiet = false;
+  /// Answer what the catalogue reader alone answers: no notices, no status for them.
+  bool strict = false;
   /// All but the folder, which is the first word.
   SampleOptions sample;
 };
@@ -42,6 +45,8 @@ struct Session {
   Output output;
   /// The library, once a command has opened it: it stays open for as long as the session lasts.
   Ref<TVQiPhotoDatabase> database;
+  /// The sentences of the notices that were told.
+  std::set<std::string> toldSentences;
 };
 
 }  // namespace mrziphoto::tool

@@ -22,6 +22,7 @@
 #include "Commands.h"
 #include "FieldTable.h"
 #include "Library.h"
+#include "Notices.h"
 
 namespace mrziphoto::tool {
 namespace {
@@ -164,6 +165,7 @@ void watch(Session& session) {
   LibraryState state = stateOf(libraryFolder(session.arguments));
   openLibrary(session);
   Database& database = *session.database;
+  tellNotices(session);
   const FolderNews news(database.directory());
   const bool forPerson = session.arguments.format == Format::table;
   const auto out = forPerson ? nullptr
@@ -180,6 +182,7 @@ void watch(Session& session) {
       writeRecord<Database>(*out, kCounts, database);
     }
     session.output.flush();
+    tellNotices(session);
   }
   if (out) {
     out->finish();

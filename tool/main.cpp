@@ -8,6 +8,7 @@
 
 #include "CommandLine.h"
 #include "Failure.h"
+#include "Notices.h"
 #include "Output.h"
 #include "Session.h"
 
@@ -40,10 +41,11 @@ ExitStatus run(int argc, const char* const* argv, Session& session) {
   try {
     runCommandLine(argc, argv, session);
     session.output.flush();
-    return ExitStatus::done;
+    return tellNotices(session) ? ExitStatus::incomplete : ExitStatus::done;
   } catch (const ClosedPipe&) {
     return ExitStatus::done;
   } catch (const Failure& failure) {
+    tellNotices(session);
     Output::complain(failure.what());
     return failure.status();
   } catch (const std::bad_alloc&) {

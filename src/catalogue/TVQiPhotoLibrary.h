@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "../albums/Album.h"
 #include "../albums/ArchiveAlbum.h"
@@ -14,6 +15,7 @@
 #include "../platform/Data.h"
 #include "../platform/Export.h"
 #include "../platform/List.h"
+#include "../platform/Notice.h"
 #include "../platform/Object.h"
 
 namespace mrziphoto {
@@ -100,6 +102,10 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   /// other path unchanged.
   [[nodiscard]] std::string updateImagePath(const std::string& path) const;
 
+  /// What of the catalogue was missing, repaired or left out when it was read, in the order in
+  /// which that was found.
+  [[nodiscard]] const std::vector<Notice>& notices() const { return _notices; }
+
   /// The catalogue's fields as one text, with every image record.
   [[nodiscard]] std::string description() const override;
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
@@ -161,6 +167,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   Value _xmlAlbumData;
   List<Album> _albums = List<Album>::makeEmpty();
   Ref<ArchiveAlbum> _archiveAlbum;
+  std::vector<Notice> _notices;
 
   // Answers of the linear walks, found by number.
   mutable std::unique_ptr<RecordIndex> _photoIndex;

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "../albums/Album.h"
 #include "../albums/Keyword.h"
@@ -18,6 +19,7 @@
 #include "../platform/Export.h"
 #include "../platform/List.h"
 #include "../platform/NSImage.h"
+#include "../platform/Notice.h"
 #include "../platform/Object.h"
 #include "../thumbcache/iPhotoSegmentCache.h"
 
@@ -107,6 +109,10 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   /// belong to the old catalogue and have no database any more.
   bool reloadIfChanged();
 
+  /// What of the library was missing, repaired or left out so far: first the catalogue's notices,
+  /// then those of the files around it. Loading anew begins anew.
+  [[nodiscard]] std::vector<Notice> notices() const;
+
   /// The catalogue's description; nothing without a catalogue.
   [[nodiscard]] std::optional<std::string> catalogueDescription() const;
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
@@ -132,6 +138,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   Album* _lastImport = nullptr;
   std::optional<Date> libraryTimestamp;
   std::optional<Date> directoriesTimestamp;
+  mutable std::vector<Notice> _notices;
   mutable std::optional<std::string> _iPhotoVersion;
   mutable std::optional<std::string> _iPhotoDataVersion;
   mutable std::unordered_map<std::string, Ref<PhotoFolder>> _photoFolders;

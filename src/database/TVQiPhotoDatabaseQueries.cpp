@@ -67,6 +67,12 @@ std::optional<std::string> TVQiPhotoDatabase::archivePath() const {
   return _library ? _library->archivePath() : std::nullopt;
 }
 
+std::vector<Notice> TVQiPhotoDatabase::notices() const {
+  std::vector<Notice> all = _library ? _library->notices() : std::vector<Notice>();
+  all.insert(all.end(), _notices.begin(), _notices.end());
+  return all;
+}
+
 std::optional<std::string> TVQiPhotoDatabase::catalogueDescription() const {
   return _library ? std::optional(_library->description()) : std::nullopt;
 }

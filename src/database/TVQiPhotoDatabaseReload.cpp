@@ -26,6 +26,7 @@ bool TVQiPhotoDatabase::reloadIfChanged() {
   _library = nullptr;
   _directories = nullptr;
   _photoFolders.clear();
+  _notices.clear();
   try {
     _loadWithContentsOfRootDirectory();
   } catch (const NSException& exception) {
