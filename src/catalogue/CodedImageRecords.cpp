@@ -24,10 +24,7 @@ void passValue(CodedRead read, TVQiPhotoCodedStreamData& stream) {
   if (kind.element == 0) {
     return;
   }
-  // Halves of a text's size round toward zero; any other size below zero is beyond all files.
-  constexpr auto kMinusOne = static_cast<std::uint32_t>(-1);
-  const bool isEmptyText = read == CodedRead::text && size == kMinusOne;
-  const std::uint32_t taken = isEmptyText ? 0 : size - size % kind.element;
+  const std::uint32_t taken = size - size % kind.element;
   if (taken > stream.remaining()) {
     // The read says how that is wrong.
     static_cast<void>(stream.readDataWithLength(taken));
@@ -218,9 +215,10 @@ const Class& CodedImageRecords::objectClass() const {
   return kClass;
 }
 
-std::optional<CodedImageRecords::Record> CodedImageRecords::pass(TVQiPhotoCodedStreamData& stream) {
+CodedImageRecords::Record CodedImageRecords::pass(TVQiPhotoCodedStreamData& stream) {
   Check check;
-  return CodedImageWalk(stream, check).walkRecord() ? std::optional(check.record) : std::nullopt;
+  check.record.state = CodedImageWalk(stream, check).walkRecord();
+  return check.record;
 }
 
 void CodedImageRecords::makeStores(ImageRecRef& record, std::uint32_t position) const {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +9,7 @@
 #include "../photos/RecordSource.h"
 #include "../platform/Data.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
+#include "CodedImageWalkPrivate.h"
 
 namespace mrziphoto {
 
@@ -22,6 +22,7 @@ class CodedImageRecords final : public RecordSource {
   struct Record {
     std::uint32_t imageKey = 0;
     std::int32_t rollKey = 0;  // 0 for a record that stands for a roll
+    CodedRecordState state;
   };
 
   /// The records of a catalogue of that version in `directory`. Their keywords are those of
@@ -29,9 +30,9 @@ class CodedImageRecords final : public RecordSource {
   CodedImageRecords(Data catalogue, std::string directory, std::int32_t version,
                     Ref<KeywordMgr> keywords);
 
-  /// Passes and checks the record at the stream's position. Nothing when a size in it leads back to
-  /// bytes that were read already. Throws NSException for a record that cannot be read.
-  static std::optional<Record> pass(TVQiPhotoCodedStreamData& stream);
+  /// Passes and checks the record at the stream's position. Throws NegativeSize, and NSException
+  /// for a record that cannot be read.
+  static Record pass(TVQiPhotoCodedStreamData& stream);
 
   void makeStores(ImageRecRef& record, std::uint32_t position) const override;
   [[nodiscard]] const Class& objectClass() const override;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "../albums/Album.h"
@@ -126,21 +127,23 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   void setKeywordStore(const Value& store);
 
   // The section walk.
+  struct Reading;
+  struct Section;
   void decodeSections(TVQiPhotoCodedStreamData& stream);
   void readArchivedHeader(TVQiPhotoCodedStreamData& stream);
-  struct Section;
-  void readSection(TVQiPhotoCodedStreamData& stream, const Section& section,
-                   std::uint32_t& imageRecordCount);
+  void decodeSection(TVQiPhotoCodedStreamData& stream, Reading& reading);
+  void readSection(TVQiPhotoCodedStreamData& stream, const Section& section, Reading& reading);
   void _readRollDataFromStreamRange(const TVQiPhotoCodedStreamData& stream, std::uint32_t location,
-                                    std::uint32_t length);
+                                    std::uint32_t length, Reading& reading);
   void _readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamData& stream, std::uint32_t location,
-                                     std::uint32_t length);
+                                     std::uint32_t length, Reading& reading);
   void takeArchivedAlbum(const Ref<Album>& album);
-  void readImageRecords(TVQiPhotoCodedStreamData& stream, std::uint32_t count);
+  void readImageRecords(TVQiPhotoCodedStreamData& stream, Reading& reading);
 
   // The album data.
   void takeArchivePath(const std::optional<std::string>& recorded, const std::string& folder);
   void loadImageRecords(const Value& masterImageList);
+  void noticeStandIn(std::string_view what, const Value& list);
   void loadAlbums(const Value& listOfAlbums);
   void loadRolls(const Value& listOfRolls);
   void loadKeywords(const Value& listOfKeywords);

@@ -1,5 +1,7 @@
 // What "AlbumData.xml" adds to a catalogue.
 
+#include <array>
+
 #include "../albums/ArchiveAlbum.h"
 #include "../platform/Array.h"
 #include "../platform/Dictionary.h"
@@ -42,14 +44,45 @@ void TVQiPhotoLibrary::loadFromXML(const std::string& folder) {
 
   takeArchivePath(entry(kArchivePath).text(), folder);
   loadImageRecords(entry(kMasterImageList));
-  if (numberOfAlbums() == 0) {
-    loadAlbums(entry(kListOfAlbums));
+  if (_photoImageRecRefs.isNothing()) {
+    noticeStandIn("photos", entry(kMasterImageList));
   }
-  if (numberOfRolls() == 0) {
-    loadRolls(entry(kListOfRolls));
+
+  struct StandIn {
+    std::string_view what;
+    std::string_view entry;
+    std::uint32_t (TVQiPhotoLibrary::*count)() const;
+    void (TVQiPhotoLibrary::*load)(const Value& list);
+  };
+  static constexpr std::array kStandIns{
+      StandIn{"albums", kListOfAlbums, &TVQiPhotoLibrary::numberOfAlbums,
+              &TVQiPhotoLibrary::loadAlbums},
+      StandIn{"rolls", kListOfRolls, &TVQiPhotoLibrary::numberOfRolls,
+              &TVQiPhotoLibrary::loadRolls},
+      StandIn{"keywords", kListOfKeywords, &TVQiPhotoLibrary::numberOfKeywords,
+              &TVQiPhotoLibrary::loadKeywords},
+  };
+  for (const StandIn& each : kStandIns) {
+    if ((this->*each.count)() == 0) {
+      noticeStandIn(each.what, entry(each.entry));
+      (this->*each.load)(entry(each.entry));
+    }
   }
-  if (numberOfKeywords() == 0) {
-    loadKeywords(entry(kListOfKeywords));
+}
+
+/// What album data says may be older or less than what a damaged catalogue has lost.
+void TVQiPhotoLibrary::noticeStandIn(std::string_view what, const Value& list) {
+  const Ref<Array> array = list.array();
+  const Ref<Dictionary> dictionary = list.dictionary();
+  const bool isEmpty = !(array && !array->empty()) && !(dictionary && !dictionary->empty());
+  if (!_notices.empty() && !isEmpty) {
+    _notices.push_back(
+        {format("the %@ are those of '%@': none could be read from the damaged "
+                "catalogue '%@'",
+                what, path::join(path::withoutLastComponent(_loadedFrom), kAlbumDataFile),
+                _loadedFrom),
+         _loadedFrom,
+         {}});
   }
 }
 

@@ -9,8 +9,28 @@
 #include "../platform/NSUnarchiver.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
 #include "TVQiPhotoLibrary.h"
+#include "TVQiPhotoLibraryReadingPrivate.h"
 
 namespace mrziphoto {
+namespace {
+
+/// What follows the end marker is not taken; an album there may have been meant to be.
+template <class Tally>
+void countAlbumsBehindEnd(NSUnarchiver& reader, std::uint32_t location, std::size_t size,
+                          Tally& albums) {
+  try {
+    while (reader.cursor() < size) {
+      const auto offset = static_cast<std::uint32_t>(location + reader.cursor());
+      if (reader.decodeObject().object<Album>()) {
+        albums.add(offset);
+      }
+    }
+  } catch (const NSException&) {
+    return;  // no archive any more
+  }
+}
+
+}  // namespace
 
 /// Files an album by its exact class; kinds that are not in the table are dropped.
 void TVQiPhotoLibrary::takeArchivedAlbum(const Ref<Album>& album) {
@@ -40,7 +60,8 @@ void TVQiPhotoLibrary::takeArchivedAlbum(const Ref<Album>& album) {
 }
 
 void TVQiPhotoLibrary::_readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamData& stream,
-                                                     std::uint32_t location, std::uint32_t length) {
+                                                     std::uint32_t location, std::uint32_t length,
+                                                     Reading& reading) {
   const Data bytes = stream.data().slice(location, length);
   const auto reader = NSUnarchiver::initForReadingWithData(bytes);
   if (!reader) {
@@ -55,7 +76,7 @@ void TVQiPhotoLibrary::_readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamD
     if (const Ref<Album> album = object.object<Album>()) {
       takeArchivedAlbum(album);
     } else if (object.isNumber() && object.intValue() == 0) {
-      // The end marker: what follows is no album.
+      countAlbumsBehindEnd(*reader, location, bytes.size(), reading.albumsBehindEnd);
       return;
     } else {
       NSException::raise(kNSInternalInconsistencyException,

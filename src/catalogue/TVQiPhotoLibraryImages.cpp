@@ -4,6 +4,7 @@
 #include "../stream/TVQiPhotoCodedStreamData.h"
 #include "CodedImageRecordsPrivate.h"
 #include "TVQiPhotoLibrary.h"
+#include "TVQiPhotoLibraryReadingPrivate.h"
 
 namespace mrziphoto {
 namespace {
@@ -20,18 +21,16 @@ List<ImageRecRef>& existing(List<ImageRecRef>& list) {
 
 }  // namespace
 
-void TVQiPhotoLibrary::readImageRecords(TVQiPhotoCodedStreamData& stream, std::uint32_t count) {
+void TVQiPhotoLibrary::readImageRecords(TVQiPhotoCodedStreamData& stream, Reading& reading) {
+  reading.promisedRecords += reading.imageRecordCount;
+  reading.countWithoutTable.reset();
   Ref<CodedImageRecords> source;
-  for (; count > 0; --count) {
+  for (std::uint32_t left = reading.imageRecordCount; left > 0; --left) {
     const std::uint32_t position = stream.offsetInData();
-    const std::optional<CodedImageRecords::Record> found = CodedImageRecords::pass(stream);
-    if (!found) {
-      // Nobody knows where the next record begins: the catalogue ends here.
-      stream.seekToDataOffset(stream.length());
-      return;
-    }
+    const CodedImageRecords::Record found = CodedImageRecords::pass(stream);
+    reading.note(found.state, position);
     List<ImageRecRef>& all = existing(_imageRecRefs);
-    const bool isPhoto = found->rollKey != 0;
+    const bool isPhoto = found.rollKey != 0;
     if (isPhoto && _version <= kLastVersionWithoutPhotos) {
       continue;
     }
@@ -40,7 +39,7 @@ void TVQiPhotoLibrary::readImageRecords(TVQiPhotoCodedStreamData& stream, std::u
                                        _keywords.object<KeywordMgr>());
     }
     const Ref<ImageRecRef> record = ImageRecRef::init();
-    record->setSourceForKey(source, position, found->imageKey);
+    record->setSourceForKey(source, position, found.imageKey);
     all.append(record);
     existing(isPhoto ? _photoImageRecRefs : _rollImageRecRefs).append(record);
   }

@@ -8,6 +8,7 @@
 #include "CodedFields.h"
 #include "CodedImageWalkPrivate.h"
 #include "TVQiPhotoLibrary.h"
+#include "TVQiPhotoLibraryReadingPrivate.h"
 
 namespace mrziphoto {
 namespace {
@@ -16,16 +17,17 @@ namespace {
 class RollRecord {
  public:
   /// Reads the record at the stream's position. It ends with the first field that begins at its end
-  /// or behind it. False when a size leads back to bytes that were read already.
-  bool read(TVQiPhotoCodedStreamData& stream) {
-    const std::int64_t start = stream.offsetInData();
-    const std::int64_t end = start + stream.readInt();
-    while (!stream.isAtEndOfData() && stream.offsetInData() < end) {
-      if (!readField(stream)) {
-        return false;
-      }
+  /// or behind it. Throws NegativeSize, and NSException where a typed read does.
+  void read(TVQiPhotoCodedStreamData& stream) {
+    const std::uint32_t start = stream.offsetInData();
+    const std::int32_t size = stream.readInt();
+    if (size < 0) {
+      throw NegativeSize{"roll record", start, size};
     }
-    return true;
+    const std::uint64_t end = std::uint64_t{start} + static_cast<std::uint32_t>(size);
+    while (!stream.isAtEndOfData() && stream.offsetInData() < end) {
+      readField(stream);
+    }
   }
 
   [[nodiscard]] bool isRoll() const { return value(RollValue::rollKey).intValue() != 0; }
@@ -46,19 +48,17 @@ class RollRecord {
     return _values[static_cast<std::size_t>(which)];
   }
 
-  bool readField(TVQiPhotoCodedStreamData& stream) {
+  void readField(TVQiPhotoCodedStreamData& stream) {
     const std::uint32_t start = stream.offsetInData();
-    const CodedRollField* field = findCode(kCodedRollFields, stream.readCode());
+    const std::uint32_t code = stream.readCode();
     const std::int32_t size = stream.readInt();
-    if (size < 0) {
-      return false;
-    }
-    if (field != nullptr) {
+    if (const CodedRollField* field = findCode(kCodedRollFields, code)) {
+      refuseNegativeSize(field->read, size, stream);
       _values[static_cast<std::size_t>(field->keep)] = readValue(*field, start, size, stream);
     } else {
+      NegativeSize::refuse("roll field", code, start, size);
       seekBehind(stream, start, std::uint64_t{8} + static_cast<std::uint32_t>(size));
     }
-    return true;
   }
 
   /// Reads the value of the field at `start`, whose code and size have been read, and leaves the
@@ -109,20 +109,25 @@ class RollRecord {
 }  // namespace
 
 void TVQiPhotoLibrary::_readRollDataFromStreamRange(const TVQiPhotoCodedStreamData& stream,
-                                                    std::uint32_t location, std::uint32_t length) {
+                                                    std::uint32_t location, std::uint32_t length,
+                                                    Reading& reading) {
   TVQiPhotoCodedStreamData records(stream.data().slice(location, length));
   records.setShouldSwapMode(TVQStreamData::bigEndian);
   // In front stands a number that means nothing to anybody.
   records.seekToDataOffset(4);
-  while (!records.isAtEndOfData()) {
-    RollRecord record;
-    if (!record.read(records)) {
-      // Nobody knows where the next record begins.
-      return;
+  try {
+    while (!records.isAtEndOfData()) {
+      RollRecord record;
+      record.read(records);
+      if (record.isRoll()) {
+        addRoll(Album::initWithDictionary<RollAlbum>(record.albumData()));
+        ++reading.readRolls;
+      }
     }
-    if (record.isRoll()) {
-      addRoll(Album::initWithDictionary<RollAlbum>(record.albumData()));
-    }
+  } catch (NegativeSize& size) {
+    // The sections behind this one are known to begin at its end.
+    size.offset += location;
+    reading.rollsEnd = {size.description(), size.offset};
   }
 }
 

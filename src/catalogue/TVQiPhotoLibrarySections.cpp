@@ -1,12 +1,17 @@
 // The walk over a catalogue file's sections.
 
+#include <algorithm>
+#include <iterator>
+
 #include "../platform/Log.h"
 #include "../platform/NSException.h"
 #include "../platform/NSUnarchiver.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
 #include "CodedFields.h"
+#include "CodedImageWalkPrivate.h"
 #include "TVQiPhotoLibrary.h"
 #include "TVQiPhotoLibraryIndexesPrivate.h"
+#include "TVQiPhotoLibraryReadingPrivate.h"
 
 namespace mrziphoto {
 namespace {
@@ -14,6 +19,15 @@ namespace {
 constexpr std::int32_t kFirstVersionRead = 15;
 constexpr std::int32_t kLastArchiveHeadedVersion = 50;
 constexpr std::int32_t kLastVersionRead = 150;
+
+/// True for what stands where a section should and is an image record: like those before it, or
+/// by its first field. Finds the stream behind the size word.
+bool isImageRecord(TVQiPhotoCodedStreamData& stream, std::uint32_t code,
+                   std::optional<std::uint32_t> recordCode) {
+  return code == recordCode ||
+         (stream.remaining() >= 4 &&
+          findCode(kCodedImageFields, static_cast<std::uint32_t>(stream.peekInt())) != nullptr);
+}
 
 }  // namespace
 
@@ -73,31 +87,64 @@ void TVQiPhotoLibrary::setKeywordStore(const Value& store) {
 }
 
 void TVQiPhotoLibrary::decodeSections(TVQiPhotoCodedStreamData& stream) {
-  std::uint32_t imageRecordCount = 0;
-  while (!stream.isAtEndOfData()) {
-    Section section{};
-    section.start = stream.offsetInData();
-    section.code = stream.readCode();
-    section.size = stream.readInt();
-    if (section.size == 4) {
-      static_cast<void>(stream.readInt());
+  Reading reading;
+  try {
+    while (!stream.isAtEndOfData() && !reading.end) {
+      decodeSection(stream, reading);
     }
-    if (section.size < 0) {
-      // The next section would begin in bytes that were read already.
-      return;
+  } catch (const NegativeSize& size) {
+    reading.end = {size.description(), size.offset};
+  }
+  if (reading.countWithoutTable) {
+    reading.promisedRecords += reading.imageRecordCount;
+  }
+  for (const auto& damage : {reading.rollsEnd, reading.end}) {
+    if (damage) {
+      log("Damaged iPhoto library %@: %@", _loadedFrom, damage->what);
     }
-    readSection(stream, section, imageRecordCount);
-    const std::uint64_t next =
-        std::uint64_t{section.start} + 8 + static_cast<std::uint32_t>(section.size);
-    stream.seekToDataOffset(static_cast<std::uint32_t>(std::min<std::uint64_t>(next, 0xFFFFFFFF)));
-    if (section.code == kImageTableSection) {
-      readImageRecords(stream, imageRecordCount);
-    }
+  }
+  std::ranges::move(reading.notices(_loadedFrom), std::back_inserter(_notices));
+  if (reading.readRolls > numberOfRolls()) {
+    _notices.push_back({format("the catalogue '%@' has %u rolls, of which %u belong to its archive "
+                               "album; the others were left out",
+                               _loadedFrom, reading.readRolls, numberOfRolls()),
+                        _loadedFrom,
+                        {}});
+  }
+}
+
+void TVQiPhotoLibrary::decodeSection(TVQiPhotoCodedStreamData& stream, Reading& reading) {
+  Section section{};
+  section.start = stream.offsetInData();
+  section.code = stream.readCode();
+  section.size = stream.readInt();
+  const CodedSection* known = findCode(kCodedSections, section.code);
+  if (known != nullptr && known->read != CodedRead::none) {
+    refuseNegativeSize(known->read, section.size, stream);
+  }
+  NegativeSize::refuse("section", section.code, section.start, section.size);
+  if (known == nullptr && isImageRecord(stream, section.code, reading.recordCode)) {
+    reading.uncountedRecords.add(section.start);
+  }
+  if (section.size == 4) {
+    static_cast<void>(stream.readInt());
+  }
+  readSection(stream, section, reading);
+  const std::uint64_t length = std::uint64_t{8} + static_cast<std::uint32_t>(section.size);
+  seekBehind(stream, section.start, length);
+  if (section.code == kImageTableSection) {
+    readImageRecords(stream, reading);
+  } else if (section.start + length > stream.length()) {
+    reading.end = {
+        format("the section %@ at offset %u, of %u bytes, reaches beyond the end of the "
+               "file, which has %u",
+               fourCharacterText(section.code), section.start, section.size, stream.length()),
+        section.start};
   }
 }
 
 void TVQiPhotoLibrary::readSection(TVQiPhotoCodedStreamData& stream, const Section& section,
-                                   std::uint32_t& imageRecordCount) {
+                                   Reading& reading) {
   const std::uint32_t valueStart = stream.offsetInData();
   const auto length = static_cast<std::uint32_t>(section.size);
   stream.seekToDataOffset(section.start + 4);
@@ -114,16 +161,21 @@ void TVQiPhotoLibrary::readSection(TVQiPhotoCodedStreamData& stream, const Secti
       setKeywordStore(stream.readCodedArchive());
       break;
     case kImageCountSection:
-      imageRecordCount = static_cast<std::uint32_t>(stream.readCodedInt());
+      if (reading.countWithoutTable) {
+        reading.promisedRecords += reading.imageRecordCount;
+      }
+      reading.imageRecordCount = static_cast<std::uint32_t>(stream.readCodedInt());
+      reading.countWithoutTable =
+          reading.imageRecordCount > 0 ? std::optional(section.start) : std::nullopt;
       break;
     case kDateSection:
       static_cast<void>(stream.readCodedDouble());
       break;
     case kAlbumSection:
-      _readAlbumDataFromStreamRange(stream, valueStart, length);
+      _readAlbumDataFromStreamRange(stream, valueStart, length, reading);
       break;
     case kRollSection:
-      _readRollDataFromStreamRange(stream, valueStart, length);
+      _readRollDataFromStreamRange(stream, valueStart, length, reading);
       break;
     default:
       break;
