@@ -200,8 +200,8 @@ constexpr std::size_t kPhotosAtOnce = 1024;
 /// Checks the photos and calls `use` for each of them, in order.
 template <class Use>
 void forEachChecked(const TVQiPhotoDatabase& database, NamedFiles& named, Use&& use) {
-  const List<ImageRecRef> list = database.photos();
-  std::span<const Ref<ImageRecRef>> rest(list.begin(), list.end());
+  const auto photos = database.photos().items();
+  std::span<const Ref<ImageRecRef>> rest(*photos);
   const auto begin = [&] {
     const auto some = rest.first(std::min(kPhotosAtOnce, rest.size()));
     rest = rest.subspan(some.size());

@@ -108,7 +108,7 @@ List<ImageRecRef> photosInAlbum(const TVQiPhotoDatabase& database, const Album& 
 List<ImageRecRef> photosThat(const List<ImageRecRef>& photos,
                              const std::function<bool(const ImageRecRef& photo)>& pass) {
   List<ImageRecRef>::Items kept;
-  std::ranges::copy_if(photos.items(), std::back_inserter(kept),
+  std::ranges::copy_if(photos, std::back_inserter(kept),
                        [&](const Ref<ImageRecRef>& photo) { return pass(*photo); });
   return List<ImageRecRef>(std::move(kept));
 }

@@ -110,17 +110,17 @@ List<ImageRecRef> Album::photos() const {
 }
 
 List<Album> Album::children() const {
-  List<Album> albums = List<Album>::makeEmpty();
+  List<Album>::Items albums;
   if (const Ref<Array> stored = entry(kChildren).array()) {
     albums.reserve(stored->size());
     for (const Value& element : *stored) {
       // A weak element refers back to an album around this one; to own it would close a circle.
       if (const Ref<Album> album = element.object<Album>(); album && !element.isWeak()) {
-        albums.append(album);
+        albums.push_back(album);
       }
     }
   }
-  return albums;
+  return List<Album>(std::move(albums));
 }
 
 namespace {

@@ -1,39 +1,45 @@
 #include "ArchiveAlbum.h"
 
+#include <unordered_set>
+#include <vector>
+
 #include "../platform/KeyValue.h"
 
 namespace mrziphoto {
 
-void ArchiveAlbum::addRoll(Ref<RollAlbum> roll) {
-  if (_rolls.isNothing()) {
-    _rolls = List<RollAlbum>::makeEmpty();
-  }
-  _rolls.append(std::move(roll));
-}
+void ArchiveAlbum::addRoll(Ref<RollAlbum> roll) { _rolls.append(std::move(roll)); }
 
 const List<RollAlbum>& ArchiveAlbum::rolls() const {
   if (_rolls.isNothing()) {
-    _rolls = List<RollAlbum>::makeEmpty();
+    OwnedList<RollAlbum> rolls = OwnedList<RollAlbum>::makeEmpty();
     for (const Ref<Album>& child : children()) {
-      if (const Ref<RollAlbum> roll = child.as<RollAlbum>()) {
-        _rolls.append(roll);
-      }
+      rolls.append(child.as<RollAlbum>());
     }
+    _rolls = std::move(rolls);
   }
   return _rolls;
 }
 
 void ArchiveAlbum::setDatabase(RecordDatabase* database) {
-  // Its children have it already; in a damaged archive this album may be one of them.
-  const bool isNew = database != this->database();
-  Album::setDatabase(database);
-  if (isNew) {
-    for (const Ref<Album>& child : children()) {
-      child->setDatabase(database);
+  // An archive album may stand among the children of others many times over, or inside itself.
+  std::vector<Ref<ArchiveAlbum>> waiting{Ref<ArchiveAlbum>(this)};
+  std::unordered_set<const ArchiveAlbum*> reached{this};
+  while (!waiting.empty()) {
+    const Ref<ArchiveAlbum> archive = std::move(waiting.back());
+    waiting.pop_back();
+    archive->Album::setDatabase(database);
+    for (const Ref<Album>& child : archive->children()) {
+      if (const Ref<ArchiveAlbum> inner = child.as<ArchiveAlbum>()) {
+        if (reached.insert(inner.get()).second) {
+          waiting.push_back(inner);
+        }
+      } else {
+        child->setDatabase(database);
+      }
     }
-  }
-  for (const Ref<RollAlbum>& roll : _rolls) {
-    roll->setDatabase(database);
+    for (const Ref<RollAlbum>& roll : archive->_rolls) {
+      roll->setDatabase(database);
+    }
   }
 }
 

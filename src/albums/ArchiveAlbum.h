@@ -10,7 +10,7 @@ class MRZIPHOTO_EXPORT ArchiveAlbum final : public Album {
  public:
   static const AlbumKind kClass;
 
-  /// Appends a roll album.
+  /// Appends a roll album; an absent one is passed over.
   void addRoll(Ref<RollAlbum> roll);
   /// The roll albums: those added, else those among the children; never nothing. The list is made
   /// once; later changes to the children are not seen.
@@ -22,7 +22,7 @@ class MRZIPHOTO_EXPORT ArchiveAlbum final : public Album {
   [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
 
  private:
-  mutable List<RollAlbum> _rolls;
+  mutable OwnedList<RollAlbum> _rolls;
 };
 
 }  // namespace mrziphoto

@@ -1,38 +1,57 @@
 #include "FolderAlbum.h"
 
-#include <unordered_set>
+#include <algorithm>
+#include <vector>
 
 #include "../platform/KeyValue.h"
+#include "../platform/Limits.h"
+#include "../platform/Log.h"
 
 namespace mrziphoto {
 namespace {
 
-// Deeper than archives nest.
-constexpr int kDeepest = 256;
-
-using Folders = std::unordered_set<const FolderAlbum*>;
-
-void appendAlbums(const FolderAlbum& folder, List<Album>& albums, Folders& met, int depth) {
-  // Folders of a damaged archive may contain one another, and the same one many times over.
-  if (depth > kDeepest || !met.insert(&folder).second) {
-    return;
-  }
-  for (const Ref<Album>& child : folder.children()) {
-    if (&child->objectClass() == &Album::kClass) {
-      albums.append(child);
-    } else if (&child->objectClass() == &FolderAlbum::kClass) {
-      appendAlbums(static_cast<const FolderAlbum&>(*child), albums, met, depth + 1);
+/// The walk over a folder and the folders in it.
+class Flattening {
+ public:
+  /// Lists the plain albums of the folder, and of those in it. False when there are too many.
+  bool add(const FolderAlbum& folder) {
+    // A host, or a damaged archive, may put a folder into itself.
+    if (std::ranges::find(_around, &folder) != _around.end()) {
+      return true;
     }
+    _around.push_back(&folder);
+    for (const Ref<Album>& child : folder.children()) {
+      if (++_met > Limits::current().flattenedAlbums ||
+          _around.size() > Limits::current().nesting) {
+        return false;
+      }
+      if (&child->objectClass() == &Album::kClass) {
+        albums.push_back(child);
+      } else if (&child->objectClass() == &FolderAlbum::kClass &&
+                 !add(static_cast<const FolderAlbum&>(*child))) {
+        return false;
+      }
+    }
+    _around.pop_back();
+    return true;
   }
-}
+
+  List<Album>::Items albums;
+
+ private:
+  std::vector<const FolderAlbum*> _around;
+  std::size_t _met = 0;
+};
 
 }  // namespace
 
 List<Album> FolderAlbum::albums() const {
-  List<Album> albums = List<Album>::makeEmpty();
-  Folders met;
-  appendAlbums(*this, albums, met, 0);
-  return albums;
+  Flattening all;
+  if (!all.add(*this)) {
+    log("%@ '%@' holds too many albums: %u of them are listed", className(), albumName(),
+        static_cast<std::uint32_t>(all.albums.size()));
+  }
+  return List<Album>(std::move(all.albums));
 }
 
 const Accessor* FolderAlbum::accessorNamed(std::string_view name) const {

@@ -11,12 +11,12 @@ namespace mrziphoto {
 namespace {
 
 List<Key> keysOf(const std::vector<std::uint32_t>& numbers) {
-  List<Key> keys = List<Key>::makeEmpty();
+  List<Key>::Items keys;
   keys.reserve(numbers.size());
   for (const std::uint32_t number : numbers) {
-    keys.append(Key::initWithKey(number));
+    keys.push_back(Key::initWithKey(number));
   }
-  return keys;
+  return List<Key>(std::move(keys));
 }
 
 /// A key may hold more than its number.
@@ -42,13 +42,15 @@ Ref<KeyMgr> KeyMgr::initWithKeyNumbers(std::vector<std::uint32_t> numbers) {
 void KeyMgr::initWithCoder(NSUnarchiver& coder) {
   ArchivedRecord::initWithCoder(coder);
   if (const Ref<Array> stored = entry(kKeys).array()) {
-    _keys = List<Key>::makeEmpty();
+    List<Key>::Items keys;
+    keys.reserve(stored->size());
     for (const Value& element : *stored) {
       // A weak element refers back to an object around this one; to own it would close a circle.
       if (const Ref<Key> key = element.object<Key>(); key && !element.isWeak()) {
-        _keys.append(key);
+        keys.push_back(key);
       }
     }
+    _keys = List<Key>(std::move(keys));
   }
 }
 

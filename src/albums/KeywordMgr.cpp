@@ -74,21 +74,22 @@ const List<Keyword>& KeywordMgr::keywords() const {
   if (!_keywords.isNothing()) {
     return _keywords;
   }
-  _keywords = List<Keyword>::makeEmpty();
+  List<Keyword>::Items keywords;
   Value source = entry(kKeywordList);
   if (source.isNothing()) {
     source = entry(kUsedKeywords);
   }
   if (const Ref<Array> stored = source.array()) {
-    _keywords.reserve(stored->size());
+    keywords.reserve(stored->size());
     for (const Value& element : *stored) {
       if (element.isWeak()) {
         continue;  // refers back to an object around this one; to own it would close a circle
       }
       const Ref<Keyword> keyword = element.object<Keyword>();
-      _keywords.append(keyword ? keyword : Keyword::initWithString(element));
+      keywords.push_back(keyword ? keyword : Keyword::initWithString(element));
     }
   }
+  _keywords = List<Keyword>(std::move(keywords));
   return _keywords;
 }
 

@@ -70,8 +70,8 @@ TVQiPhotoLibrary::~TVQiPhotoLibrary() {
 
 Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::init() {
   Ref<TVQiPhotoLibrary> library = Ref<TVQiPhotoLibrary>::adopt(new TVQiPhotoLibrary);
-  library->_imageRecRefs = List<ImageRecRef>::makeEmpty();
-  library->_keywordList = List<Keyword>::makeEmpty();
+  library->_imageRecRefs = OwnedList<ImageRecRef>::makeEmpty();
+  library->_keywordList = OwnedList<Keyword>::makeEmpty();
   return library;
 }
 
@@ -110,8 +110,9 @@ const std::string& TVQiPhotoLibrary::directory() const {
 
 void TVQiPhotoLibrary::setDatabase(RecordDatabase* database) {
   _database = database;
-  for (const List<ImageRecRef>& records : {_imageRecRefs, _photoImageRecRefs, _rollImageRecRefs}) {
-    for (const Ref<ImageRecRef>& record : records) {
+  for (const List<ImageRecRef>* records :
+       {&_imageRecRefs, &_photoImageRecRefs, &_rollImageRecRefs}) {
+    for (const Ref<ImageRecRef>& record : *records) {
       record->setDatabase(database);
     }
   }

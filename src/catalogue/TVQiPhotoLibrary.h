@@ -26,7 +26,7 @@ class TVQiPhotoCodedStreamData;
 
 /// The catalogue of one library, as its files hold it: image records, rolls, albums and keywords.
 ///
-/// Lists are answered themselves, not as copies: what is added later shows in them. Every record
+/// Lists are answered as views that show what is added later. Every record
 /// and album in them is the catalogue's; a host may keep a reference, but a record that outlives
 /// its catalogue has no database any more.
 class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
@@ -159,16 +159,16 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   bool flag1 = false;
   bool flag2 = false;
   Value _imagesDate1;
-  List<ImageRecRef> _imageRecRefs;
-  mutable List<ImageRecRef> _rollImageRecRefs;
-  mutable List<ImageRecRef> _photoImageRecRefs;
+  OwnedList<ImageRecRef> _imageRecRefs;
+  mutable OwnedList<ImageRecRef> _rollImageRecRefs;
+  mutable OwnedList<ImageRecRef> _photoImageRecRefs;
   // A `KeywordMgr` from the catalogue file, or whatever stood in its place there; nothing when the
   // store is the list below.
   Value _keywords;
-  List<Keyword> _keywordList;
+  OwnedList<Keyword> _keywordList;
   Value _nextKeywordKey;
   Value _xmlAlbumData;
-  List<Album> _albums = List<Album>::makeEmpty();
+  OwnedList<Album> _albums = OwnedList<Album>::makeEmpty();
   Ref<ArchiveAlbum> _archiveAlbum;
   std::vector<Notice> _notices;
 

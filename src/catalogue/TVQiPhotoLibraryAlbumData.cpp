@@ -106,7 +106,7 @@ void TVQiPhotoLibrary::loadImageRecords(const Value& masterImageList) {
       records.push_back(record);
     }
   }
-  _imageRecRefs = List<ImageRecRef>(std::move(records));
+  _imageRecRefs = OwnedList<ImageRecRef>(std::move(records));
 }
 
 void TVQiPhotoLibrary::loadAlbums(const Value& listOfAlbums) {
@@ -124,7 +124,7 @@ void TVQiPhotoLibrary::loadRolls(const Value& listOfRolls) {
 
 void TVQiPhotoLibrary::loadKeywords(const Value& listOfKeywords) {
   _keywords = {};
-  _keywordList = List<Keyword>::makeEmpty();
+  _keywordList = OwnedList<Keyword>::makeEmpty();
   _keywordIndex.reset();
   if (const Ref<Dictionary> keywords = listOfKeywords.dictionary()) {
     for (const Dictionary::Entry& keyword : *keywords) {

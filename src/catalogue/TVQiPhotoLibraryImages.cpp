@@ -12,9 +12,9 @@ namespace {
 // Up to this version the photos themselves come from other files.
 constexpr std::int32_t kLastVersionWithoutPhotos = 24;
 
-List<ImageRecRef>& existing(List<ImageRecRef>& list) {
+OwnedList<ImageRecRef>& existing(OwnedList<ImageRecRef>& list) {
   if (list.isNothing()) {
-    list = List<ImageRecRef>::makeEmpty();
+    list = OwnedList<ImageRecRef>::makeEmpty();
   }
   return list;
 }
@@ -29,7 +29,7 @@ void TVQiPhotoLibrary::readImageRecords(TVQiPhotoCodedStreamData& stream, Readin
     const std::uint32_t position = stream.offsetInData();
     const CodedImageRecords::Record found = CodedImageRecords::pass(stream);
     reading.note(found.state, position);
-    List<ImageRecRef>& all = existing(_imageRecRefs);
+    OwnedList<ImageRecRef>& all = existing(_imageRecRefs);
     const bool isPhoto = found.rollKey != 0;
     if (isPhoto && _version <= kLastVersionWithoutPhotos) {
       continue;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -12,13 +13,14 @@ namespace mrziphoto {
 /// The first record of a list with a given key, as a walk over the list would find it.
 class TVQiPhotoLibrary::RecordIndex {
  public:
-  explicit RecordIndex(List<ImageRecRef> records)
-      : _records(std::move(records)), _byNumber(_records.size()) {
-    for (std::size_t i = 0; i < _records.size(); ++i) {
-      if (const auto number = _records[i]->plainKeyNumber()) {
+  explicit RecordIndex(const List<ImageRecRef>& records)
+      : _records(records.items()), _byNumber(_records->size()) {
+    for (std::size_t i = 0; i < _records->size(); ++i) {
+      const Ref<ImageRecRef>& record = (*_records)[i];
+      if (const auto number = record->plainKeyNumber()) {
         _byNumber.add(*number, i);
       } else {
-        _others.push_back(_records[i]);
+        _others.push_back(record);
       }
     }
   }
@@ -26,7 +28,7 @@ class TVQiPhotoLibrary::RecordIndex {
   [[nodiscard]] Ref<ImageRecRef> find(const Key& key) const {
     if (const auto number = key.plainNumber()) {
       const auto position = _byNumber.find(*number);
-      return position ? _records[*position] : Ref<ImageRecRef>();
+      return position ? (*_records)[*position] : Ref<ImageRecRef>();
     }
     // Keys that are more than a number are rare, and equal only their own like.
     for (const Ref<ImageRecRef>& record : _others) {
@@ -54,7 +56,7 @@ class TVQiPhotoLibrary::RecordIndex {
       const auto number = numberOf(keys[i]);
       const auto position = number ? _byNumber.find(*number) : std::nullopt;
       if (position) {
-        places[i] = &_records.items()[*position];
+        places[i] = &(*_records)[*position];
         __builtin_prefetch(places[i]);
       }
     }
@@ -69,7 +71,7 @@ class TVQiPhotoLibrary::RecordIndex {
   }
 
  private:
-  List<ImageRecRef> _records;
+  std::shared_ptr<const List<ImageRecRef>::Items> _records;
   NumberIndex _byNumber;
   std::vector<Ref<ImageRecRef>> _others;
 };

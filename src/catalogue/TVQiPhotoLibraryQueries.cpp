@@ -45,10 +45,10 @@ void TVQiPhotoLibrary::_makePhotoArrays() const {
     }
   }
   if (makePhotos) {
-    _photoImageRecRefs = List<ImageRecRef>(std::move(photos));
+    _photoImageRecRefs = OwnedList<ImageRecRef>(std::move(photos));
   }
   if (makeRolls) {
-    _rollImageRecRefs = List<ImageRecRef>(std::move(rolls));
+    _rollImageRecRefs = OwnedList<ImageRecRef>(std::move(rolls));
   }
 }
 
@@ -73,11 +73,11 @@ Ref<ImageRecRef> TVQiPhotoLibrary::photoForKey(const Ref<Key>& key) const {
 List<ImageRecRef> TVQiPhotoLibrary::photosForKeys(const List<Key>& keys) const {
   constexpr std::size_t kRun = 64;
   std::array<Ref<ImageRecRef>, kRun> photos;
+  const auto asked = keys.items();
   List<ImageRecRef>::Items found;
-  found.reserve(keys.size());
-  for (std::size_t at = 0; at < keys.size(); at += kRun) {
-    const std::span run(keys.begin() + static_cast<std::ptrdiff_t>(at),
-                        std::min(kRun, keys.size() - at));
+  found.reserve(asked->size());
+  for (std::size_t at = 0; at < asked->size(); at += kRun) {
+    const std::span run = std::span(*asked).subspan(at, std::min(kRun, asked->size() - at));
     photoIndex().find(run, photos);
     for (std::size_t i = 0; i < run.size(); ++i) {
       if (photos[i]) {
@@ -122,8 +122,7 @@ void TVQiPhotoLibrary::addAlbum(const Ref<Album>& album) {
 }
 
 void TVQiPhotoLibrary::addAlbums(const List<Album>& albums) {
-  // A copy: the list may be the one that grows.
-  for (const Ref<Album>& album : List<Album>::Items(albums.items())) {
+  for (const Ref<Album>& album : albums) {
     addAlbum(album);
   }
 }
@@ -167,15 +166,15 @@ Ref<Keyword> TVQiPhotoLibrary::keywordForKey(const Value& key) const {
 }
 
 List<Keyword> TVQiPhotoLibrary::keywordsForKeys(const Array& keys) const {
-  List<Keyword> found = List<Keyword>::makeEmpty();
+  List<Keyword>::Items found;
   if (const Ref<KeywordMgr> manager = _keywords.object<KeywordMgr>()) {
     for (const Value& key : keys) {
       if (const Ref<Keyword> keyword = manager->keywordForKeyNumber(key)) {
-        found.append(keyword);
+        found.push_back(keyword);
       }
     }
   }
-  return found;
+  return List<Keyword>(std::move(found));
 }
 
 std::string TVQiPhotoLibrary::updateImagePath(const std::string& path) const {

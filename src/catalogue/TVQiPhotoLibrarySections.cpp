@@ -77,7 +77,7 @@ void TVQiPhotoLibrary::setKeywordStore(const Value& store) {
   _keywordIndex.reset();
   if (const Ref<Array> list = store.array()) {
     _keywords = {};
-    _keywordList = List<Keyword>::makeEmpty();
+    _keywordList = OwnedList<Keyword>::makeEmpty();
     for (const Value& element : *list) {
       if (const Ref<Keyword> keyword = element.object<Keyword>()) {
         _keywordList.append(keyword);

@@ -22,6 +22,8 @@ struct MRZIPHOTO_EXPORT Limits {
   std::uint64_t leastExpansion = 16'000'000;
   /// Objects, arrays and dictionaries inside each other.
   std::uint32_t nesting = 256;
+  /// Albums and folders that are met while one folder's albums are listed.
+  std::uint32_t flattenedAlbums = 100'000;
   /// Bytes of one description, whatever it describes.
   std::uint64_t description = std::uint64_t{16} << 20;
   /// Pixels of the longer side of a picture that is decoded, and of the whole picture.

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <compare>
 #include <cstddef>
+#include <iterator>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -10,54 +12,54 @@
 
 namespace mrziphoto {
 
-/// A list of objects of one class, or nothing. Copies share one list, so that an owner's list
-/// shows its later additions to whoever asked for it before. Walking nothing is walking an empty
-/// list.
+/// A view of a list of objects of one class, or nothing. It shows what the list's owner adds and
+/// removes later, and keeps what it shows alive; only the owner can change the list. Walking
+/// nothing is walking an empty list. A walk goes through the objects that the list held when it
+/// began, whatever is added or removed meanwhile.
 template <class T>
 class List {
  public:
+  /// The objects themselves. A list holds no absent ones.
   using Items = std::vector<Ref<T>>;
+  class Iterator;
 
   /// Nothing.
   List() = default;
-  /// A new list of these items.
-  explicit List(Items items) : _items(std::make_shared<Owned>(std::move(items))) {}
-  /// A new empty list.
+  /// A list of these objects, which nobody changes any more. Absent ones are left out.
+  explicit List(Items items) : _shared(std::make_shared<Shared>(std::move(items))) {}
+  /// An empty list, which is not nothing.
   static List makeEmpty() { return List(Items()); }
 
-  [[nodiscard]] bool isNothing() const { return _items == nullptr; }
-  [[nodiscard]] std::size_t size() const { return items().size(); }
-  [[nodiscard]] bool empty() const { return items().empty(); }
-  [[nodiscard]] auto begin() const { return items().begin(); }
-  [[nodiscard]] auto end() const { return items().end(); }
-  const Ref<T>& operator[](std::size_t position) const { return items()[position]; }
-  [[nodiscard]] const Items& items() const {
-    static const Items kNone;
-    return _items != nullptr ? _items->items : kNone;
+  [[nodiscard]] bool isNothing() const { return _shared == nullptr; }
+  [[nodiscard]] std::size_t size() const { return _shared != nullptr ? current().size() : 0; }
+  [[nodiscard]] bool empty() const { return size() == 0; }
+  [[nodiscard]] Iterator begin() const { return Iterator(_shared, 0); }
+  [[nodiscard]] Iterator end() const { return Iterator(_shared, size()); }
+  /// The object at that position, below `size`.
+  Ref<T> operator[](std::size_t position) const { return current()[position]; }
+  /// The objects that the list holds now.
+  [[nodiscard]] std::shared_ptr<const Items> items() const {
+    static const auto kNone = std::make_shared<const Items>();
+    return _shared != nullptr ? _shared->shownItems() : kNone;
   }
-
-  /// The changes below are for the list's owner, and not for nothing.
-  void append(Ref<T> item) { _items->items.push_back(std::move(item)); }
-  void insert(Ref<T> item, std::size_t position) {
-    Items& items = _items->items;
-    items.insert(items.begin() + static_cast<std::ptrdiff_t>(position), std::move(item));
-  }
-  void clear() { _items->items.clear(); }
-  void reserve(std::size_t count) { _items->items.reserve(count); }
+  /// True for two views of one list.
+  [[nodiscard]] bool isSameList(const List& other) const { return _shared == other._shared; }
 
   /// The items as an array value, for key-value access; nothing for nothing.
   [[nodiscard]] Value value() const {
     return isNothing() ? Value() : Value(make<Array>(std::vector<Value>(begin(), end())));
   }
 
- private:
+ protected:
+  /// The objects of one moment. Each one's count lies wherever the object does; it is fetched while
+  /// others are let go.
   struct Owned {
     Items items;
 
-    explicit Owned(Items owned) : items(std::move(owned)) {}
-    Owned(const Owned&) = delete;
+    Owned() = default;
+    explicit Owned(Items owned) : items(std::move(owned)) { std::erase(items, nullptr); }
+    Owned(const Owned&) = default;
     Owned& operator=(const Owned&) = delete;
-    /// Each item's count lies wherever the item does; it is fetched while others are let go.
     ~Owned() {
       constexpr std::size_t kAhead = 16;
       for (std::size_t i = 0; i < items.size(); ++i) {
@@ -69,7 +71,113 @@ class List {
     }
   };
 
-  std::shared_ptr<Owned> _items;
+  /// What all views of one list share.
+  struct Shared {
+    std::shared_ptr<Owned> owned;
+
+    explicit Shared(Items items) : owned(std::make_shared<Owned>(std::move(items))) {}
+    [[nodiscard]] std::shared_ptr<const Items> shownItems() const { return {owned, &owned->items}; }
+  };
+
+  [[nodiscard]] const Items& current() const { return _shared->owned->items; }
+
+  std::shared_ptr<Shared> _shared;
+};
+
+/// A position in a walk over a list. It keeps the objects of the walk alive.
+template <class T>
+class List<T>::Iterator {
+ public:
+  using iterator_category = std::random_access_iterator_tag;
+  using value_type = Ref<T>;
+  using difference_type = std::ptrdiff_t;
+  using reference = const Ref<T>&;
+  using pointer = const Ref<T>*;
+
+  Iterator() = default;
+
+  reference operator*() const { return *_at; }
+  pointer operator->() const { return _at; }
+  reference operator[](difference_type steps) const { return _at[steps]; }
+  Iterator& operator++() { return *this += 1; }
+  Iterator operator++(int) { return std::exchange(*this, *this + 1); }
+  Iterator& operator--() { return *this -= 1; }
+  Iterator operator--(int) { return std::exchange(*this, *this - 1); }
+  Iterator& operator+=(difference_type steps) {
+    _at += steps;
+    return *this;
+  }
+  Iterator& operator-=(difference_type steps) { return *this += -steps; }
+  friend Iterator operator+(Iterator from, difference_type steps) { return from += steps; }
+  friend Iterator operator+(difference_type steps, Iterator from) { return from += steps; }
+  friend Iterator operator-(Iterator from, difference_type steps) { return from -= steps; }
+  friend difference_type operator-(const Iterator& a, const Iterator& b) { return a._at - b._at; }
+  bool operator==(const Iterator& other) const { return _at == other._at; }
+  auto operator<=>(const Iterator& other) const { return _at <=> other._at; }
+
+ private:
+  friend class List;
+  Iterator(const std::shared_ptr<Shared>& list, std::size_t position) {
+    if (list != nullptr) {
+      _walked = list->owned;
+      _at = _walked->items.data() + position;
+    }
+  }
+
+  std::shared_ptr<const Owned> _walked;
+  pointer _at = nullptr;
+};
+
+/// A list whose owner adds and removes. Handed out, it is a `List`, which does neither.
+template <class T>
+class OwnedList final : public List<T> {
+ public:
+  using typename List<T>::Items;
+
+  /// Nothing, until something is added.
+  OwnedList() = default;
+  explicit OwnedList(Items items) : List<T>(std::move(items)) {}
+  static OwnedList makeEmpty() { return OwnedList(Items()); }
+  OwnedList(const OwnedList&) = delete;
+  OwnedList& operator=(const OwnedList&) = delete;
+  OwnedList(OwnedList&&) noexcept = default;
+  OwnedList& operator=(OwnedList&&) noexcept = default;
+
+  /// An absent item is passed over.
+  void append(Ref<T> item) {
+    if (item) {
+      changed().push_back(std::move(item));
+    }
+  }
+  /// Puts the item in front of the one at that position, which is `size` at most. An absent item is
+  /// passed over.
+  void insert(Ref<T> item, std::size_t position) {
+    if (item) {
+      Items& items = changed();
+      items.insert(items.begin() + static_cast<std::ptrdiff_t>(position), std::move(item));
+    }
+  }
+  void clear() {
+    if (!this->isNothing()) {
+      this->_shared->owned = std::make_shared<Owned>();
+    }
+  }
+
+ private:
+  using typename List<T>::Owned;
+  using typename List<T>::Shared;
+
+  /// The items, to be changed: a copy of them while somebody walks over them.
+  Items& changed() {
+    if (this->isNothing()) {
+      this->_shared = std::make_shared<Shared>(Items());
+    }
+    std::shared_ptr<Owned>& owned = this->_shared->owned;
+    if (owned.use_count() > 1) {
+      owned = std::make_shared<Owned>(*owned);
+    }
+    return owned->items;
+  }
 };
 
 }  // namespace mrziphoto

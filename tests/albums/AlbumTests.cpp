@@ -8,6 +8,7 @@
 #include <MRZiPhoto/albums/PublishedAlbum.h>
 #include <MRZiPhoto/albums/RollAlbum.h>
 #include <MRZiPhoto/platform/Array.h>
+#include <MRZiPhoto/platform/Limits.h>
 #include <MRZiPhoto/platform/NSArchiver.h>
 #include <MRZiPhoto/platform/NSException.h>
 #include <MRZiPhoto/platform/NSUnarchiver.h>
@@ -26,14 +27,19 @@ Ref<Kind> named(std::string_view name) {
   return album;
 }
 
-/// An album of that kind with these children, the way archives bring it.
+/// An album of that kind with these children.
+template <class Kind>
+Ref<Kind> containing(std::vector<Value> children) {
+  const Ref<Kind> album = Album::init<Kind>();
+  album->storedDictionary()->set(Album::kChildren, make<Array>(std::move(children)));
+  return album;
+}
+
+/// The same, the way archives bring it.
 template <class Kind>
 Ref<Kind> withChildren(std::vector<Value> children) {
   NSArchiver archiver;
-  const Ref<Kind> album = Album::init<Kind>();
-  const_cast<Dictionary&>(*album->storedDictionary())
-      .set(Album::kChildren, make<Array>(std::move(children)));
-  archiver.encodeObject(album);
+  archiver.encodeObject(containing<Kind>(std::move(children)));
   return NSUnarchiver::initForReadingWithData(archiver.archivedData())
       ->decodeObject()
       .template object<Kind>();
@@ -157,6 +163,25 @@ TEST(FolderAlbum, ListsPlainAlbumsWithFoldersFlattened) {
                                  withChildren<FolderAlbum>({named("B"), inner}), "text"});
   EXPECT_EQ(names(outer->albums()), "ABC");
   EXPECT_EQ(outer->children().size(), 3U);
+  // A folder that stands there twice is listed twice; one inside itself is not.
+  EXPECT_EQ(names(withChildren<FolderAlbum>({inner, named("D"), inner})->albums()), "CDC");
+  const Ref<FolderAlbum> circle = named<FolderAlbum>("circle");
+  const Ref<Array> inCircle = make<Array>(std::vector<Value>{named("E"), circle, inner});
+  circle->storedDictionary()->set(Album::kChildren, inCircle);
+  EXPECT_EQ(names(circle->albums()), "EC");
+  circle->storedDictionary()->set(Album::kChildren, {});
+
+  Ref<FolderAlbum> doubled = inner;
+  for (int i = 0; i < 60; ++i) {
+    doubled = containing<FolderAlbum>({doubled, doubled});
+  }
+  Limits limits;
+  limits.flattenedAlbums = 1000;
+  const Limits::Scope scope(limits);
+  CollectedLog log;
+  EXPECT_EQ(doubled->albums().size(), 316U);
+  EXPECT_EQ(log.lines(), std::vector<std::string>{"FolderAlbum 'Album' holds too many albums: "
+                                                  "316 of them are listed"});
 }
 
 TEST(ArchiveAlbum, ListsItsRollsOnce) {
@@ -169,9 +194,31 @@ TEST(ArchiveAlbum, ListsItsRollsOnce) {
   added->addRoll(named<RollAlbum>("9"));
   EXPECT_EQ(names(added->rolls()), "9") << "added rolls stand in for the children's";
   EXPECT_TRUE(Album::init<ArchiveAlbum>()->rolls().empty());
+}
+
+TEST(ArchiveAlbum, HandsItsDatabaseToEveryAlbumInIt) {
+  const Ref<ArchiveAlbum> archive = withChildren<ArchiveAlbum>(
+      {named<RollAlbum>("1"), withChildren<ArchiveAlbum>({named("in another")})});
+  archive->addRoll(named<RollAlbum>("added"));
+  const Ref<Album> direct = archive->children()[0];
+  const Ref<Album> deeper = archive->children()[1]->children()[0];
   StandInDatabase database;
   archive->setDatabase(&database);
-  EXPECT_EQ(archive->rolls()[2]->database(), &database);
+  EXPECT_EQ(direct->database(), &database);
+  EXPECT_EQ(deeper->database(), &database);
+  EXPECT_EQ(archive->rolls()[0]->database(), &database);
+  direct->setDatabase(nullptr);
+  archive->setDatabase(&database);
+  EXPECT_EQ(direct->database(), &database) << "the same database again";
+  archive->setDatabase(nullptr);
+  EXPECT_EQ(archive->rolls()[0]->database(), nullptr);
+
+  Ref<ArchiveAlbum> doubled = archive;
+  for (int i = 0; i < 60; ++i) {
+    doubled = containing<ArchiveAlbum>({doubled, doubled});
+  }
+  doubled->setDatabase(&database);
+  EXPECT_EQ(doubled->children()[1]->database(), &database);
 }
 
 TEST(Album, AlbumFilesThatHoldNoAlbumGiveNothing) {
@@ -226,7 +273,7 @@ TEST(KeyMgr, ReadsThePackedForm) {
     EXPECT_EQ(keys->keyNumbers(), each.keys);
   }
   const List<Key> list({Key::initWithKey(4), Key::initWithKey(9)});
-  EXPECT_EQ(&KeyMgr::initWithKeys(list)->imageKeys().items(), &list.items());
+  EXPECT_TRUE(KeyMgr::initWithKeys(list)->imageKeys().isSameList(list));
 }
 
 }  // namespace

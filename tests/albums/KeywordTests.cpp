@@ -58,7 +58,7 @@ TEST(KeywordMgr, ListsOneEntryAndSearchesTheOther) {
                                        keyword("object", Key::initWithKey(2))})}}));
   EXPECT_EQ(manager->count(), 3U);
   EXPECT_EQ(manager->keywords()[2]->string(), "c");
-  EXPECT_EQ(&manager->keywords().items(), &manager->keywords().items());
+  EXPECT_TRUE(manager->keywords().isSameList(manager->keywords()));
   ASSERT_TRUE(manager->keywordForKeyNumber(1));
   EXPECT_EQ(manager->keywordForKeyNumber(1)->string(), "used");
   EXPECT_FALSE(manager->keywordForKeyNumber(2)) << "a Key equals no bare number";

@@ -49,13 +49,13 @@ struct StandInDatabase final : RecordDatabase {
     return found == keywords.end() ? Ref<Keyword>() : found->second;
   }
   List<ImageRecRef> photosForKeys(const List<Key>& keys) const override {
-    List<ImageRecRef> found = List<ImageRecRef>::makeEmpty();
+    List<ImageRecRef>::Items found;
     for (const Ref<Key>& key : keys) {
       if (const auto photo = photos.find(key->value().intValue()); photo != photos.end()) {
-        found.append(photo->second);
+        found.push_back(photo->second);
       }
     }
-    return found;
+    return List<ImageRecRef>(std::move(found));
   }
   Ref<ImageRecRef> rollRecRefForKey(const Value& key) const override {
     const auto found = rolls.find(keyNumber(key).intValue());
