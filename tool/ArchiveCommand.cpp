@@ -7,6 +7,8 @@
 
 #include "Commands.h"
 #include "Failure.h"
+#include "JsonText.h"
+#include "TerminalText.h"
 
 namespace mrziphoto::tool {
 namespace {
@@ -37,8 +39,10 @@ void archive(Session& session) {
   }
   const ArchiveDocument document = readArchive(session.arguments.words.front());
   std::string& out = session.output.text();
-  out += format == Format::table ? document.text() : document.json();
-  if (!out.ends_with('\n')) {
+  if (format == Format::table) {
+    out += terminalLines(document.text());
+  } else {
+    JsonText::appendHarmless(out, document.json());
     out += '\n';
   }
 }

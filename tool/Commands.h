@@ -21,5 +21,6 @@ void dump(Session& session);
 void watch(Session& session);
 void archive(Session& session);
 void sample(Session& session);
+void help(Session& session);
 
 }  // namespace mrziphoto::tool

@@ -3,6 +3,7 @@
 #include <MRZiPhoto/platform/Text.h>
 
 #include "Output.h"
+#include "TerminalText.h"
 
 namespace mrziphoto::tool {
 namespace {
@@ -38,10 +39,11 @@ void CsvWriter::cell(std::string_view text, CellKind /*kind*/) {
   if (_column++ > 0) {
     out += ',';
   }
-  std::string repaired;
-  if (!text::isUtf8(text)) {
-    repaired = text::repairedUtf8(text);
-    text = repaired;
+  std::string shown;
+  if (_output.terminal().isThere) {
+    text = shown = terminalText(text);
+  } else if (!text::isUtf8(text)) {
+    text = shown = text::repairedUtf8(text);
   }
   // An empty line would be no record at all.
   const bool isEmptyLine = text.empty() && _columns == 1;

@@ -10,7 +10,8 @@
 namespace mrziphoto::tool {
 
 /// Records as lines of comma-separated fields, below a line of field names. Quoted as RFC 4180
-/// says; a line ends in a line feed. An absent value is an empty field.
+/// says; a line ends in a line feed. An absent value is an empty field. The texts are written as
+/// they are, made harmless on a terminal only.
 class CsvWriter final : public CellWriter {
  public:
   CsvWriter(Output& output, const std::vector<std::string>& fields);

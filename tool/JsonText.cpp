@@ -8,14 +8,12 @@
 
 #include <MRZiPhoto/platform/Text.h>
 
+#include "TerminalText.h"
+
 namespace mrziphoto::tool {
 namespace {
 
-// The 8-bit control characters are C2 80 to C2 9F.
-constexpr unsigned char kLeadOfControls = 0xC2;
-constexpr unsigned char kEndOfControls = 0xA0;
-
-enum class Treatment : unsigned char { plain, escaped, perhapsControl };
+enum class Treatment : unsigned char { plain, escaped, perhapsSteering };
 
 constexpr std::array<Treatment, 256> kTreatments = [] {
   std::array<Treatment, 256> treatments{};
@@ -25,7 +23,10 @@ constexpr std::array<Treatment, 256> kTreatments = [] {
   treatments['"'] = Treatment::escaped;
   treatments['\\'] = Treatment::escaped;
   treatments[0x7F] = Treatment::escaped;
-  treatments[kLeadOfControls] = Treatment::perhapsControl;
+  // The first bytes of all other characters that steer terminals.
+  for (const std::size_t lead : {0xC2, 0xD8, 0xE2, 0xF3}) {
+    treatments.at(lead) = Treatment::perhapsSteering;
+  }
   return treatments;
 }();
 
@@ -34,7 +35,15 @@ constexpr std::array kShortEscapes{
     std::pair{'\r', 'r'}, std::pair{'\b', 'b'},  std::pair{'\f', 'f'},
 };
 
-void appendEscape(std::string& out, unsigned char character) {
+void appendUnit(std::string& out, std::uint32_t unit) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  out += "\\u";
+  for (const unsigned shift : {12U, 8U, 4U, 0U}) {
+    out += kDigits[unit >> shift & 0xFU];
+  }
+}
+
+void appendEscape(std::string& out, std::uint32_t character) {
   for (const auto& [plain, letter] : kShortEscapes) {
     if (static_cast<unsigned char>(plain) == character) {
       out += '\\';
@@ -42,10 +51,12 @@ void appendEscape(std::string& out, unsigned char character) {
       return;
     }
   }
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  out += "\\u00";
-  out += kDigits[character >> 4U];
-  out += kDigits[character & 0xFU];
+  if (character >= 0x10000) {
+    appendUnit(out, 0xD800 + ((character - 0x10000) >> 10U));
+    appendUnit(out, 0xDC00 + (character & 0x3FFU));
+  } else {
+    appendUnit(out, character);
+  }
 }
 
 bool isAscii(std::string_view text) {
@@ -66,35 +77,42 @@ std::size_t plainEights(std::string_view text, std::size_t begin) {
   for (std::uint64_t bytes = 0; text.size() - i >= sizeof bytes; i += sizeof bytes) {
     std::memcpy(&bytes, text.data() + i, sizeof bytes);
     const std::uint64_t below = (bytes - 0x20 * kOnes) & ~bytes & kHighBits;
-    if ((below | zeros(bytes ^ '"' * kOnes) | zeros(bytes ^ '\\' * kOnes) |
-         zeros(bytes ^ 0x7F * kOnes) | zeros(bytes ^ kLeadOfControls * kOnes)) != 0) {
+    const std::uint64_t outsideAscii = bytes & kHighBits;
+    if ((below | outsideAscii | zeros(bytes ^ '"' * kOnes) | zeros(bytes ^ '\\' * kOnes) |
+         zeros(bytes ^ 0x7F * kOnes)) != 0) {
       break;
     }
   }
   return i - begin;
 }
 
-void appendEscaped(std::string& out, std::string_view text) {
+/// Appends well-formed text, those characters as escapes that `isEscaped` says.
+template <class IsEscaped>
+void appendEscaped(std::string& out, std::string_view text, IsEscaped&& isEscaped) {
   std::size_t begin = 0;
-  for (std::size_t i = plainEights(text, 0); i < text.size(); ++i) {
-    auto byte = static_cast<unsigned char>(text[i]);
-    const Treatment treatment = kTreatments.at(byte);
+  for (std::size_t i = plainEights(text, 0); i < text.size();) {
+    const Treatment treatment = kTreatments.at(static_cast<unsigned char>(text[i]));
     if (treatment == Treatment::plain) {
+      ++i;
       continue;
     }
-    const std::size_t at = i;
-    if (treatment == Treatment::perhapsControl) {
-      byte = static_cast<unsigned char>(text[i + 1]);
-      if (byte >= kEndOfControls) {
-        continue;
-      }
-      ++i;
+    std::string_view rest = text.substr(i);
+    const std::uint32_t character = text::nextCharacter(rest);
+    const std::size_t end = text.size() - rest.size();
+    if (isEscaped(treatment, character)) {
+      out.append(text, begin, i - begin);
+      appendEscape(out, character);
+      begin = end;
     }
-    out.append(text, begin, at - begin);
-    appendEscape(out, byte);
-    begin = i + 1;
+    i = end;
   }
   out.append(text, begin);
+}
+
+void appendEscaped(std::string& out, std::string_view text) {
+  appendEscaped(out, text, [](Treatment treatment, std::uint32_t character) {
+    return treatment == Treatment::escaped || steersTerminal(character);
+  });
 }
 
 }  // namespace
@@ -107,6 +125,12 @@ void JsonText::appendQuoted(std::string& out, std::string_view text) {
     appendEscaped(out, text::repairedUtf8(text));
   }
   out += '"';
+}
+
+void JsonText::appendHarmless(std::string& out, std::string_view json) {
+  appendEscaped(out, json, [](Treatment treatment, std::uint32_t character) {
+    return treatment == Treatment::perhapsSteering && steersTerminal(character);
+  });
 }
 
 void JsonText::separate() {

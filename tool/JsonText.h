@@ -25,9 +25,12 @@ class JsonText {
   /// The next value follows something that was appended by other hands, and takes no comma.
   void restart() { _needsComma = false; }
 
-  /// Appends a text in quotes. What is no valid UTF-8 becomes U+FFFD; all control characters, the
-  /// 8-bit ones too, are escaped.
+  /// Appends a text in quotes. What is no valid UTF-8 becomes U+FFFD; every character that would
+  /// steer a terminal is escaped.
   static void appendQuoted(std::string& out, std::string_view text);
+  /// Appends well-formed JSON of another writer with such characters, which stand in its texts,
+  /// escaped.
+  static void appendHarmless(std::string& out, std::string_view json);
 
  private:
   void separate();

@@ -7,6 +7,7 @@
 #include <functional>
 #include <iterator>
 #include <system_error>
+#include <unistd.h>
 #include <unordered_set>
 
 #include <MRZiPhoto/photos/Key.h>
@@ -134,7 +135,7 @@ bool isKeyword(const TVQiPhotoDatabase& database, const std::string& text) {
 void announce(const std::string& folder) {
   constexpr std::uint64_t kLarge = std::uint64_t{256} * 1024 * 1024;
   const std::optional<std::uint64_t> size = FileManager::size(path::join(folder, "AlbumData.xml"));
-  if (Output::errorIsTerminal() && size.value_or(0) >= kLarge) {
+  if (Terminal::at(STDERR_FILENO).isThere && size.value_or(0) >= kLarge) {
     Progress::note("Opening " + folder + " ...");
   }
 }

@@ -18,6 +18,7 @@
 #include "Commands.h"
 #include "FieldTable.h"
 #include "Library.h"
+#include "TerminalText.h"
 #include "Values.h"
 
 namespace mrziphoto::tool {
@@ -194,7 +195,7 @@ void keywords(Session& session) {
 
 void dump(Session& session) {
   if (const std::optional<std::string> text = openLibrary(session).catalogueDescription()) {
-    session.output.text() += *text;
+    session.output.text() += session.arguments.strict ? *text : terminalLines(*text);
     session.output.text() += '\n';
   }
 }

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Output.h"
+#include "Messages.h"
 
 namespace mrziphoto::tool {
 
@@ -14,8 +14,8 @@ bool tellNotices(Session& session) {
   const std::vector<Notice> notices =
       session.database ? session.database->notices() : std::vector<Notice>();
   for (const Notice& notice : notices) {
-    if (session.toldSentences.insert(notice.sentence).second && !session.arguments.quiet) {
-      Output::complain(notice.sentence);
+    if (session.toldSentences.insert(notice.sentence).second) {
+      Messages::notice("what of the library is missing, repaired or left out", notice.sentence);
     }
   }
   return !session.toldSentences.empty();

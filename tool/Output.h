@@ -9,10 +9,33 @@ namespace mrziphoto::tool {
 /// Thrown when nobody reads standard output any more: the command then ends quietly.
 class ClosedPipe {};
 
+/// When the answer is coloured.
+enum class Color { automatic, always, never };
+
+/// What is known of the terminal at a standard stream.
+struct Terminal {
+  static constexpr std::size_t kUsualWidth = 80;
+
+  /// False for a file or a pipe.
+  bool isThere = false;
+  std::size_t width = kUsualWidth;
+
+  static Terminal at(int descriptor);
+};
+
 /// Standard output, written in large pieces.
 class Output {
  public:
+  /// For a file or a pipe, until `adapt` is called.
   Output();
+
+  /// Finds out who reads standard output.
+  void adapt(Color color);
+  /// The terminal that shows the answer.
+  [[nodiscard]] const Terminal& terminal() const { return _terminal; }
+  void setTerminal(const Terminal& terminal) { _terminal = terminal; }
+  /// The text as a heading, which is bold where the answer is coloured.
+  [[nodiscard]] std::string heading(const std::string& text) const;
 
   /// What is not written yet; to be appended to.
   [[nodiscard]] std::string& text() { return _text; }
@@ -26,16 +49,12 @@ class Output {
   /// when it is a pipe that nobody reads.
   void flush();
 
-  /// True when a person looks at standard output, or at standard error.
-  static bool isTerminal();
-  static bool errorIsTerminal();
-  /// Writes "mrziphoto: " and the sentence to standard error.
-  static void complain(std::string_view sentence);
-
  private:
   static constexpr std::size_t kPiece = std::size_t{256} * 1024;
 
   std::string _text;
+  Terminal _terminal;
+  bool _isColored = false;
 };
 
 }  // namespace mrziphoto::tool

@@ -52,7 +52,7 @@ void photos(Session& session) {
   const auto out = RecordWriter::to(session.output, arguments.format, Shape::list, fields.names());
   Progress progress("Listing photos");
   // On a terminal the list itself shows how far it is.
-  const bool isSeen = Output::isTerminal();
+  const bool isSeen = session.output.terminal().isThere;
   std::size_t done = 0;
   for (const Ref<ImageRecRef>& photo : selected) {
     fields.write(*out, *photo);

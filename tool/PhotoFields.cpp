@@ -10,8 +10,9 @@
 #include <MRZiPhoto/platform/NSException.h>
 
 #include "Failure.h"
-#include "Output.h"
+#include "Messages.h"
 #include "Values.h"
+#include "Wording.h"
 
 namespace mrziphoto::tool {
 namespace {
@@ -123,7 +124,8 @@ void complain(const ImageRecRef& photo, const std::string& what, const NSExcepti
   const Value number = numberOfKey(photo.key());
   const std::string which =
       number.isNothing() ? "a photo without a key" : "photo " + number.description();
-  Output::complain(which + ": " + what + " cannot be read: " + exception.reason());
+  Messages::complain("what cannot be read",
+                     which + ": " + what + " cannot be read: " + exception.reason());
 }
 
 /// The camera values of one photo, asked for once.
@@ -188,7 +190,10 @@ void PhotoFields::add(std::string_view name, Write direct) {
   Field field{std::string(name), direct, photo.accessorNamed(name),
               photo.exifData()->accessorNamed(name)};
   if (direct == nullptr && field.ofPhoto == nullptr && field.ofCamera == nullptr) {
-    throw Failure(ExitStatus::wrongUse, "a photo has no field '" + field.name + "'");
+    std::array<std::string_view, kPhotoFields.size()> names;
+    std::ranges::transform(kPhotoFields, names.begin(), &PhotoField::name);
+    throw Failure(ExitStatus::wrongUse,
+                  "a photo has no field '" + field.name + '\'' + didYouMean(field.name, names, ""));
   }
   _fields.push_back(std::move(field));
 }

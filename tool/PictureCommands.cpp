@@ -15,6 +15,7 @@
 #include "Failure.h"
 #include "JpegWriter.h"
 #include "Library.h"
+#include "Messages.h"
 #include "NewFile.h"
 #include "Pictures.h"
 #include "Progress.h"
@@ -100,8 +101,10 @@ void contactSheet(Session& session) {
   const std::size_t without = drawSheet(database, photos, layout, file);
   file.takePlace();
   if (without > 0) {
-    Output::complain(std::to_string(without) + " of " + std::to_string(photos.size()) +
-                     " photos have no thumbnail, and are grey in '" + arguments.outputFile + '\'');
+    Messages::notice("no thumbnail", std::to_string(without) + " of " +
+                                         std::to_string(photos.size()) +
+                                         " photos have no thumbnail, and are grey in '" +
+                                         arguments.outputFile + '\'');
   }
 }
 

@@ -5,9 +5,9 @@
 #include <atomic>
 #include <cmath>
 #include <cstdio>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "Messages.h"
 #include "Output.h"
 #include "TerminalText.h"
 
@@ -21,7 +21,6 @@ constexpr auto kInterval = 200ms;
 constexpr std::string_view kEraseLine = "\r\033[K";
 constexpr std::size_t kLongestBar = 30;
 constexpr std::size_t kShortestBar = 5;
-constexpr std::size_t kUsualWidth = 80;
 
 // There is one terminal, and lines of the log come from any thread.
 std::atomic<bool> isLineShown = false;
@@ -29,12 +28,6 @@ std::atomic<bool> isLineShown = false;
 void write(std::string_view text) {
   std::fwrite(text.data(), 1, text.size(), stderr);
   std::fflush(stderr);
-}
-
-std::size_t terminalWidth() {
-  winsize size{};
-  return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col
-                                                                         : kUsualWidth;
 }
 
 /// "42 s", "7 min" or "3 h".
@@ -77,7 +70,8 @@ std::string progressLine(std::string_view what, std::size_t done, std::size_t to
 
 Progress::Progress(std::string_view what)
     : _what(what),
-      _isWatched(Output::errorIsTerminal()),
+      _isWatched(Messages::loudness() != Messages::Loudness::failures &&
+                 Terminal::at(STDERR_FILENO).isThere),
       _begin(_isWatched ? Clock::now() : Clock::time_point()),
       _nextTime(_begin + kPatience) {}
 
@@ -93,7 +87,7 @@ void Progress::show(std::size_t done, std::size_t total) {
     isLineShown = true;
     // A line that fills the terminal to its edge would move on to the next.
     write(std::string(kEraseLine) +
-          progressLine(_what, done, total, now - _begin, terminalWidth() - 1));
+          progressLine(_what, done, total, now - _begin, Terminal::at(STDERR_FILENO).width - 1));
   }
 }
 

@@ -32,9 +32,17 @@ struct Arguments {
   /// Columns of a contact sheet, and the pixels of a cell's side.
   std::optional<std::uint32_t> columns;
   std::uint32_t cellSize = 128;
-  bool quiet = false;
-  /// Answer what the catalogue reader alone answers: no notices, no status for them.
+  /// Answer what the catalogue reader alone answers, and show all that it logs: no notices, no
+  /// status for them.
   bool strict = false;
+  /// Follow no path that leads out of the library.
+  bool stayInside = false;
+  bool quiet = false;
+  bool verbose = false;
+  Color color = Color::automatic;
+  /// Asked for instead of an answer.
+  bool help = false;
+  bool version = false;
   /// All but the folder, which is the first word.
   SampleOptions sample;
 };

@@ -8,6 +8,7 @@
 
 #include "CommandLine.h"
 #include "Failure.h"
+#include "Messages.h"
 #include "Notices.h"
 #include "Output.h"
 #include "Session.h"
@@ -41,17 +42,19 @@ ExitStatus run(int argc, const char* const* argv, Session& session) {
   try {
     runCommandLine(argc, argv, session);
     session.output.flush();
-    return tellNotices(session) ? ExitStatus::incomplete : ExitStatus::done;
+    const bool isIncomplete = tellNotices(session);
+    Messages::countLeftOut();
+    return isIncomplete ? ExitStatus::incomplete : ExitStatus::done;
   } catch (const ClosedPipe&) {
     return ExitStatus::done;
   } catch (const Failure& failure) {
     tellNotices(session);
-    Output::complain(failure.what());
+    Messages::fail(failure.what());
     return failure.status();
   } catch (const std::bad_alloc&) {
-    Output::complain("there is not enough memory");
+    Messages::fail("there is not enough memory");
   } catch (const std::exception& error) {
-    Output::complain(error.what());
+    Messages::fail(error.what());
   }
   return ExitStatus::notThere;
 }

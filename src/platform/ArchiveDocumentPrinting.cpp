@@ -31,10 +31,9 @@ void appendHex(std::string& out, std::string_view bytes) {
   }
 }
 
-/// In quotes, as JSON has it; ill-formed parts become U+FFFD.
-void appendJsonText(std::string& out, std::string_view bytes) {
+/// With escapes, as JSON has them between its quotes; ill-formed parts become U+FFFD.
+void appendEscaped(std::string& out, std::string_view bytes) {
   const std::string repaired = text::isUtf8(bytes) ? std::string() : text::repairedUtf8(bytes);
-  out += '"';
   for (const char each : repaired.empty() ? bytes : std::string_view(repaired)) {
     if (each == '"' || each == '\\') {
       out += '\\';
@@ -48,6 +47,11 @@ void appendJsonText(std::string& out, std::string_view bytes) {
       out += each;
     }
   }
+}
+
+void appendJsonText(std::string& out, std::string_view bytes) {
+  out += '"';
+  appendEscaped(out, bytes);
   out += '"';
 }
 
@@ -118,7 +122,8 @@ class ArchiveDocument::TextPrinter {
   void printGroup(std::size_t level) {
     const std::string_view types = take().text();
     beginLine(level);
-    _out += text::repairedUtf8(types) + ':';
+    printName(types);
+    _out += ':';
     const bool hasLines = types.size() > 1 && types.find('@') != std::string_view::npos;
     if (hasLines) {
       _out += '\n';
@@ -166,7 +171,8 @@ class ArchiveDocument::TextPrinter {
     take();
   }
 
-  void printName(std::string_view name) { _out += text::repairedUtf8(name); }
+  /// Without quotes, and so that no name breaks its line.
+  void printName(std::string_view name) { appendEscaped(_out, name); }
 
   /// With its superclasses and their versions where it stands first.
   void printClass(std::uint64_t position) {

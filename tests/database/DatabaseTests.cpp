@@ -13,7 +13,9 @@
 
 #include "support/CodedLibrary.h"
 #include "support/CollectedLog.h"
+#include "support/EnvironmentVariable.h"
 #include "support/LibraryFolder.h"
+#include "support/TemporaryFolder.h"
 
 namespace mrziphoto {
 namespace {
@@ -252,14 +254,15 @@ TEST(TVQiPhotoDatabase, WritesADumpWhenToldTo) {
   library.writeCodedVersion("Library.iPhoto", 160);
   library.writeCodedVersion("Library6.iPhoto", 160);
   library.writeAlbumData("");
+  const TemporaryFolder scratch;
+  const EnvironmentVariable temporaryFolder("TMPDIR", scratch.path());
   UserDefaults::setBoolForKey(true, "DumpiPhotoDatabase");
   CollectedLog log;
   EXPECT_TRUE(library.open());
   UserDefaults::setBoolForKey(false, "DumpiPhotoDatabase");
-  const std::string file = FileManager::temporaryFolder() + "/iPhoto-v160";
+  const std::string file = scratch / "iPhoto-v160";
   EXPECT_EQ(log.lines().back(), "Wrote iPhoto database dump to " + file);
   EXPECT_TRUE(FileManager::contents(file)->bytes().starts_with("version = 160, "));
-  fs::remove(file);
 }
 
 TEST(TVQiPhotoDatabase, SeesEveryOtherModificationDate) {

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <array>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <pty.h>
 #include <string>
 #include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 #include "TemporaryFolder.h"
@@ -45,6 +48,33 @@ inline ToolResult runTool(const std::vector<std::string>& arguments,
   }
   return {std::atoi(contents(folder / "status").c_str()), contents(folder / "out"),
           contents(folder / "err")};
+}
+
+/// What the tool writes to a terminal of so many columns, standard error included.
+inline std::string runToolInTerminal(const std::vector<std::string>& arguments,
+                                     unsigned short columns) {
+  std::vector<std::string> words{MRZIPHOTO_TOOL};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  std::vector<char*> argv;
+  for (std::string& word : words) {
+    argv.push_back(word.data());
+  }
+  argv.push_back(nullptr);
+  const winsize size{.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+  int terminal = -1;
+  const pid_t process = forkpty(&terminal, nullptr, nullptr, &size);
+  if (process == 0) {
+    execv(MRZIPHOTO_TOOL, argv.data());
+    _exit(127);
+  }
+  std::string out;
+  std::array<char, 4096> piece{};
+  for (ssize_t count = 0; (count = read(terminal, piece.data(), piece.size())) > 0;) {
+    out.append(piece.data(), static_cast<std::size_t>(count));
+  }
+  close(terminal);
+  waitpid(process, nullptr, 0);
+  return out;
 }
 
 }  // namespace mrziphoto

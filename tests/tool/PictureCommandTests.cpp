@@ -301,8 +301,8 @@ TEST(ContactSheet, ShowsALibraryWhosePictureFoldersAreGone) {
   const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(library.root);
   const std::string sheet = library.outside("sheet.jpg");
   // Cells of 80 pixels with a margin of 5.
-  const std::vector<std::string> words{
-      "contact-sheet", library.root, "-o", sheet, "--columns", "7", "--size", "80", "--quiet"};
+  const std::vector<std::string> words{"contact-sheet", library.root, "-o",     sheet,
+                                       "--columns",     "7",          "--size", "80"};
   const ToolResult result = runTool(words);
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.status, 0);

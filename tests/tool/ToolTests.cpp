@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/ArchiveBytes.h"
 #include "support/EnvironmentVariable.h"
 #include "support/LibraryFolder.h"
 #include "support/MarkdownTable.h"
@@ -198,6 +199,103 @@ TEST(Tool, SaysInOneSentenceWhatIsWrong) {
   }
 }
 
+TEST(Tool, HintsAtTheRightWord) {
+  const SmallLibrary library;
+  const std::string& root = library.root;
+  const struct {
+    Words words;
+    std::string sentence;
+  } cases[] = {
+      {{"phtoos"}, "there is no command 'phtoos': did you mean 'photos'?"},
+      {{"list", root}, "there is no command 'list', see 'mrziphoto --help'"},
+      {{"help", "Photo"}, "there is no command 'Photo': did you mean 'photo'?"},
+      {{"photos", root, "--fomat", "json"},
+       "there is no option '--fomat': did you mean '--format'?"},
+      {{"photos", root, "--fomat=json"}, "there is no option '--fomat': did you mean '--format'?"},
+      {{"photos", root, "--lib"}, "there is no option '--lib': did you mean '--library'?"},
+      {{"photos", root, "--bogus"}, "there is no option '--bogus', see 'mrziphoto photos --help'"},
+      {{"photos", root, "-qx"}, "there is no option '-x', see 'mrziphoto photos --help'"},
+      {{"photo", root, "-12"}, "there is no option '-12', see 'mrziphoto photo --help'"},
+      {{"check", root, "--album", "5"},
+       "'check' takes no option '--album', see 'mrziphoto check --help'"},
+      {{"photos", root, "--format"}, "'--format' lacks its FORMAT, see 'mrziphoto photos --help'"},
+      {{"photos", root, "--strict=no"}, "'--strict' takes no value, see 'mrziphoto photos --help'"},
+      {{"photos", root, "--album", "5", "--album", "6"}, "'--album' stands twice"},
+      {{"photos", root, "--format", "jsno"},
+       "'--format' takes table, json, jsonl or csv, not 'jsno': did you mean 'json'?"},
+      {{"archive", root + "/Library.iPhoto", "--format", "xml"},
+       "'--format' takes table, json, jsonl or csv, not 'xml'"},
+      {{"info", root, "--color", "off"}, "'--color' takes auto, always or never, not 'off'"},
+      {{"sample", root, "--photos", "12x"},
+       "'--photos' takes a number from 0 to 2000000, not '12x'"},
+      {{"contact-sheet", root, "-o", "x", "--size", "513"},
+       "'--size' takes a number from 16 to 512, not '513'"},
+      {{"thumbnail", root, "7"},
+       "'thumbnail' needs '--output FILE', see 'mrziphoto thumbnail --help'"},
+      {{"photos", root, "--fields", "key,captoin"},
+       "a photo has no field 'captoin': did you mean 'caption'?"},
+      {{"get", root, "7", "imagepath"},
+       "a photo has no field 'imagepath': did you mean 'imagePath'?"},
+      {{"get", root, "7"}, "'get' lacks its NAME..., see 'mrziphoto get --help'"},
+      {{"photo", root}, "'photo' lacks its KEY, see 'mrziphoto photo --help'"},
+      {{"photo", "no-key"},
+       "'no-key' is neither a KEY, which is a decimal number, nor a LIBRARY with a KEY behind it, "
+       "see 'mrziphoto photo --help'"},
+      {{"photos", root, "--", "--quiet"},
+       "'--quiet' is one word too many, see 'mrziphoto photos --help'"},
+      {{}, "no command is named, see 'mrziphoto --help'"},
+  };
+  for (const auto& [words, sentence] : cases) {
+    const ToolResult result = runTool(words);
+    EXPECT_EQ(result.err, "mrziphoto: " + sentence + '\n');
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.out, "");
+  }
+}
+
+TEST(Tool, ShowsTheLogOnlyWhenAsked) {
+  const SmallLibrary library;
+  const std::string log = "New iPhoto library version 200\n";
+  const struct {
+    Words words;
+    std::string err;
+  } cases[] = {
+      {{"photos", library.root}, ""},
+      {{"--strict", "photos", library.root}, log},
+      {{"photos", "-v", library.root}, log},
+      {{"photos", library.root, "--verbose", "--stay-inside", "--color=never"}, log},
+      {{"photos", library.root, "--strict", "-q"}, ""},
+      {{"photos", library.root, "-vq"}, ""},
+  };
+  for (const auto& [words, err] : cases) {
+    const ToolResult result = runTool(words);
+    EXPECT_EQ(result.err, err);
+    EXPECT_EQ(linesIn(result.out), 3U);
+    EXPECT_EQ(result.status, 0);
+  }
+}
+
+TEST(Tool, FitsTheTerminal) {
+  const SmallLibrary library;
+  const EnvironmentVariable terminal("TERM", "xterm");
+  const EnvironmentVariable noColor("NO_COLOR", std::nullopt);
+  const Words words{"rolls", library.root};
+  EXPECT_EQ(runToolInTerminal(words, 80),
+            "\x1B[1mkey  name  comments  date  archiveDate  modificationDate  photos\x1B[0m\r\n"
+            "  3  Trip" +
+                std::string(49, ' ') + "7; 8\r\n");
+  EXPECT_EQ(runToolInTerminal({"photos", library.root, "--color=never", "--fields",
+                               "caption,modificationDate,hasBeenEdited"},
+                              32),
+            "caption    modifica…  hasBeenEd…\r\nKöln & s…             true\r\n"
+            "b.jpg                 true\r\n");
+  const EnvironmentVariable plain("NO_COLOR", "1");
+  EXPECT_EQ(runToolInTerminal({"keywords", library.root}, 80),
+            "key  string  keyword\r\n  1  Kids    Kids\r\n  2  Se\u0301jour  Se\u0301jour\r\n");
+  EXPECT_EQ(runTool({"info", library.root, "--color=always"}).out.substr(0, 17),
+            "\x1B[1mdirectory\x1B[0m");
+}
+
 TEST(Tool, FindsTheLibraryHoweverItIsNamed) {
   const SmallLibrary library;
   const TemporaryFolder home;
@@ -279,7 +377,7 @@ TEST(Tool, ListsNothingOfALibraryWithoutCatalogue) {
       runTool({"sample", folder / "library", "--library-version", "24", "--photos", "2"}).status,
       0);
   folder.write("library/AlbumData.xml", "<plist><dict>");
-  const ToolResult info = runTool({"info", folder / "library", "--format", "json"});
+  const ToolResult info = runTool({"info", folder / "library", "--format", "json", "--verbose"});
   EXPECT_EQ(info.status, 0);
   EXPECT_NE(info.out.find("\"libraryVersion\":0"), std::string::npos) << info.out;
   EXPECT_NE(info.err, "");
@@ -336,6 +434,36 @@ TEST(Tool, ShowsTheStructureOfArchives) {
   EXPECT_EQ(linesIn(json.out), 1U);
 }
 
+TEST(Tool, LetsNoTextOfALibrarySteerTheTerminal) {
+  const SmallLibrary library;
+  const std::string& root = library.root;
+  library.write("archive", ArchiveBytes::build("'@' new A\x1B\u009B\u202EB:0 nil '+' "
+                                               "\"x\x1B\u0085\u2066y\" end"));
+  EXPECT_EQ(runTool({"archive", root + "/archive"}).out,
+            "archive: little-endian, streamer version 4, system version 1000, 46 bytes\n"
+            "@: object 0 A\\u001b B (0)\n"
+            "  +: \"x\\u001b y\"\n");
+  const std::string json = runTool({"archive", root + "/archive", "--format", "json"}).out;
+  EXPECT_NE(json.find(R"("name":"A\u001b\u009b\u202eB")"), std::string::npos) << json;
+  EXPECT_NE(json.find(R"("values":["x\u001b\u0085\u2066y"])"), std::string::npos) << json;
+
+  library.writeAlbumData(xml::entry(
+      "Master Image List",
+      xml::dict(xml::entry(
+          "7", xml::dict(xml::entry("ImagePath", xml::text("/a\u009B\u202Eb/c.jpg")))))));
+  EXPECT_EQ(
+      runTool({"dump", root}).out,
+      "version = 200, nextImageKey = (null), nextRollKey = (null), flag1 = 0, flag2 = 0, "
+      "imagesDate1 = (null), imageRecRefs = (\n"
+      "    \"ImageRecRef: <no dictionary>, directory = /a\\U009b\\U202eb, attributes = (null), "
+      "info = (null)\"\n"
+      "), keywords = (\n"
+      "), nextKeywordKey = (null)\n");
+
+  const ToolResult failure = runTool({"photos", root, "--album", "a\x1B]0;x\x07\u202Eb\nc"});
+  EXPECT_EQ(failure.err, "mrziphoto: the library '" + root + "' has no album 'a ]0;x b c'\n");
+}
+
 TEST(Tool, AnswersTheFieldsThatItsPageTells) {
   const SmallLibrary library;
   const ToolResult photo = runTool({"photo", library.root, "7", "--format", "csv"});
@@ -349,12 +477,19 @@ TEST(Tool, AnswersTheFieldsThatItsPageTells) {
 TEST(Tool, ExplainsEveryCommand) {
   const ToolResult help = runTool({"--help"});
   EXPECT_EQ(help.status, 0);
+  EXPECT_EQ(runTool({"help"}).out, help.out);
+  EXPECT_NE(help.out.find("\n  -q, --quiet  "), std::string::npos) << help.out;
   for (const char* command :
        {"info", "photos", "rolls", "albums", "keywords", "photo", "get", "thumbnail",
-        "contact-sheet", "check", "dump", "watch", "archive", "sample"}) {
-    EXPECT_NE(help.out.find("\n  " + std::string(command) + " "), std::string::npos) << help.out;
+        "contact-sheet", "check", "dump", "watch", "archive", "sample", "help"}) {
+    EXPECT_NE(help.out.find("\n  " + std::string(command) + "  "), std::string::npos) << help.out;
     const ToolResult one = runTool({command, "-h"});
     EXPECT_EQ(one.status, 0);
+    EXPECT_EQ(runTool({"help", command}).out, one.out);
+    std::istringstream lines(help.out + one.out);
+    for (std::string line; std::getline(lines, line);) {
+      EXPECT_LE(line.size(), 80U) << line;
+    }
     EXPECT_NE(one.out.find("\n  mrziphoto " + std::string(command) + " "), std::string::npos)
         << one.out;
   }
@@ -375,7 +510,8 @@ TEST(Tool, ReadsARealLibrary) {
   EXPECT_EQ(linesIn(list({"photos"}).out), 7U);
   EXPECT_EQ(linesIn(list({"photos", "--album", "JavaOne 11"}).out), 7U);
 
-  const ToolResult paths = runTool({"photos", library, "--format", "csv", "--fields", "imagePath"});
+  const ToolResult paths =
+      runTool({"photos", library, "--format", "csv", "--fields", "imagePath", "-v"});
   EXPECT_NE(paths.err.find(" as the archive path\n"), std::string::npos) << paths.err;
   const std::string present = std::filesystem::path(library).lexically_normal().string();
   std::istringstream lines(paths.out.substr(paths.out.find('\n') + 1));

@@ -9,6 +9,7 @@
 #include <MRZiPhoto/platform/Dictionary.h>
 
 #include "tool/JsonText.h"
+#include "tool/Messages.h"
 #include "tool/Output.h"
 #include "tool/Progress.h"
 #include "tool/RecordWriter.h"
@@ -33,6 +34,9 @@ TEST(JsonText, EscapesTextsAndRepairsThem) {
       {"cut \xE6\x9D", "\"cut \uFFFD\uFFFD\""},
       {"\xC2", "\"\uFFFD\""},
       {"surrogate \xED\xA0\x80", "\"surrogate \uFFFD\uFFFD\uFFFD\""},
+      {"twelve letters\u202E ب\u061C\u200F…", R"("twelve letters\u202e ب\u061c\u200f…")"},
+      {"\u2028\u2066\u2070\U000E0041\U0001F3F4",
+       "\"\\u2028\\u2066\u2070\\udb40\\udc41\U0001F3F4\""},
   };
   for (const auto& [text, json] : cases) {
     std::string out;
@@ -138,8 +142,98 @@ TEST(RecordWriter, WritesLists) {
   EXPECT_EQ(written(Format::table, 2), "key  na\"me\n  9  東京\n 10\n");
 }
 
+TEST(TableWriter, FitsATerminal) {
+  const auto written = [](Format format, std::size_t width) {
+    Output output;
+    output.setTerminal({.isThere = true, .width = width});
+    const auto out =
+        RecordWriter::to(output, format, Shape::list, {"key", "taken", "text", "path"});
+    for (std::size_t i = 0; i < 201; ++i) {
+      out->beginRecord();
+      out->unsignedInteger(1000 + i);
+      out->text(std::string("2003-03-02T08:48:56Z"));
+      out->text(
+          std::string(i == 200 ? "the last one\x1B, and the longest" : "a text of some length"));
+      out->text(std::string("/library/Originals/2003/Roll 1/picture.jpg"));
+      out->endRecord();
+    }
+    out->finish();
+    return output.text();
+  };
+  const auto firstAndLast = [](const std::string& text, std::size_t lines) {
+    std::size_t end = 0;
+    for (std::size_t i = 0; i < lines; ++i) {
+      end = text.find('\n', end) + 1;
+    }
+    return text.substr(0, end) + text.substr(text.rfind('\n', text.size() - 2) + 1);
+  };
+  EXPECT_EQ(firstAndLast(written(Format::table, 120), 2),
+            "key   taken                 text                   path\n"
+            "1000  2003-03-02T08:48:56Z  a text of some length  "
+            "/library/Originals/2003/Roll 1/picture.jpg\n"
+            "1200  2003-03-02T08:48:56Z  the last one , and t…  "
+            "/library/Originals/2003/Roll 1/picture.jpg\n");
+  EXPECT_EQ(firstAndLast(written(Format::table, 70), 2),
+            "key   taken                 text                  path\n"
+            "1000  2003-03-02T08:48:56Z  a text of some leng…  /library…picture.jpg\n"
+            "1200  2003-03-02T08:48:56Z  the last one , and …  /library…picture.jpg\n");
+  EXPECT_EQ(firstAndLast(written(Format::table, 33), 8),
+            "key    1000\n"
+            "taken  2003-03-02T08:48:56Z\n"
+            "text   a text of some length\n"
+            "path   /library/Originals/2003/Ro\n"
+            "       ll 1/picture.jpg\n"
+            "\n"
+            "key    1001\n"
+            "taken  2003-03-02T08:48:56Z\n"
+            "       ll 1/picture.jpg\n");
+  EXPECT_NE(written(Format::csv, 34).find(",\"the last one , and"), std::string::npos);
+}
+
+TEST(Messages, CountWhatIsTooMuchOfAKind) {
+  const auto said = [](Messages::Loudness loudness) {
+    Messages::setLoudness(loudness);
+    testing::internal::CaptureStderr();
+    for (int i = 1; i <= 12; ++i) {
+      Messages::complain("camera", "photo " + std::to_string(i) + "\u202E");
+      Messages::notice("grey", "grey\n" + std::to_string(i));
+    }
+    Messages::logLine("mrziphoto: a line of the log\nand\x1B another");
+    Messages::fail("the end");
+    Messages::setLoudness(Messages::Loudness::usual);
+    return testing::internal::GetCapturedStderr();
+  };
+  std::string photos;
+  std::string both;
+  for (int i = 1; i <= 12; ++i) {
+    const std::string photo = "mrziphoto: photo " + std::to_string(i) + '\n';
+    photos += i <= 10 ? photo : "";
+    both += photo + "mrziphoto: grey " + std::to_string(i) + '\n';
+  }
+  const std::string end = "mrziphoto: the end\n";
+  const std::string more = "mrziphoto: 2 more lines like these (camera), which --verbose shows\n";
+  EXPECT_EQ(said(Messages::Loudness::failures), photos + more + end);
+  EXPECT_EQ(said(Messages::Loudness::everything),
+            both + " mrziphoto: a line of the log\nand  another\n" + end);
+  EXPECT_EQ(said(Messages::Loudness::usual),
+            both.substr(0, both.find("mrziphoto: photo 11")) + more +
+                "mrziphoto: 2 more lines like these (grey), which --verbose shows\n" + end);
+}
+
 TEST(TerminalText, StaysInItsColumnsAndSteersNothing) {
   EXPECT_EQ(terminalText("a\x1B[31m\nb\xFF"), "a [31m b\uFFFD");
+  EXPECT_EQ(terminalText("\u009B\u2028|\u061C\u200E\u202A\u2069\U000E007F|\u200D\u00A0"),
+            "  ||\u200D\u00A0");
+  EXPECT_EQ(terminalLines("a\r\nb\u2029"), "a \nb ");
+  EXPECT_EQ(cutPathToWidth("/a/b/c.jpg", 10), "/a/b/c.jpg");
+  EXPECT_EQ(cutPathToWidth("/folder/another/c.jpg", 12), "/folde…c.jpg");
+  EXPECT_EQ(cutPathToWidth("/folder/a long name.jpg", 12), "…ng name.jpg");
+  EXPECT_EQ(cutPathToWidth("/東京/東京タワー", 12), "/…東京タワー");
+  using Lines = std::vector<std::string>;
+  EXPECT_EQ(wrapToWidth("", 5), Lines{""});
+  EXPECT_EQ(wrapToWidth("one two three", 8), (Lines{"one two", "three"}));
+  EXPECT_EQ(wrapToWidth("a threehundred", 8), (Lines{"a threeh", "undred"}));
+  EXPECT_EQ(wrapToWidth("東京", 1), (Lines{"東", "京"}));
   EXPECT_EQ(displayWidth("Ko\u0308ln"), 4U);
   EXPECT_EQ(displayWidth("東京🌸"), 6U);
   EXPECT_EQ(cutToWidth("Smørrebrød", 10), "Smørrebrød");
