@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <iterator>
 #include <optional>
 #include <span>
@@ -9,6 +10,7 @@
 
 #include <MRZiPhoto/platform/DirectoryEnumerator.h>
 #include <MRZiPhoto/platform/FileManager.h>
+#include <MRZiPhoto/platform/KeyedHash.h>
 #include <MRZiPhoto/platform/Path.h>
 #include <MRZiPhoto/platform/Text.h>
 
@@ -51,33 +53,11 @@ bool isHousekeeping(const std::string& name) {
          isOneOf(kSystemFiles, name);
 }
 
-/// FNV-1a, whose last step mixes the upper half into the lower.
-class Hash {
- public:
-  explicit Hash(std::uint64_t seed) : _value(seed ^ 0xCBF29CE484222325) {}
-
-  void add(char c) {
-    constexpr std::uint64_t kPrime = 0x100000001B3;
-    _value = (_value ^ static_cast<unsigned char>(c)) * kPrime;
-  }
-  [[nodiscard]] std::uint64_t value() const { return _value ^ _value >> 32; }
-
- private:
-  std::uint64_t _value;
-};
-
-std::uint64_t identityOf(std::string_view path) {
-  Hash hash(0);
-  std::ranges::for_each(path, [&](char c) { hash.add(c); });
-  return hash.value();
-}
+// A number stands for a path. Nobody can make two paths that bear the same one: the hash is keyed.
+std::uint64_t identityOf(std::string_view path) { return KeyedHash{}(path); }
 
 std::uint64_t identityOfFile(std::uint64_t folder, std::string_view name) {
-  Hash hash(folder);
-  for (const char c : foldedFileName(name)) {
-    hash.add(c);
-  }
-  return hash.value();
+  return KeyedHash{}(folder ^ std::rotl(identityOf(foldedFileName(name)), 1));
 }
 
 std::string realPathOf(const std::string& path) {

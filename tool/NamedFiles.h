@@ -10,6 +10,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include <MRZiPhoto/platform/KeyedHash.h>
+
 namespace mrziphoto::tool {
 
 /// The files that the photos of a library name, and the search for those that none names.
@@ -51,7 +53,7 @@ class NamedFiles {
   // By a number that is made from the path as photos spell it.
   std::unordered_map<std::uint64_t, Folder> _folders;
   // Real paths of the folders around those, by the path as photos spell it: there are few.
-  std::unordered_map<std::string, std::string> _realPaths;
+  TextMap<std::string> _realPaths;
   // Names of folders directly in the library's.
   std::set<std::string> _pictureFolders;
   std::vector<std::uint64_t> _files;

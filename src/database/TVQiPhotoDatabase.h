@@ -17,6 +17,7 @@
 #include "../photos/RecordDatabase.h"
 #include "../platform/Date.h"
 #include "../platform/Export.h"
+#include "../platform/KeyedHash.h"
 #include "../platform/List.h"
 #include "../platform/NSImage.h"
 #include "../platform/Notice.h"
@@ -141,10 +142,10 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   mutable std::vector<Notice> _notices;
   mutable std::optional<std::string> _iPhotoVersion;
   mutable std::optional<std::string> _iPhotoDataVersion;
-  mutable std::unordered_map<std::string, Ref<PhotoFolder>> _photoFolders;
+  mutable TextMap<Ref<PhotoFolder>> _photoFolders;
   mutable Ref<iPhotoSegmentCache> _thumbnailCache;
   mutable bool _thumbnailCacheAttempted = false;
-  mutable std::unordered_map<std::uint32_t, Ref<NSBitmapImageRep>> _thumbnails;
+  mutable std::unordered_map<std::uint32_t, Ref<NSBitmapImageRep>, KeyedHash> _thumbnails;
 };
 
 }  // namespace mrziphoto

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "../platform/KeyValue.h"
+#include "../platform/KeyedHash.h"
 #include "../platform/NSException.h"
 
 namespace mrziphoto {
@@ -72,7 +73,8 @@ bool Key::isEqual(const Object& other) const {
 
 std::size_t Key::hash() const {
   const std::optional<std::int64_t> number = plainNumber();
-  return number ? std::hash<std::int64_t>{}(*number) : Value(storedDictionary()).hash();
+  return number ? KeyedHash{}(static_cast<std::uint64_t>(*number))
+                : Value(storedDictionary()).hash();
 }
 
 const Accessor* Key::accessorNamed(std::string_view name) const {

@@ -33,7 +33,7 @@ bool PhotoFolder::holdsStore(bool inDataFolder, std::string_view name) const {
       listing.names.insert(entry.name);
     }
   }
-  return !listing.names.empty() && listing.names.contains(std::string(name));
+  return !listing.names.empty() && listing.names.contains(name);
 }
 
 const Class& PhotoFolder::objectClass() const {

@@ -2,9 +2,9 @@
 
 #include <string>
 #include <string_view>
-#include <unordered_set>
 
 #include "../platform/Export.h"
+#include "../platform/KeyedHash.h"
 #include "../platform/Object.h"
 
 namespace mrziphoto {
@@ -30,7 +30,7 @@ class MRZIPHOTO_EXPORT PhotoFolder final : public Object {
  private:
   struct Listing {
     bool wasRead = false;
-    std::unordered_set<std::string> names;
+    TextSet names;
   };
 
   std::string _path;

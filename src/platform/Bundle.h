@@ -5,11 +5,11 @@
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
 #include "Dictionary.h"
 #include "Export.h"
+#include "KeyedHash.h"
 #include "Object.h"
 #include "Value.h"
 
@@ -41,7 +41,7 @@ class MRZIPHOTO_EXPORT Bundle final : public Object {
   [[nodiscard]] std::string description() const override;
 
  private:
-  using Texts = std::unordered_map<std::string, std::string>;
+  using Texts = TextMap<std::string>;
   [[nodiscard]] Ref<Dictionary> readInfoDictionary() const;
   [[nodiscard]] Texts readTable(const std::string& name) const;
 

@@ -4,14 +4,14 @@
 #include <bitset>
 
 #include "Description.h"
+#include "KeyedHash.h"
 
 namespace mrziphoto {
 namespace {
 
 class KeyText final : public Object {
  public:
-  explicit KeyText(std::string_view text)
-      : _hash(std::hash<std::string_view>{}(text)), _text(text) {}
+  explicit KeyText(std::string_view text) : _hash(KeyedHash{}(text)), _text(text) {}
 
   [[nodiscard]] const Class& objectClass() const override {
     static constexpr Class kClass{"NSString"};
@@ -60,7 +60,7 @@ class Dictionary::Index {
     }
   }
 
-  /// True when two entries bear equal keys.
+  /// True when two entries bear equal keys. Nothing can be found by such an index.
   [[nodiscard]] bool metKeyTwice() const { return _metKeyTwice; }
 
   /// Takes in the entry that was appended last.
@@ -82,16 +82,19 @@ class Dictionary::Index {
     }
     _slots.assign(size, kEmpty);
     _mask = size - 1;
-    for (std::size_t i = 0; i < _entries.size(); ++i) {
+    // Equal keys fall on equal slots: taking in more after the first two would be a walk for each.
+    for (std::size_t i = 0; i < _entries.size() && !_metKeyTwice; ++i) {
       insert(i);
     }
   }
 
   void insert(std::size_t position) {
     std::size_t slot = _entries[position].key.hash() & _mask;
-    while (_slots[slot] != kEmpty) {
-      _metKeyTwice = _metKeyTwice || _entries[_slots[slot]].key == _entries[position].key;
-      slot = (slot + 1) & _mask;
+    for (; _slots[slot] != kEmpty; slot = (slot + 1) & _mask) {
+      if (_entries[_slots[slot]].key == _entries[position].key) {
+        _metKeyTwice = true;
+        return;
+      }
     }
     _slots[slot] = static_cast<std::uint32_t>(position);
   }
@@ -163,7 +166,7 @@ const Value* Dictionary::find(std::string_view key) const {
         std::ranges::find(_entries, key, [](const Entry& entry) { return entry.key.text(); });
     return found != _entries.end() ? &found->value : nullptr;
   }
-  const std::size_t found = indexed(key, std::hash<std::string_view>{}(key));
+  const std::size_t found = indexed(key, KeyedHash{}(key));
   return found == kNotFound ? nullptr : &_entries[found].value;
 }
 

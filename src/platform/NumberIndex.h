@@ -44,17 +44,26 @@ class NumberIndex {
     std::uint32_t position = kEmpty;
   };
 
-  /// Another one in each process, so that no file can hold numbers that all fall on one slot.
-  static std::uint64_t spread() {
-    static const std::uint64_t odd = [] {
-      std::random_device random;
-      return std::uint64_t{random()} << 32 | random() | 1;
-    }();
-    return odd;
-  }
+  /// Others in each process, so that no file can hold numbers that fall on few slots.
+  struct Spread {
+    std::uint64_t first;
+    std::uint64_t second;
 
+    static Spread drawn() {
+      static const Spread spread = [] {
+        std::random_device random;
+        const auto odd = [&random] { return std::uint64_t{random()} << 32 | random() | 1; };
+        return Spread{odd(), odd()};
+      }();
+      return spread;
+    }
+  };
+
+  /// Folding the upper half in between ends what a multiplication alone keeps: numbers at equal
+  /// distances would come to lie side by side.
   [[nodiscard]] std::size_t firstSlot(std::int64_t number) const {
-    return static_cast<std::size_t>((static_cast<std::uint64_t>(number) * _spread) >> _shift);
+    const std::uint64_t once = static_cast<std::uint64_t>(number) * _spread.first;
+    return static_cast<std::size_t>(((once ^ once >> 32) * _spread.second) >> _shift);
   }
 
   /// The slot that holds the number, or the empty one where it belongs.
@@ -80,7 +89,7 @@ class NumberIndex {
 
   std::vector<Slot> _slots;
   std::size_t _count = 0;
-  std::uint64_t _spread = spread();
+  Spread _spread = Spread::drawn();
   int _shift = 0;
 };
 

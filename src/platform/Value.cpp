@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -10,6 +11,7 @@
 
 #include "Array.h"
 #include "Dictionary.h"
+#include "KeyedHash.h"
 #include "Text.h"
 #include "detail/NumberTypes.h"
 
@@ -76,6 +78,11 @@ std::string realDescription(double value, int digits) {
   const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
                                  std::chars_format::general, digits);
   return {text.data(), end.ptr};
+}
+
+/// Equal numbers have equal bits, zeros of both signs included.
+std::uint64_t bitsForHash(double value) {
+  return value == 0 ? 0 : std::bit_cast<std::uint64_t>(value);
 }
 
 constexpr int kFloatDigits = 7;
@@ -361,13 +368,13 @@ std::size_t Value::hash() const {
     case Kind::integer:
     case Kind::floating:
     case Kind::decimal:
-      return std::hash<double>{}(asDouble());
+      return KeyedHash{}(bitsForHash(asDouble()));
     case Kind::string:
-      return string()->withUtf8([](auto text) { return std::hash<std::string_view>{}(text); });
+      return string()->withUtf8(KeyedHash{});
     case Kind::data:
-      return std::hash<std::string_view>{}(bytes());
+      return KeyedHash{}(bytes());
     case Kind::date:
-      return std::hash<double>{}(_held.floating);
+      return KeyedHash{}(bitsForHash(_held.floating));
     case Kind::array:
     case Kind::dictionary:
     case Kind::object:

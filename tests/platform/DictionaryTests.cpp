@@ -1,10 +1,14 @@
+#include <array>
+#include <cstdint>
 #include <map>
 #include <random>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/platform/Dictionary.h>
+#include <MRZiPhoto/platform/KeyedHash.h>
 
 namespace mrziphoto {
 namespace {
@@ -51,6 +55,30 @@ TEST(Dictionary, OfEqualKeysTheLaterValueStandsInTheEarlierPlace) {
     EXPECT_EQ(dictionary.get("0"), "later");
     EXPECT_EQ(dictionary.get(std::to_string(count - 1)), count - 1);
   }
+}
+
+TEST(Dictionary, TakesManyRepeatsOfOneKey) {
+  std::vector<Dictionary::Entry> entries;
+  for (int i = 0; i < 300'000; ++i) {
+    entries.push_back({DictionaryKey("a"), i});
+  }
+  const Dictionary dictionary(std::move(entries));
+  EXPECT_EQ(keysOf(dictionary), std::vector<std::string>{"a"});
+  EXPECT_EQ(dictionary.get("a"), 299'999);
+}
+
+/// The answers that the authors of the hash gave.
+TEST(KeyedHash, IsSipHash) {
+  constexpr std::array<std::uint64_t, 2> kKey{0x0706050403020100, 0x0F0E0D0C0B0A0908};
+  std::string bytes;
+  for (char next = 0; next < 15; ++next) {
+    bytes += next;
+  }
+  EXPECT_EQ(sipHash(kKey, ""), 0x726FDB47DD0E0E31);
+  EXPECT_EQ(sipHash(kKey, bytes.substr(0, 8)), 0x93F5F5799A932462);
+  EXPECT_EQ(sipHash(kKey, bytes), 0xA129CA6149BE45E5);
+  EXPECT_EQ(KeyedHash{}("one"), KeyedHash{}(std::string("one")));
+  EXPECT_NE(KeyedHash{}("one"), KeyedHash{}("two"));
 }
 
 TEST(Dictionary, EqualityIgnoresOrder) {

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
+#include "../KeyedHash.h"
 #include "ArchiveReader.h"
 
 namespace mrziphoto::detail {
@@ -44,7 +44,7 @@ class ArchiveWriter {
 
   std::string _bytes;
   std::endian _byteOrder;
-  std::unordered_map<std::string, std::size_t> _strings;
+  TextMap<std::size_t> _strings;
   std::size_t _entries = 0;
 };
 

@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <mutex>
 #include <sys/stat.h>
-#include <unordered_map>
 #include <utf8proc.h>
 
 #include "../DirectoryEnumerator.h"
+#include "../KeyedHash.h"
 #include "../Text.h"
 
 namespace mrziphoto::detail {
@@ -72,7 +71,7 @@ class Cache {
   static constexpr std::size_t kMostBytes = std::size_t{64} << 20;
 
   std::mutex _mutex;
-  std::unordered_map<std::string, Kept> _folders;
+  TextMap<Kept> _folders;
   std::size_t _cost = 0;
 };
 
@@ -120,7 +119,7 @@ std::shared_ptr<const FolderNames> FolderNames::of(const std::string& folder) {
 FolderNames::FolderNames(const std::string& folder) {
   for (const DirectoryEnumerator::Entry& entry : DirectoryEnumerator(folder)) {
     if (const std::optional<std::string> folded = foldedName(entry.name)) {
-      _rows.push_back({std::hash<std::string>{}(*folded), _names.size(), entry.name.size()});
+      _rows.push_back({KeyedHash{}(*folded), _names.size(), entry.name.size()});
       _names += entry.name;
     }
   }
@@ -134,7 +133,7 @@ std::optional<std::string> FolderNames::nameLike(std::string_view name) const {
   if (!wanted) {
     return std::nullopt;
   }
-  const std::size_t hash = std::hash<std::string>{}(*wanted);
+  const std::size_t hash = KeyedHash{}(*wanted);
   for (auto row = std::ranges::lower_bound(_rows, hash, {}, &Row::hash);
        row != _rows.end() && row->hash == hash; ++row) {
     if (foldedName(nameOf(*row)) == wanted) {

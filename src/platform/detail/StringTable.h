@@ -3,12 +3,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+
+#include "../KeyedHash.h"
 
 namespace mrziphoto::detail {
 
 /// Texts by key.
-using StringTable = std::unordered_map<std::string, std::string>;
+using StringTable = TextMap<std::string>;
 
 /// Reads a table of lines `"key" = "text";` with comments as in C. Between quotes, `\"`, `\\`,
 /// `\n`, `\t`, `\r` and `\Uxxxx` (a UTF-16 unit in hexadecimal) stand for characters. The bytes are
