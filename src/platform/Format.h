@@ -19,7 +19,7 @@ class FormatArgument {
   FormatArgument(T value)  // NOLINT(google-explicit-constructor): arguments convert silently
       : integer(static_cast<std::int64_t>(value)),
         real(static_cast<double>(value)),
-        value(Value(static_cast<std::int64_t>(value))) {}
+        value(Value(value)) {}
   FormatArgument(double value)  // NOLINT(google-explicit-constructor)
       : real(value), value(Value(value)) {}
   template <class T>

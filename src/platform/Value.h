@@ -1,10 +1,12 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "Data.h"
 #include "Date.h"
@@ -39,13 +41,19 @@ class MRZIPHOTO_EXPORT Value {
   };
 
   Value() = default;
-  Value(std::nullptr_t) {}                                // NOLINT(google-explicit-constructor)
-  Value(bool value) { setInteger(value ? 1 : 0, 'B'); }   // NOLINT(google-explicit-constructor)
-  Value(std::int32_t value) { setInteger(value, 'i'); }   // NOLINT(google-explicit-constructor)
-  Value(std::uint32_t value) { setInteger(value, 'I'); }  // NOLINT(google-explicit-constructor)
-  Value(std::int64_t value) { setInteger(value, 'q'); }   // NOLINT(google-explicit-constructor)
-  Value(std::uint64_t value) {                            // NOLINT(google-explicit-constructor)
-    setInteger(static_cast<std::int64_t>(value), 'Q');
+  Value(std::nullptr_t) {}  // NOLINT(google-explicit-constructor)
+  /// An integer of any type, as one of the archives' types: "B" for bool, "i" or "I" up to 32 bits
+  /// and "q" or "Q" up to 64. Above the signed 64-bit range `integer` answers nothing, and
+  /// description and `doubleValue` the number as it is.
+  template <std::integral T>
+  Value(T value) {  // NOLINT(google-explicit-constructor)
+    static_assert(sizeof value <= sizeof(std::int64_t), "values hold 64 bits");
+    constexpr bool isWide = sizeof value > sizeof(std::int32_t);
+    constexpr bool isPromoted = sizeof value < sizeof(std::int32_t);  // to int, as in C++
+    setInteger(static_cast<std::int64_t>(value), std::is_same_v<T, bool> ? 'B'
+                                                 : std::is_signed_v<T> || isPromoted
+                                                     ? (isWide ? 'q' : 'i')
+                                                     : (isWide ? 'Q' : 'I'));
   }
   Value(float value) {
     setReal(static_cast<double>(value), 'f');

@@ -1,4 +1,8 @@
+#include <cstdint>
 #include <limits>
+#include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -51,6 +55,31 @@ TEST(Value, ReadsNumbersFromAllKinds) {
     const double real = each.value.doubleValue();
     EXPECT_TRUE(real == each.real || each.value.description() == "nan") << real;
   }
+}
+
+template <class T>
+void expectHeldExactly(char narrow, char wide) {
+  const char type = sizeof(T) > 4 ? wide : narrow;
+  for (const T number : {std::numeric_limits<T>::min(), std::numeric_limits<T>::max()}) {
+    const Value value(number);
+    EXPECT_EQ(value.numberType(), type);
+    EXPECT_EQ(value.description(), std::to_string(number));
+    const bool isInRange = std::in_range<std::int64_t>(number);
+    EXPECT_EQ(value.integer(),
+              isInRange ? std::optional(static_cast<std::int64_t>(number)) : std::nullopt);
+  }
+}
+
+TEST(Value, TakesEveryIntegerType) {
+  expectHeldExactly<short>('i', 'q');           // NOLINT(google-runtime-int): every type by name
+  expectHeldExactly<unsigned short>('i', 'q');  // NOLINT(google-runtime-int)
+  expectHeldExactly<int>('i', 'q');
+  expectHeldExactly<unsigned>('I', 'Q');
+  expectHeldExactly<long>('i', 'q');                // NOLINT(google-runtime-int)
+  expectHeldExactly<unsigned long>('I', 'Q');       // NOLINT(google-runtime-int)
+  expectHeldExactly<long long>('i', 'q');           // NOLINT(google-runtime-int)
+  expectHeldExactly<unsigned long long>('I', 'Q');  // NOLINT(google-runtime-int)
+  EXPECT_EQ(Value(true).numberType(), 'B');
 }
 
 TEST(Value, DescribesNumbersTheSameEverywhere) {

@@ -41,8 +41,7 @@ void ArchiveWriter::writeUnsigned(std::uint64_t value, std::size_t size) {
 void ArchiveWriter::writeShortest(std::int64_t value) {
   if (value >= kFirstNumber && value <= std::numeric_limits<std::int8_t>::max()) {
     _bytes += static_cast<char>(value);
-  } else if (fits<std::int16_t>(value) && value != std::numeric_limits<std::int16_t>::min()) {
-    // The lowest 16-bit number is left to the longer form, as the original writer has it.
+  } else if (fits<std::int16_t>(value)) {
     writeHead(kHead2Bytes);
     writeUnsigned(static_cast<std::uint64_t>(value), 2);
   } else if (fits<std::int32_t>(value)) {
