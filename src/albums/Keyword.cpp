@@ -3,6 +3,7 @@
 #include <array>
 
 #include "../photos/Key.h"
+#include "../platform/Description.h"
 #include "../platform/KeyValue.h"
 #include "../platform/Log.h"
 #include "../resources/TVQiPhotoFramework.h"
@@ -41,7 +42,7 @@ Ref<Keyword> Keyword::initWithString(const Value& object) {
   if (const Ref<Dictionary> dictionary = object.dictionary()) {
     return initWithDictionary(*dictionary);
   }
-  log("Don't know how to init %@ from %@'", kClass.name, object);
+  log("Don't know how to init %@ from %@'", kClass.name, describeBriefly(object));
   return initWithDictionary(Dictionary());
 }
 

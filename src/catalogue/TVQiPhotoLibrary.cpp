@@ -1,7 +1,11 @@
 #include "TVQiPhotoLibrary.h"
 
+#include <algorithm>
+#include <cstdint>
+
 #include "../photos/RecordDatabase.h"
 #include "../platform/FileManager.h"
+#include "../platform/Limits.h"
 #include "../platform/Log.h"
 #include "../platform/NSException.h"
 #include "../platform/NSUnarchiver.h"
@@ -125,6 +129,11 @@ void TVQiPhotoLibrary::setDatabase(RecordDatabase* database) {
 }
 
 std::string TVQiPhotoLibrary::description() const {
+  // This text is as long as the list of photos; the limit is there for what a few bytes make long.
+  constexpr std::uint64_t kBytesAPhoto = 1024;
+  Limits limits = Limits::current();
+  limits.description = std::max(limits.description, kBytesAPhoto * _imageRecRefs.size());
+  const Limits::Scope scope(limits);
   const Value store = _keywords.isNothing() ? _keywordList.value() : _keywords;
   return format(
       "version = %d, nextImageKey = %@, nextRollKey = %@, flag1 = %d, flag2 = %d, "

@@ -5,6 +5,7 @@
 
 #include "../albums/FilterAlbum.h"
 #include "../albums/FolderAlbum.h"
+#include "../platform/Description.h"
 #include "../platform/NSException.h"
 #include "../platform/NSUnarchiver.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
@@ -81,7 +82,7 @@ void TVQiPhotoLibrary::_readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamD
     } else {
       NSException::raise(kNSInternalInconsistencyException,
                          "Unexpected object %@ %@ while loading album data", object.className(),
-                         object.isNothing() ? std::string() : object.description());
+                         object.isNothing() ? std::string() : describeBriefly(object));
     }
   }
 }

@@ -35,8 +35,8 @@ Value ArchivedRecord::entry(std::string_view name) const {
 }
 
 void ArchivedRecord::setEntry(std::string_view name, Value value) {
-  if (!_dictionary) {
-    _dictionary = make<Dictionary>();
+  if (!_dictionary || _dictionary->empty()) {
+    _dictionary = make<Dictionary>();  // an empty one may be shared with others
   }
   _dictionary->set(name, std::move(value));
 }

@@ -11,8 +11,8 @@ Ref<AttributeMgr> AttributeMgr::initWithDictionary(Ref<Dictionary> dictionary) {
 }
 
 void AttributeMgr::setAttributeForKey(const Value& attribute, std::string_view name) {
-  if (!attributes()) {
-    setAttributes(make<Dictionary>());
+  if (const Ref<Dictionary> found = attributes(); !found || found->empty()) {
+    setAttributes(make<Dictionary>());  // an empty one may be shared with others
   }
   if (!attribute.isNothing()) {
     attributes()->set(name, attribute);

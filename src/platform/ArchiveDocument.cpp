@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "Limits.h"
 #include "NSException.h"
 #include "detail/ArchiveContents.h"
 #include "detail/ArchiveWriter.h"
@@ -68,10 +69,9 @@ class ArchiveDocument::Builder {
   }
 
   void readObject() {
-    if (++_openObjects > detail::kMostOpenObjects) {
+    if (const std::uint32_t deepest = Limits::current().nesting; ++_openObjects > deepest) {
       detail::failArchive(_reader.position(),
-                          "*** Incorrect archive: objects are nested more than %d deep",
-                          detail::kMostOpenObjects);
+                          "*** Incorrect archive: objects are nested more than %u deep", deepest);
     }
     add({Kind::classReference, '#', _reader.readClassOfObject()});
     while (!_reader.takeEndOfObject()) {
@@ -83,7 +83,7 @@ class ArchiveDocument::Builder {
 
   ArchiveReader& _reader;
   Contents& _contents;
-  int _openObjects = 0;
+  std::uint32_t _openObjects = 0;
 };
 
 namespace {

@@ -10,7 +10,8 @@
 
 namespace mrziphoto {
 
-/// An ordered collection of values. Shared by reference; whoever makes one may fill it.
+/// An ordered collection of values. Shared by reference; whoever makes one may fill it, nobody one
+/// that was read.
 class MRZIPHOTO_EXPORT Array final : public Object {
  public:
   static const Class kClass;

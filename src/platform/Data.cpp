@@ -1,9 +1,12 @@
 #include "Data.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+
+#include "Description.h"
 
 namespace mrziphoto {
 namespace {
@@ -52,9 +55,11 @@ Data Data::zeros(std::size_t size, char*& start) {
 
 std::string Data::description() const {
   constexpr std::string_view kDigits = "0123456789abcdef";
+  DescriptionBudget budget;
+  const std::size_t shown = std::min<std::uint64_t>(size(), budget.left() * 4 / 9);
   std::string result = "<";
-  result.reserve(size() * 9 / 4 + 2);
-  for (std::size_t i = 0; i < size(); ++i) {
+  result.reserve(shown * 9 / 4 + sizeof kDescriptionCut + 1);
+  for (std::size_t i = 0; i < shown; ++i) {
     if (i != 0 && i % 4 == 0) {
       result += ' ';
     }
@@ -62,7 +67,10 @@ std::string Data::description() const {
     result += kDigits[byte >> 4];
     result += kDigits[byte & 0xF];
   }
-  return result + '>';
+  result += shown < size() ? kDescriptionCut : "";
+  result += '>';
+  budget.spend(result.size());
+  return result;
 }
 
 }  // namespace mrziphoto

@@ -8,16 +8,15 @@
 
 #include "Array.h"
 #include "Dictionary.h"
+#include "Limits.h"
 #include "Text.h"
 
 namespace mrziphoto {
 namespace {
 
 constexpr std::size_t kIndent = 4;
-// Parts that an archive shares between many places, or quotes inside quotes, could else make the
-// text of a small file fill the memory.
-constexpr std::size_t kLongestElement = std::size_t{16} << 20;
-constexpr std::string_view kCut = "...";
+constexpr std::size_t kLongestInMessage = 256;
+thread_local DescriptionBudget* outermostBudget = nullptr;
 
 bool isPlainWord(std::string_view text) {
   return !text.empty() && std::ranges::all_of(text, [](char c) {
@@ -108,7 +107,7 @@ class Writer {
     while (!text.empty() && !isFull()) {
       appendEscaped(_out, text::nextCharacter(text));
     }
-    _out += text.empty() ? "" : kCut;
+    _out += text.empty() ? "" : kDescriptionCut;
     _out += '"';
   }
 
@@ -127,21 +126,23 @@ class Writer {
 
   /// Indents the next element; false when there is no room for it, which the text then says.
   bool startElement() {
-    if (_level == 1) {
-      _elementStart = _out.size();
-    }
     indent();
     if (isFull()) {
-      _out.append(kCut).append("\n");
+      _out.append(kDescriptionCut).append("\n");
       return false;
     }
     return true;
   }
-  [[nodiscard]] bool isFull() const { return _out.size() - _elementStart > kLongestElement; }
+  [[nodiscard]] bool isFull() {
+    _budget.spend(_out.size() - _spent);
+    _spent = _out.size();
+    return _budget.left() == 0;
+  }
 
+  DescriptionBudget _budget;
   std::string _out;
+  std::size_t _spent = 0;  // of the budget, for the text so far
   std::size_t _level = 0;
-  std::size_t _elementStart = 0;  // of the outermost container's element
 };
 
 template <class Container>
@@ -153,8 +154,27 @@ std::string described(const Container& container) {
 
 }  // namespace
 
+DescriptionBudget::DescriptionBudget()
+    : _account(outermostBudget != nullptr ? *outermostBudget : *this),
+      _left(Limits::current().description) {
+  outermostBudget = &_account;
+}
+
+DescriptionBudget::~DescriptionBudget() {
+  if (&_account == this) {
+    outermostBudget = nullptr;
+  }
+}
+
 std::string describe(const Array& array) { return described(array); }
 
 std::string describe(const Dictionary& dictionary) { return described(dictionary); }
+
+std::string describeBriefly(const Value& value) {
+  const bool isShort = !value.object() && value.string().value_or(String()).bytes().size() +
+                                                  value.data().value_or(Data()).size() <=
+                                              kLongestInMessage;
+  return isShort ? value.description() : "<" + std::string(value.className()) + ">";
+}
 
 }  // namespace mrziphoto

@@ -36,7 +36,7 @@ class MRZIPHOTO_EXPORT DictionaryKey {
 };
 
 /// A collection of values by key text, in the order in which the keys were first set. A key stands
-/// in it once. Shared by reference; whoever makes one may fill it.
+/// in it once. Shared by reference; whoever makes one may fill it, nobody one that was read.
 class MRZIPHOTO_EXPORT Dictionary final : public Object {
  public:
   static const Class kClass;

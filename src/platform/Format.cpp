@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstdio>
 
+#include "Description.h"
 #include "Text.h"
 
 namespace mrziphoto {
@@ -111,6 +112,7 @@ void appendFilled(std::string& out, const Directive& directive, const std::strin
 
 std::string formatArguments(std::string_view text,
                             std::initializer_list<FormatArgument> arguments) {
+  const DescriptionBudget budget;  // one for all arguments
   std::string out;
   const FormatArgument* next = arguments.begin();
   while (!text.empty()) {

@@ -20,11 +20,21 @@ struct MRZIPHOTO_EXPORT Limits {
   std::uint64_t expansion = 64;
   /// ... and never less than this.
   std::uint64_t leastExpansion = 16'000'000;
-  /// Objects, arrays and dictionaries inside each other.
+  /// Objects, arrays and dictionaries inside each other, in archives and property lists. Each level
+  /// takes a piece of the thread's stack while it is read and when it is let go.
   std::uint32_t nesting = 256;
   /// Albums and folders that are met while one folder's albums are listed.
   std::uint32_t flattenedAlbums = 100'000;
-  /// Bytes of one description, whatever it describes.
+  /// Classes of an archive above each other, each the superclass of the one before.
+  std::uint32_t classChain = 64;
+  /// Bytes of one type string of an archive...
+  std::uint32_t typeString = 4096;
+  /// ... and arrays and structures inside each other in it.
+  std::uint32_t typeNesting = 32;
+  /// Bytes of the description that stands for a dictionary key of an archive which is no text.
+  std::uint32_t describedKey = 512;
+  /// Bytes of one description, whatever it describes, those of its parts included. The description
+  /// of a catalogue may take 1 KiB for each photo when that is more.
   std::uint64_t description = std::uint64_t{16} << 20;
   /// Pixels of the longer side of a picture that is decoded, and of the whole picture.
   std::uint32_t imageSide = 1U << 16;

@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "Description.h"
 #include "NSException.h"
 #include "detail/ArchiveWriter.h"
 #include "detail/FoundationClasses.h"
@@ -137,8 +138,8 @@ void NSArchiver::writeNumber(const Value& value, char code) {
   } else if (value.kind() == Value::Kind::integer && type != nullptr && fits(value, *type)) {
     _writer->writeInteger(static_cast<std::int64_t>(bitsOf(value)), code);
   } else {
-    NSException::raise(kNSInvalidArgumentException, "%@ cannot be archived as type '%@'", value,
-                       std::string_view(&code, 1));
+    NSException::raise(kNSInvalidArgumentException, "%@ cannot be archived as type '%@'",
+                       describeBriefly(value), std::string_view(&code, 1));
   }
 }
 
@@ -161,8 +162,8 @@ void NSArchiver::encodeValueOfObjCType(std::string_view type, const Value& value
   } else if (code == '+' && bytes) {
     encodeBytes(bytes->bytes());
   } else {
-    NSException::raise(kNSInvalidArgumentException, "%@ cannot be archived as type '%@'", value,
-                       type);
+    NSException::raise(kNSInvalidArgumentException, "%@ cannot be archived as type '%@'",
+                       describeBriefly(value), type);
   }
 }
 

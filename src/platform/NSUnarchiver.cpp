@@ -6,6 +6,7 @@
 
 #include "Array.h"
 #include "ClassRegistry.h"
+#include "Limits.h"
 #include "Text.h"
 #include "detail/ArchiveReader.h"
 #include "detail/FoundationClasses.h"
@@ -15,9 +16,6 @@ namespace {
 
 using detail::ArchiveItem;
 using detail::failArchive;
-
-// A longer description as a key would be no key but an attempt to swell.
-constexpr std::size_t kLongestDescribedKey = 512;
 
 /// Stands for an object that was passed over, inside a collection that was passed over, too.
 class UnknownObject final : public Object {
@@ -89,9 +87,10 @@ DictionaryKey NSUnarchiver::decodeKey() {
   if (const std::optional<String> text = key.string()) {
     return text->withUtf8([this](std::string_view characters) { return sharedKey(characters); });
   }
-  const std::string text =
-      _lastExpandedSize <= kLongestDescribedKey ? key.description() : std::string();
-  if (text.empty() || text.size() > kLongestDescribedKey) {
+  // A longer description as a key would be no key but an attempt to swell.
+  const std::uint32_t longest = Limits::current().describedKey;
+  const std::string text = _lastExpandedSize <= longest ? key.description() : std::string();
+  if (text.empty() || text.size() > longest) {
     fail("*** Incorrect archive: a dictionary key that is no text");
   }
   return sharedKey(text);
@@ -191,15 +190,15 @@ Value NSUnarchiver::borrowedText(std::string_view text) {
 
 Value NSUnarchiver::newObject(std::size_t number) {
   const std::size_t start = cursor();
-  if (++_openObjects > detail::kMostOpenObjects) {
-    failArchive(start, "*** Incorrect archive: objects are nested more than %d deep",
-                detail::kMostOpenObjects);
+  const std::uint32_t deepest = Limits::current().nesting;
+  if (++_openObjects > deepest) {
+    failArchive(start, "*** Incorrect archive: objects are nested more than %u deep", deepest);
   }
   _objects.resize(std::max(_objects.size(), number + 1));
   _objects[number].classPosition = _reader->readClassOfObject();
   _objects[number].state = DecodedObject::State::reading;
   const std::uint64_t borrowedBefore = _borrowed;
-  const std::uint16_t heightBeside = std::exchange(_heightInside, std::uint16_t{0});
+  const std::uint32_t heightBeside = std::exchange(_heightInside, 0U);
 
   Value value = contentsOf(number);
   if (!_reader->takeEndOfObject()) {
@@ -208,15 +207,14 @@ Value NSUnarchiver::newObject(std::size_t number) {
                 "class %@",
                 _reader->classes()[_objects[number].classPosition].name);
   }
-  if (_heightInside >= detail::kMostOpenObjects) {
-    failArchive(start, "*** Incorrect archive: references lead more than %d objects deep",
-                detail::kMostOpenObjects);
+  if (_heightInside >= deepest) {
+    failArchive(start, "*** Incorrect archive: references lead more than %u objects deep", deepest);
   }
   DecodedObject& object = _objects[number];
   object.value = value;
   object.state = DecodedObject::State::read;
   object.expandedSize = cursor() - start + (_borrowed - borrowedBefore);
-  object.height = static_cast<std::uint16_t>(_heightInside + 1);
+  object.height = _heightInside + 1;
   _lastExpandedSize = object.expandedSize;
   _heightInside = std::max(heightBeside, object.height);
   --_openObjects;

@@ -11,6 +11,7 @@
 #include "Data.h"
 #include "Dictionary.h"
 #include "Export.h"
+#include "KeyedHash.h"
 #include "Value.h"
 
 namespace mrziphoto {
@@ -95,7 +96,7 @@ class MRZIPHOTO_EXPORT NSUnarchiver {
     Value value;
     std::uint64_t expandedSize = 0;
     std::uint32_t classPosition = 0;
-    std::uint16_t height = 0;
+    std::uint32_t height = 0;
     enum class State : std::uint8_t { none, reading, read } state = State::none;
   };
   /// Who makes the objects of a class: one of the two, or nobody.
@@ -121,13 +122,13 @@ class MRZIPHOTO_EXPORT NSUnarchiver {
   std::unique_ptr<detail::ArchiveReader> _reader;
   std::vector<DecodedObject> _objects;
   std::vector<Loader> _loaders;
-  std::unordered_map<std::string_view, DictionaryKey> _keys;
+  std::unordered_map<std::string_view, DictionaryKey, KeyedHash> _keys;
   // What the values read so far would take up, beyond their bytes, with every reference written
   // out; and how deep the objects inside the present one are nested, references followed.
   std::uint64_t _borrowed = 0;
   std::uint64_t _lastExpandedSize = 0;
-  std::uint16_t _heightInside = 0;
-  int _openObjects = 0;
+  std::uint32_t _heightInside = 0;
+  std::uint32_t _openObjects = 0;
   int _skipping = 0;
 };
 

@@ -8,10 +8,12 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Array.h"
 #include "Dictionary.h"
+#include "Limits.h"
 #include "NSException.h"
 #include "Text.h"
 #include "detail/Base64.h"
@@ -149,6 +151,11 @@ std::optional<Value> dateFrom(std::string_view text) {
 /// Moves the last values of a stack into a list of just their number.
 template <class Item>
 std::vector<Item> takeFrom(std::vector<Item>& stack, std::size_t first) {
+  // A large list that fills the stack takes it over: for a while a copy would cost as much again.
+  constexpr std::size_t kLarge = 4096;
+  if (first == 0 && stack.size() >= kLarge) {
+    return std::exchange(stack, {});
+  }
   const auto begin = stack.begin() + static_cast<std::ptrdiff_t>(first);
   std::vector<Item> items(std::make_move_iterator(begin), std::make_move_iterator(stack.end()));
   stack.erase(begin, stack.end());
@@ -221,10 +228,9 @@ class Reader {
   }
 
   Value nested(const Tag& tag, Ref<Object> (Reader::*read)(const Tag&)) {
-    if (_nesting == kMaximumPropertyListNesting) {
+    if (++_nesting > Limits::current().nesting) {
       _scanner.fail(tag, "is nested too deeply");
     }
-    ++_nesting;
     Value result((this->*read)(tag));
     --_nesting;
     return result;
@@ -244,7 +250,8 @@ class Reader {
       Value item = value(*valueTag);
       _entries.push_back({std::move(key), std::move(item)});
     }
-    return make<Dictionary>(takeFrom(_entries, first));
+    return _entries.size() == first ? _emptyDictionary.take()
+                                    : make<Dictionary>(takeFrom(_entries, first));
   }
 
   Ref<Object> array(const Tag& tag) {
@@ -253,7 +260,7 @@ class Reader {
       Value item = value(*itemTag);
       _values.push_back(std::move(item));
     }
-    return make<Array>(takeFrom(_values, first));
+    return _values.size() == first ? _emptyArray.take() : make<Array>(takeFrom(_values, first));
   }
 
   XmlScanner::Text textOf(const Tag& tag) {
@@ -303,7 +310,10 @@ class Reader {
   detail::ReferenceStock _document;
   detail::TextPool _pool;
   detail::KeyCache _keys;
-  std::size_t _nesting = 0;
+  // An object for each of the empty ones, seven bytes in the file, would swell it many times.
+  detail::ReferenceStock _emptyDictionary{make<Dictionary>()};
+  detail::ReferenceStock _emptyArray{make<Array>()};
+  std::uint32_t _nesting = 0;
   // What is complete of the dictionaries and arrays that are open, the innermost last.
   std::vector<Dictionary::Entry> _entries;
   std::vector<Value> _values;

@@ -1,19 +1,15 @@
 #pragma once
 
-#include <cstddef>
-
 #include "Data.h"
 #include "Export.h"
 #include "Value.h"
 
 namespace mrziphoto {
 
-/// How deep arrays and dictionaries of a property list may stand inside each other.
-inline constexpr std::size_t kMaximumPropertyListNesting = 512;
-
 /// Reads an XML property list: one value, in a <plist> element or alone.
 ///
-/// - <dict> and <array> become dictionaries and arrays. Of equal keys the later value stands.
+/// - <dict> and <array> become dictionaries and arrays. Of equal keys the later value stands. All
+///   that are empty are one object, which nobody must fill.
 /// - <string> and <data> become texts and bytes. A text that lies in `bytes` just as it is meant
 ///   (in UTF-8, without references, CDATA sections or carriage returns) is a slice of it and keeps
 ///   it alive.
@@ -26,7 +22,7 @@ inline constexpr std::size_t kMaximumPropertyListNesting = 512;
 /// for itself are not expanded.
 ///
 /// Throws NSException "NSParseErrorException" when the document is not well-formed XML, when it is
-/// no property list, and when it is nested deeper than `kMaximumPropertyListNesting`. The reason is
+/// no property list, and when it is nested deeper than `Limits::nesting`. The reason is
 /// one sentence with line and byte, such as "the property list ends inside <dict> at line 7, byte
 /// 312". Lines count from 1, bytes of the file from 0; the byte is also the exception's offset.
 [[nodiscard]] MRZIPHOTO_EXPORT Value propertyListFromData(const Data& bytes);

@@ -3,12 +3,13 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <optional>
 
 #include "Array.h"
 #include "Dictionary.h"
+#include "Limits.h"
 #include "NSException.h"
-#include "PropertyList.h"
 #include "Text.h"
 #include "detail/Base64.h"
 #include "detail/XmlCharacters.h"
@@ -164,7 +165,7 @@ class Writer {
 
   template <class Content>
   void container(const std::string& name, bool isEmpty, Content content) {
-    if (_nesting == kMaximumPropertyListNesting) {
+    if (_nesting >= Limits::current().nesting) {
       refuse("values that are nested so deeply");
     }
     if (isEmpty) {
@@ -180,7 +181,7 @@ class Writer {
 
   std::string& _out;
   std::size_t _margin;
-  std::size_t _nesting = 0;
+  std::uint32_t _nesting = 0;
 };
 
 }  // namespace

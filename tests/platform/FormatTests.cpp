@@ -1,8 +1,14 @@
+#include <string>
+#include <utility>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/platform/Array.h>
+#include <MRZiPhoto/platform/Description.h>
 #include <MRZiPhoto/platform/Dictionary.h>
 #include <MRZiPhoto/platform/Format.h>
+#include <MRZiPhoto/platform/Limits.h>
 
 namespace mrziphoto {
 namespace {
@@ -15,6 +21,7 @@ TEST(Format, FillsDirectives) {
   EXPECT_EQ(format("%.2f %f %6.1f", 2.345, 0.5, -1.25), "2.35 0.500000   -1.2");
   EXPECT_EQ(format("'%c%c%c%c'", 'd', 'b', 0xD6, 'S'), "'dbÖS'") << "always valid text";
   EXPECT_EQ(format("100%% of %s", "all"), "100% of all");
+  EXPECT_EQ(format("%@", ~0ULL), "18446744073709551615");
 }
 
 TEST(Format, LeavesWhatItCannotFill) {
@@ -67,14 +74,65 @@ TEST(Description, EndsWhereObjectsReferToEachOther) {
   EXPECT_EQ(around->hash(), around->hash());
 }
 
-TEST(Description, SharedPartsDoNotFillTheMemory) {
-  Ref<Array> list = make<Array>();
-  for (int depth = 0; depth < 60; ++depth) {
-    list = make<Array>(std::vector<Value>{list, list});
+/// An object whose description holds that of others.
+class Describing final : public Object {
+ public:
+  explicit Describing(Value inside) : _inside(std::move(inside)) {}
+  [[nodiscard]] const Class& objectClass() const override {
+    static constexpr Class kClass{"Describing"};
+    return kClass;
   }
-  const std::string text = list->description();
-  EXPECT_LT(text.size(), std::size_t{64} << 20);
-  EXPECT_NE(text.find("...\n"), std::string::npos);
+  [[nodiscard]] std::string description() const override {
+    return format("%@ and %@", _inside, _inside);
+  }
+
+ private:
+  Value _inside;
+};
+
+TEST(Description, HasOneBudgetForAllOfIt) {
+  Limits limits;
+  limits.description = 100'000;
+  const Limits::Scope scope(limits);
+  const auto doubled = [](int depth, auto around) {
+    Value value = 1;
+    for (; depth > 0; --depth) {
+      value = around(value);
+    }
+    return value;
+  };
+  const auto list = [](const Value& value) {
+    return make<Array>(std::vector<Value>{value, value});
+  };
+  const auto object = [&](const Value& value) { return make<Describing>(list(value)); };
+  const Value bytes = Data::copyOf(std::string(1'000'000, 'x'));
+  const Value many = make<Array>(std::vector<Value>(1000, doubled(16, list)));
+  for (const Value& value : {doubled(60, list), doubled(24, object), many,
+                             Value(make<Array>(std::vector<Value>{bytes})), bytes}) {
+    const std::string text = value.description();
+    EXPECT_LT(text.size(), 130'000U) << value.className();
+    EXPECT_NE(text.find("..."), std::string::npos);
+    EXPECT_LT(format("%@%@", value, value).size(), 130'000U) << "one for both arguments";
+    EXPECT_EQ(text, value.description()) << "a new one each time";
+  }
+  const Value fitting = make<Array>(std::vector<Value>(9000, 1));
+  EXPECT_EQ(fitting.description().size(), 9000U * 7 + 2);
+}
+
+TEST(Description, IsBriefInMessages) {
+  const std::string text(300, 'x');
+  const std::vector<std::pair<Value, std::string>> cases{{{}, "(null)"},
+                                                         {1, "1"},
+                                                         {Date{0}, "2001-01-01 00:00:00 +0000"},
+                                                         {"a text", "a text"},
+                                                         {text, "<NSString>"},
+                                                         {Data::copyOf("ab"), "<6162>"},
+                                                         {Data::copyOf(text), "<NSData>"},
+                                                         {make<Array>(), "<NSArray>"},
+                                                         {make<Dictionary>(), "<NSDictionary>"}};
+  for (const auto& [value, expected] : cases) {
+    EXPECT_EQ(describeBriefly(value), expected);
+  }
 }
 
 }  // namespace

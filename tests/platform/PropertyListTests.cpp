@@ -13,6 +13,7 @@
 
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/Dictionary.h>
+#include <MRZiPhoto/platform/Limits.h>
 #include <MRZiPhoto/platform/NSException.h>
 #include <MRZiPhoto/platform/PropertyList.h>
 #include <MRZiPhoto/platform/PropertyListWriter.h>
@@ -218,9 +219,9 @@ TEST(PropertyList, BoundsNesting) {
   const auto nested = [](std::size_t levels) {
     return repeated("<array>", levels) + repeated("</array>", levels);
   };
-  EXPECT_TRUE(readIfValid(nested(kMaximumPropertyListNesting)));
-  EXPECT_EQ(failure(nested(kMaximumPropertyListNesting + 1)),
-            "the property list is nested too deeply at line 1, byte 3584");
+  EXPECT_TRUE(readIfValid(nested(Limits::current().nesting)));
+  EXPECT_EQ(failure(nested(Limits::current().nesting + 1)),
+            "the property list is nested too deeply at line 1, byte 1792");
   EXPECT_FALSE(readIfValid(repeated("<dict><key/>", 1000000)));
 }
 
@@ -496,7 +497,7 @@ TEST(PropertyListWriter, WritesWhatTheReaderReads) {
 
 TEST(PropertyListWriter, RefusesWhatNoPropertyListHolds) {
   Value deep = array({});
-  for (std::size_t i = 0; i < kMaximumPropertyListNesting; ++i) {
+  for (std::size_t i = 0; i < Limits::current().nesting; ++i) {
     deep = array({deep});
   }
   const Ref<Array> circle = make<Array>();

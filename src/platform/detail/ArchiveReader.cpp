@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <limits>
 
+#include "../Limits.h"
 #include "NumberTypes.h"
 
 namespace mrziphoto::detail {
 namespace {
 
 constexpr std::size_t kSignatureAt = 2;
-constexpr std::uint32_t kLongestChain = 64;
-// How far an archive may swell: a small one a lot, a large one in proportion.
-constexpr std::uint64_t kSmallestLimit = 16'000'000;
-constexpr std::uint64_t kLimitPerByte = 64;
 
 /// The number of bytes behind a head that says that an integer follows; 0 for all other heads.
 constexpr std::size_t integerSize(std::int8_t head) {
@@ -325,6 +322,7 @@ std::uint32_t ArchiveReader::classAfter(std::int8_t head) {
 
 /// Links the classes from `first` on, each to the next and the last to `above`.
 void ArchiveReader::completeChain(std::size_t first, std::optional<std::uint32_t> above) {
+  const std::uint32_t longest = Limits::current().classChain;
   for (std::size_t i = _classes.size(); i-- > first;) {
     ClassRecord& record = _classes[i];
     record.superclass = above;
@@ -333,9 +331,9 @@ void ArchiveReader::completeChain(std::size_t first, std::optional<std::uint32_t
       record.chainLength += _classes[*above].chainLength;
       record.chainTextSize += _classes[*above].chainTextSize;
     }
-    if (record.chainLength > kLongestChain) {
+    if (record.chainLength > longest) {
       failArchive(_position, "*** Incorrect archive: a class with more than %u above it",
-                  kLongestChain - 1);
+                  longest - 1);
     }
     record.isComplete = true;
     above = static_cast<std::uint32_t>(i);
@@ -355,7 +353,9 @@ bool ArchiveReader::takeEndOfObject() {
 
 void ArchiveReader::accountFor(std::uint64_t size, std::uint64_t& account) const {
   account += size;
-  if (account > std::max(kSmallestLimit, kLimitPerByte * _bytes.size())) {
+  const Limits& limits = Limits::current();
+  if (account > limits.leastExpansion &&
+      (account - 1) / std::max<std::uint64_t>(1, limits.expansion) >= _bytes.size()) {
     failArchive(_position, "*** Incorrect archive: it repeats itself out of all proportion");
   }
 }

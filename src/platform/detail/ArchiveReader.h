@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "../KeyedHash.h"
 #include "ArchiveType.h"
 
 namespace mrziphoto::detail {
@@ -30,9 +31,6 @@ inline constexpr std::int8_t kFirstNumber = -110;
 inline constexpr std::string_view kBigEndianSignature = "typedstream";
 inline constexpr std::string_view kLittleEndianSignature = "streamtyped";
 inline constexpr char kStreamerVersion = 4;
-
-/// The most objects that may be open inside each other.
-inline constexpr int kMostOpenObjects = 256;
 
 /// One value as it stands in an archive. Texts and bytes lie in the archive.
 struct ArchiveItem {
@@ -175,7 +173,7 @@ class ArchiveReader {
   std::vector<ClassRecord> _classes;
   std::vector<CString> _cStrings;
   std::deque<ArchiveType> _types;
-  std::unordered_map<std::string_view, std::uint32_t> _classesByName;
+  std::unordered_map<std::string_view, std::uint32_t, KeyedHash> _classesByName;
   std::uint64_t _namedAgain = 0;
 };
 

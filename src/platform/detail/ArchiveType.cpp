@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <charconv>
 
+#include "../Limits.h"
+
 namespace mrziphoto::detail {
 namespace {
 
 constexpr std::string_view kScalars = "cCsSiIlLqQBfd@#*:%+!";
 constexpr char kWithoutBytes = '!';
 
-constexpr std::size_t kLongest = 4096;
-constexpr int kDeepest = 32;
 constexpr int kMostWithoutBytes = 8;
 constexpr std::uint32_t kMostElements = 0x7FFFFFFF;
 // More than any archive holds, and small enough to be multiplied with a count of elements.
@@ -26,8 +26,8 @@ class ArchiveType::Parser {
   /// The types up to the closing character, which is taken with them, or up to the end of the text
   /// when that is 0. Answers the fewest bytes that their values take up.
   std::uint64_t sequence(char closer) {
-    if (++_depth > kDeepest) {
-      failArchive(_offset, "type descriptor error: types are nested more than %d deep", kDeepest);
+    if (const std::uint32_t deepest = Limits::current().typeNesting; ++_depth > deepest) {
+      failArchive(_offset, "type descriptor error: types are nested more than %u deep", deepest);
     }
     std::uint64_t leastBytes = 0;
     while (!isClosed(closer)) {
@@ -118,12 +118,12 @@ class ArchiveType::Parser {
   std::size_t _offset;
   std::vector<Step>& _steps;
   std::size_t _at = 0;
-  int _depth = 0;
+  std::uint32_t _depth = 0;
   int _withoutBytes = 0;
 };
 
 ArchiveType::ArchiveType(std::string_view text, std::size_t offset) : _text(text) {
-  if (text.empty() || text.size() > kLongest) {
+  if (text.empty() || text.size() > Limits::current().typeString) {
     failArchive(offset, "type descriptor error: a type string of %@ bytes", text.size());
   }
   _leastBytes = Parser(text, offset, _steps).sequence('\0');
