@@ -13,6 +13,7 @@
 #include <MRZiPhoto/platform/NSException.h>
 #include <MRZiPhoto/platform/NSUnarchiver.h>
 
+#include "support/ArchivedAs.h"
 #include "support/CollectedLog.h"
 #include "support/StandInDatabase.h"
 #include "support/TemporaryFolder.h"
@@ -272,6 +273,21 @@ TEST(KeyMgr, ReadsThePackedForm) {
     EXPECT_EQ(log.lines(), each.lines);
     EXPECT_EQ(keys->keyNumbers(), each.keys);
   }
+}
+
+TEST(KeyMgr, ReadsArchivedKeys) {
+  NSArchiver archiver;
+  const auto withoutNumber = make<ArchivedAs<Key>>(make<Dictionary>());
+  const auto listed = make<Array>(
+      std::vector<Value>{Key::initWithKey(5), "6", withoutNumber, Key::initWithKey(0xFFFFFFFF)});
+  archiver.encodeObject(make<ArchivedAs<KeyMgr>>(dictionary({{"Keys", listed}})));
+  const Ref<KeyMgr> keys = NSUnarchiver::initForReadingWithData(archiver.archivedData())
+                               ->decodeObject()
+                               .object<KeyMgr>();
+  EXPECT_EQ(keys->imageKeys().size(), 3U) << "a text is no key";
+  EXPECT_EQ(keys->imageKeys()[0]->stringValue(), "5");
+  EXPECT_EQ(keys->keyNumbers(), (std::vector<std::uint32_t>{5, 0xFFFFFFFF}));
+
   const List<Key> list({Key::initWithKey(4), Key::initWithKey(9)});
   EXPECT_TRUE(KeyMgr::initWithKeys(list)->imageKeys().isSameList(list));
 }

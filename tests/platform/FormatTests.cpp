@@ -42,6 +42,7 @@ TEST(Description, ContainersInTheCustomaryForm) {
                               {"Word1", "Word2"},
                               {"_key", ""},
                               {"city", "K\xC3\xB6ln \xF0\x9F\x93\xB7"},
+                              {"edge", "\uFFFF\U00010000\U000103FF\U00010400"},
                               {"quotes", "a \"b\" \\ \n\t"},
                               {"bytes", Data::copyOf("hello")},
                               {"date", Date{0}}};
@@ -52,6 +53,7 @@ TEST(Description, ContainersInTheCustomaryForm) {
             "    bytes = <68656c6c 6f>;\n"
             "    city = \"K\\U00f6ln \\Ud83d\\Udcf7\";\n"
             "    date = \"2001-01-01 00:00:00 +0000\";\n"
+            "    edge = \"\\Uffff\\Ud800\\Udc00\\Ud800\\Udfff\\Ud801\\Udc00\";\n"
             "    inner =     {\n"
             "        w = \"-3\";\n"
             "        x = \"1.5\";\n"

@@ -1,4 +1,7 @@
+#include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -9,12 +12,22 @@
 namespace mrziphoto {
 namespace {
 
+using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 TVQiPhotoCodedStreamData bigEndian(std::string_view bytes) {
   TVQiPhotoCodedStreamData stream(Data::copyOf(bytes));
   stream.setShouldSwapMode(TVQStreamData::bigEndian);
   return stream;
+}
+
+/// With that size in place of the first four bytes.
+TVQiPhotoCodedStreamData bigEndian(std::string_view bytes, std::int32_t size) {
+  std::string sized(bytes);
+  for (std::size_t i = 0; i < 4; ++i) {
+    sized[i] = static_cast<char>(static_cast<std::uint32_t>(size) >> (24 - 8 * i));
+  }
+  return bigEndian(sized);
 }
 
 TEST(TVQStreamData, ReadsEveryWidthInTheOrderOfItsSwapMode) {
@@ -76,15 +89,35 @@ TEST(TVQiPhotoCodedStreamData, ReadsTypedItems) {
 }
 
 TEST(TVQiPhotoCodedStreamData, RefusesAnItemOfAnotherSize) {
-  auto stream = bigEndian("\0\0\0\x8\x3F\xF0\0\0\0\0\0\0"sv);
-  try {
-    static_cast<void>(stream.readCodedInt());
-    FAIL() << "no exception";
-  } catch (const NSException& exception) {
-    EXPECT_EQ(exception.name(), kNSInternalInconsistencyException);
-    EXPECT_EQ(exception.reason(), "Unexpected datasize 8 during readCodedInt");
+  struct Case {
+    std::string_view operation;
+    std::int32_t size;
+    void (*read)(TVQiPhotoCodedStreamData&);
+  };
+  using Stream = TVQiPhotoCodedStreamData;
+  for (const Case& each :
+       {Case{"readCodedShort", 2, [](Stream& s) { static_cast<void>(s.readCodedShort()); }},
+        {"readCodedInt", 4, [](Stream& s) { static_cast<void>(s.readCodedInt()); }},
+        {"readCodedLongLong", 8, [](Stream& s) { static_cast<void>(s.readCodedLongLong()); }},
+        {"readCodedFloat", 4, [](Stream& s) { static_cast<void>(s.readCodedFloat()); }},
+        {"readCodedDouble", 8, [](Stream& s) { static_cast<void>(s.readCodedDouble()); }},
+        {"readCodedNSSize", 8, [](Stream& s) { static_cast<void>(s.readCodedNSSize()); }}}) {
+    for (const std::int32_t size : {0, -each.size, each.size - 1, each.size + 1, 16 - each.size}) {
+      if (size == each.size) {
+        continue;
+      }
+      Stream stream = bigEndian({"\0\0\0\0\1\2\3\4\5\6\7\x8\x9\xA\xB\xC\xD\xE\xF\x10", 20}, size);
+      try {
+        each.read(stream);
+        ADD_FAILURE() << each.operation << " took a size of " << size;
+      } catch (const NSException& exception) {
+        EXPECT_EQ(exception.name(), kNSInternalInconsistencyException);
+        EXPECT_EQ(exception.reason(),
+                  format("Unexpected datasize %d during %@", size, each.operation));
+      }
+      EXPECT_EQ(stream.offsetInData(), 4U) << each.operation;
+    }
   }
-  EXPECT_EQ(stream.offsetInData(), 4U);
 }
 
 TEST(TVQiPhotoCodedStreamData, ReadsTextsInEitherByteOrder) {
@@ -100,12 +133,45 @@ TEST(TVQiPhotoCodedStreamData, ReadsTextsInEitherByteOrder) {
                 .utf8(),
             "\xEF\xBB\xBF"
             "A");
+  EXPECT_EQ(bigEndian("\0\0\0\4\xFE\xFF"
+                      "A\0"sv)
+                .readCodedUTF16String()
+                .bytes(),
+            "\xFE\xFF"
+            "A\0"sv);
+  EXPECT_EQ(bigEndian("\0\0\0\4\xFE\xFF"
+                      "A\0"sv)
+                .readCodedUTF16String()
+                .utf8(),
+            "\uFFFEA");
   EXPECT_EQ(bigEndian("\0\0\0\x6\xD8\x3D\xDE\0\xD8\x3D"sv).readCodedUTF16String().utf8(),
             "\xF0\x9F\x98\x80\xEF\xBF\xBD")
       << "a lone surrogate";
-  auto little = bigEndian("A\0"sv);
-  little.setShouldSwapMode(TVQStreamData::littleEndian);
-  EXPECT_EQ(little.readUTF16StringWithCharacterCount(1).utf8(), "A");
+  // The odd byte of a size stays unread; of 16 bits a size has no sign.
+  auto odd = bigEndian("\0\5\0A\0B\0C"sv);
+  EXPECT_EQ(odd.readCodedUTF16StringShort().utf8(), "AB");
+  EXPECT_EQ(odd.offsetInData(), 6U);
+  EXPECT_EQ(bigEndian("\xFF\xFE"s + std::string(0xFFFE, '!')).readCodedUTF16StringShort().bytes(),
+            std::string(0xFFFE, '!'));
+  struct Order {
+    std::int32_t mode;
+    std::string_view text;
+  };
+  for (const Order& each : {Order{0, "\u4100"}, {1, "A"}, {2, "A"}, {3, "\u4100"}}) {
+    auto stream = bigEndian("\0A"sv);
+    stream.setShouldSwapMode(each.mode);
+    EXPECT_EQ(stream.readUTF16StringWithCharacterCount(1).utf8(), each.text) << each.mode;
+  }
+}
+
+TEST(TVQiPhotoCodedStreamData, StaysBeforeAnArchiveThatItReads) {
+  NSArchiver archiver;
+  archiver.encodeObject("root");
+  const std::string bytes(archiver.archivedData().bytes());
+  auto stream = bigEndian("size" + bytes + "after", static_cast<std::int32_t>(bytes.size()));
+  EXPECT_EQ(stream.readCodedArchive(), "root");
+  EXPECT_EQ(stream.offsetInData(), 4U) << "right behind the size";
+  EXPECT_THROW(static_cast<void>(bigEndian("\0\0\0\5plain"sv).readCodedArchive()), NSException);
 }
 
 TEST(TVQiPhotoCodedStreamData, RefusesSizesBeyondTheBuffer) {
