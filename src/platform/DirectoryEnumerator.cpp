@@ -1,5 +1,6 @@
 #include "DirectoryEnumerator.h"
 
+#include <cerrno>
 #include <dirent.h>
 #include <memory>
 #include <optional>
@@ -7,6 +8,7 @@
 
 #include "FileManager.h"
 #include "Path.h"
+#include "ReadingRules.h"
 
 namespace mrziphoto {
 namespace {
@@ -30,17 +32,34 @@ FileType typeOf(const std::string& folder, const dirent& entry) {
 }  // namespace
 
 DirectoryEnumerator::DirectoryEnumerator(const std::string& folder) {
-  const std::optional<std::string> place = FileManager::locate(folder);
-  const std::unique_ptr<DIR, int (*)(DIR*)> stream(place ? opendir(place->c_str()) : nullptr,
-                                                   [](DIR* open) { return closedir(open); });
-  if (!stream) {
+  const std::string place = FileManager::locate(folder).value_or(folder);
+  if (!ReadingRules::current().allow(place)) {
+    _failure = FileManager::obstacle(folder);
+    if (!_failure) {
+      _failure = FileFailure::outside(folder, ReadingRules::current().onlyInside);
+    }
     return;
   }
+  const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(place.c_str()),
+                                                   [](DIR* open) { return closedir(open); });
+  if (!stream) {
+    // What is there and yet no folder would else count as not there.
+    const int error = errno;
+    _failure = FileManager::isFile(folder)
+                   ? FileFailure{FileFailure::Cause::notRegular, folder, "it is no folder"}
+                   : FileFailure::ofSystem(folder, error);
+    return;
+  }
+  errno = 0;
   while (const dirent* entry = readdir(stream.get())) {
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..") {
-      _entries.push_back({std::string(name), typeOf(*place, *entry)});
+      _entries.push_back({std::string(name), typeOf(place, *entry)});
     }
+    errno = 0;
+  }
+  if (errno != 0) {
+    _failure = FileFailure::ofSystem(folder, errno);
   }
 }
 

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Export.h"
+#include "FileFailure.h"
 
 namespace mrziphoto {
 
@@ -13,7 +15,7 @@ enum class FileType : std::uint8_t { regular, folder, symbolicLink, other, unkno
 
 /// The entries of one folder, in the order in which the file system yields them; sub-folders are
 /// not entered. The folder is read when the enumerator is made; one that cannot be read has no
-/// entries.
+/// entries, and tells why.
 class MRZIPHOTO_EXPORT DirectoryEnumerator {
  public:
   struct Entry {
@@ -25,11 +27,14 @@ class MRZIPHOTO_EXPORT DirectoryEnumerator {
 
   explicit DirectoryEnumerator(const std::string& folder);
 
+  /// Why the folder, or the rest of it, could not be read; nothing when it was.
+  [[nodiscard]] const std::optional<FileFailure>& failure() const { return _failure; }
   [[nodiscard]] auto begin() const { return _entries.begin(); }
   [[nodiscard]] auto end() const { return _entries.end(); }
 
  private:
   std::vector<Entry> _entries;
+  std::optional<FileFailure> _failure;
 };
 
 }  // namespace mrziphoto

@@ -1,27 +1,29 @@
 #include "FileManager.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <future>
-#include <new>
+#include <memory>
 #include <pwd.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 #include "Path.h"
 #include "detail/FolderNames.h"
+#include "detail/OpenFile.h"
 
 namespace mrziphoto {
 namespace {
 
 using Status = struct stat;
 
-// The longest run of bytes that a value can be a slice of.
-constexpr off_t kLargestFile = 0xFFFFFFFF;
 constexpr std::int64_t kReferenceDate = 978307200;  // 2001-01-01 in seconds since 1970-01-01
 constexpr mode_t kEverybody = 0666;                 // what the user's mask leaves of it
 
@@ -50,6 +52,77 @@ bool hasEntry(const std::string& path) {
   return lstat(path.c_str(), &status) == 0;
 }
 
+/// Looks for the entry that a path means, from the folder on down to which the path leads as it is
+/// spelled. That folder is found by halves: asking for one component after the other would cost the
+/// square of a path's length.
+class PathSearch {
+ public:
+  explicit PathSearch(std::string_view path) : _place(path.starts_with('/') ? "/" : "") {
+    while (!path.empty()) {
+      const std::size_t size = std::min(path.find('/'), path.size());
+      if (size > 0) {
+        _names.push_back(path.substr(0, size));
+      }
+      path.remove_prefix(std::min(size + 1, path.size()));
+    }
+  }
+
+  /// The entry's path; nothing when there is none.
+  std::optional<std::string> find() {
+    while (true) {
+      takeAsSpelled();
+      if (_next == _names.size()) {
+        return _place;
+      }
+      const auto names = detail::FolderNames::of(_place.empty() ? "." : _place);
+      const std::optional<std::string> found =
+          names ? names->nameLike(_names[_next]) : std::nullopt;
+      if (!found) {
+        return std::nullopt;
+      }
+      append(_place, *found);
+      ++_next;
+    }
+  }
+
+ private:
+  static void append(std::string& path, std::string_view name) {
+    if (!path.empty() && path.back() != '/') {
+      path += '/';
+    }
+    path += name;
+  }
+
+  [[nodiscard]] std::string upTo(std::size_t end) const {
+    std::string path = _place;
+    for (std::size_t i = _next; i < end; ++i) {
+      append(path, _names[i]);
+    }
+    return path;
+  }
+
+  /// Adds the names to the place that are there as they are spelled.
+  void takeAsSpelled() {
+    // Mostly all of them are, or all but the last.
+    std::size_t there = _names.size();
+    std::size_t missing = there + 1;
+    for (std::size_t step = 1; there > _next && !hasEntry(upTo(there)); step *= 2) {
+      missing = there;
+      there -= std::min(step, there - _next);
+    }
+    while (there + 1 < missing) {
+      const std::size_t middle = (there + missing) / 2;
+      (hasEntry(upTo(middle)) ? there : missing) = middle;
+    }
+    _place = upTo(there);
+    _next = there;
+  }
+
+  std::string _place;
+  std::vector<std::string_view> _names;
+  std::size_t _next = 0;  // the first of the names behind the place
+};
+
 /// What is known of the entry at the path as it is spelled, else of the one that `locate` finds;
 /// `path` then becomes its path.
 std::optional<Status> statusOf(std::string& path, int flags = 0) {
@@ -70,43 +143,6 @@ std::optional<Status> statusOf(std::string& path, int flags = 0) {
 }
 
 std::optional<Status> statusAt(std::string path, int flags = 0) { return statusOf(path, flags); }
-
-/// Reads `size` bytes from `offset` on, or as many as the file has; nothing when reading fails.
-std::optional<std::size_t> readRange(int file, char* start, std::size_t offset, std::size_t size) {
-  std::size_t done = 0;
-  while (done < size) {
-    const ssize_t count = pread(file, start + done, size - done, static_cast<off_t>(offset + done));
-    if (count < 0 && errno != EINTR) {
-      return std::nullopt;
-    }
-    if (count == 0) {
-      break;
-    }
-    done += count > 0 ? static_cast<std::size_t>(count) : 0;
-  }
-  return done;
-}
-
-// From this size on the time to touch a file's memory outweighs that to start a thread.
-constexpr std::size_t kReadByTwo = std::size_t{16} << 20;
-
-/// Reads a whole file of that size, a large one by two threads: what takes the time is memory that
-/// is touched for the first time.
-std::optional<std::size_t> readWhole(int file, char* start, std::size_t size) {
-  if (size < kReadByTwo) {
-    return readRange(file, start, 0, size);
-  }
-  const std::size_t half = size / 2;
-  // Without a thread to be had the second half is read when it is asked for.
-  std::future<std::optional<std::size_t>> rest = std::async(
-      std::launch::async | std::launch::deferred, readRange, file, start + half, half, size - half);
-  const std::optional<std::size_t> first = readRange(file, start, 0, half);
-  const std::optional<std::size_t> second = rest.get();
-  if (!first || !second) {
-    return std::nullopt;
-  }
-  return *first < half ? *first : half + *second;
-}
 
 bool writeWhole(int file, std::string_view bytes) {
   while (!bytes.empty()) {
@@ -183,29 +219,27 @@ std::optional<Date> FileManager::modificationDate(const std::string& path) {
               static_cast<double>(status->st_mtim.tv_nsec) * kNanosecond};
 }
 
-std::optional<Data> FileManager::contents(const std::string& path) {
-  std::string place = path;
-  const auto isReadable = [](const Status& status) {
-    return S_ISREG(status.st_mode) && status.st_size <= kLargestFile;
-  };
-  std::optional<Status> status = statusOf(place);
-  if (!status || !isReadable(*status)) {
+std::optional<Data> FileManager::contents(const std::string& path, FileFailure* failure) {
+  const std::unique_ptr<detail::OpenFile> file = detail::OpenFile::atPath(path, failure);
+  return file ? file->contents(failure) : std::nullopt;
+}
+
+Data FileManager::readContents(const std::string& path) {
+  FileFailure failure;
+  std::optional<Data> bytes = contents(path, &failure);
+  if (!bytes) {
+    throw FileException(std::move(failure));
+  }
+  return *bytes;
+}
+
+std::optional<FileFailure> FileManager::obstacle(const std::string& path) {
+  const std::optional<std::string> place = locate(path);
+  Status status{};
+  if (stat(place.value_or(path).c_str(), &status) == 0) {
     return std::nullopt;
   }
-  // Should a pipe have taken the file's place by now, opening it must not wait for a writer.
-  const FileDescriptor file(open(place.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
-  if (!file.isOpen() || fstat(file.number(), &*status) != 0 || !isReadable(*status)) {
-    return std::nullopt;
-  }
-  const auto size = static_cast<std::size_t>(status->st_size);
-  try {
-    std::optional<std::size_t> count;
-    const Data whole =
-        Data::filled(size, [&](char* start) { count = readWhole(file.number(), start, size); });
-    return count ? std::optional(whole.slice(0, *count)) : std::nullopt;
-  } catch (const std::bad_alloc&) {
-    return std::nullopt;
-  }
+  return FileFailure::ofSystem(path, errno);
 }
 
 bool FileManager::writeAtomically(const std::string& path, std::string_view bytes) {
@@ -241,18 +275,7 @@ std::optional<std::string> FileManager::locate(const std::string& path) {
   if (errno != ENOENT) {
     return std::nullopt;  // a path that is too long, or that leads through a file
   }
-  const std::string name = path::lastComponent(path);
-  const std::string folder = path::withoutLastComponent(path);
-  const std::optional<std::string> place = folder.empty() ? folder : locate(folder);
-  if (!place) {
-    return std::nullopt;
-  }
-  if (*place != folder && hasEntry(path::join(*place, name))) {
-    return path::join(*place, name);
-  }
-  const auto names = detail::FolderNames::of(place->empty() ? "." : *place);
-  const std::optional<std::string> found = names ? names->nameLike(name) : std::nullopt;
-  return found ? std::optional(path::join(*place, *found)) : std::nullopt;
+  return PathSearch(path).find();
 }
 
 std::string FileManager::temporaryFolder() {

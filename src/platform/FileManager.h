@@ -9,14 +9,15 @@
 #include "Date.h"
 #include "DirectoryEnumerator.h"
 #include "Export.h"
+#include "FileFailure.h"
 
 namespace mrziphoto {
 
 /// What the system asks of the file system. Paths are UTF-8. Libraries spell their files as a Mac
 /// file system does, which ignores case and Unicode normal form: where nothing lies at a path as it
 /// is spelled, every question but `writeAtomically` is answered for the entry that `locate` finds.
-/// Nothing here throws; a question about a path that cannot be followed is answered as for one at
-/// which nothing exists.
+/// Nothing here throws unless it says so; a question about a path that cannot be followed is
+/// answered as for one at which nothing exists.
 class MRZIPHOTO_EXPORT FileManager {
  public:
   FileManager() = delete;
@@ -35,9 +36,16 @@ class MRZIPHOTO_EXPORT FileManager {
   /// the file system keeps.
   [[nodiscard]] static std::optional<Date> modificationDate(const std::string& path);
   /// The whole file in one buffer, of its own. Nothing for what cannot be read, for all that is no
-  /// regular file, and for a file of 4 GiB or more, or more than the memory holds. A file that
-  /// becomes shorter while it is read gives what is left of it, one that grows what it was.
-  [[nodiscard]] static std::optional<Data> contents(const std::string& path);
+  /// regular file, and for a file of more bytes than `Limits::fileSize` or than the memory holds;
+  /// `failure` then tells why. A file that becomes shorter while it is read gives what is left of
+  /// it, one that grows what it was.
+  [[nodiscard]] static std::optional<Data> contents(const std::string& path,
+                                                    FileFailure* failure = nullptr);
+  /// The same. Throws FileException for what cannot be read.
+  [[nodiscard]] static Data readContents(const std::string& path);
+  /// Why nothing is known of the entry at that path: nothing is there, or the way to it is barred.
+  /// Nothing when something is there.
+  [[nodiscard]] static std::optional<FileFailure> obstacle(const std::string& path);
 
   /// Makes the file hold these bytes: all of them, or it stays as it was (and the answer is false).
   /// Other readers see the old file or the new one. A symbolic link is replaced, not followed.

@@ -15,7 +15,8 @@ namespace mrziphoto {
 /// request, goes by the limits in force at that moment.
 struct MRZIPHOTO_EXPORT Limits {
   /// Bytes of a file that is read as a whole: catalogue, album data, directory table, album file.
-  std::uint64_t fileSize = (std::uint64_t{1} << 32) - 1;
+  /// 4 GiB and more cannot be read, whatever the limit. A library of a million photos needs 1.5 GB.
+  std::uint64_t fileSize = std::uint64_t{2} << 30;
   /// Bytes that an archive's shared parts may take when written out in full: this often its size...
   std::uint64_t expansion = 64;
   /// ... and never less than this.

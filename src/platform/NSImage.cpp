@@ -50,6 +50,7 @@ Ref<NSImage> NSImage::initWithSize(NSSize size, const Class& kind) {
 
 bool NSImage::referToFile(const std::string& path) {
   _path = path;
+  _rules = ReadingRules::kept();
   return isSupported();
 }
 
@@ -68,6 +69,7 @@ std::optional<NSImage::File> NSImage::openFile() const {
   if (_path.empty() || !_failure.empty()) {
     return std::nullopt;
   }
+  const ReadingRules::Scope scope(_rules.get());
   File result{_path, {}};
   std::unique_ptr<detail::OpenFile> file = detail::OpenFile::atPath(_path);
   if (!file) {
@@ -116,6 +118,7 @@ bool NSImage::isValid() const { return !_representations.empty() || hasReadableF
 
 template <class Decode>
 Ref<NSBitmapImageRep> NSImage::decodeFile(Decode&& decode) const {
+  const ReadingRules::Scope scope(_rules.get());
   const std::optional<File> file = openFile();
   const detail::ImageBackend* backend = file ? detail::ImageBackend::shared() : nullptr;
   if (backend == nullptr) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +12,7 @@
 #include "NSBitmapImageRep.h"
 #include "NSSize.h"
 #include "Object.h"
+#include "ReadingRules.h"
 
 namespace mrziphoto {
 
@@ -103,6 +105,7 @@ class MRZIPHOTO_EXPORT NSImage : public Object {
   std::nullopt_t fail(std::string_view reason) const;
 
   std::string _path;
+  std::shared_ptr<const ReadingRules> _rules;
   std::optional<NSSize> _size;
   std::vector<Ref<NSBitmapImageRep>> _representations;
   // What the file's header says, once it was read.

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,7 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <MRZiPhoto/platform/FileFailure.h>
 #include <MRZiPhoto/platform/FileManager.h>
+#include <MRZiPhoto/platform/Limits.h>
+#include <MRZiPhoto/platform/ReadingRules.h>
 #include <MRZiPhoto/platform/detail/FolderNames.h>
 
 #include "support/EnvironmentVariable.h"
@@ -72,9 +76,120 @@ TEST(FileManager, ReadsWholeFiles) {
   EXPECT_TRUE(FileManager::contents(folder / "empty")->empty());
   EXPECT_TRUE(FileManager::contents(folder / "large")->bytes() == large);
 
-  folder.write("sparse", "");
-  fs::resize_file(folder / "sparse", std::uintmax_t{5} << 30);
-  EXPECT_FALSE(FileManager::contents(folder / "sparse")) << "more than a value can hold";
+  // Of a file with holes only what is written is read; the rest is zero.
+  folder.write("sparse", "begin");
+  fs::resize_file(folder / "sparse", std::uintmax_t{64} << 20);
+  std::ofstream(folder / "sparse", std::ios::binary | std::ios::app) << "end";
+  const std::optional<Data> sparse = FileManager::contents(folder / "sparse");
+  ASSERT_TRUE(sparse);
+  EXPECT_EQ(sparse->size(), (std::size_t{64} << 20) + 3);
+  EXPECT_TRUE(sparse->bytes().starts_with(std::string_view("begin\0\0", 7)));
+  EXPECT_TRUE(sparse->bytes().ends_with(std::string_view("\0end", 4)));
+}
+
+/// Gives up the rights of the super-user for as long as it lives.
+class AsNobody {
+ public:
+  AsNobody() : _user(geteuid()) {
+    if (_user == 0) {
+      EXPECT_EQ(seteuid(65534), 0);
+    }
+  }
+  ~AsNobody() { static_cast<void>(seteuid(_user)); }
+  AsNobody(const AsNobody&) = delete;
+  AsNobody& operator=(const AsNobody&) = delete;
+
+ private:
+  uid_t _user;
+};
+
+TEST(FileManager, SaysWhyAFileCannotBeRead) {
+  using Cause = FileFailure::Cause;
+  const TemporaryFolder folder;
+  folder.write("file", "0123456789");
+  folder.write("barred/file", "");
+  fs::create_directory(folder / "sub");
+  fs::create_symlink("circle", folder / "circle");
+  fs::create_symlink("gone", folder / "dangling");
+  fs::permissions(folder / "file", fs::perms::none);
+  fs::permissions(folder / "barred", fs::perms::none);
+  ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0644), 0);
+  folder.write("large", "");
+  fs::resize_file(folder / "large", (std::uintmax_t{2} << 30) + 1);
+  folder.write("small", "12345");
+  Limits limits;
+  limits.fileSize = 4;
+  const struct {
+    std::string name;
+    Cause cause;
+    std::string reason;
+    Limits limits;
+  } cases[] = {
+      {"missing", Cause::notThere, "No such file or directory", {}},
+      {"file/inside", Cause::notThere, "Not a directory", {}},
+      {"dangling", Cause::notThere, "No such file or directory", {}},
+      {std::string(300, 'x'), Cause::notThere, "File name too long", {}},
+      {"file", Cause::notAllowed, "Permission denied", {}},
+      {"barred/file", Cause::notAllowed, "Permission denied", {}},
+      {"sub", Cause::folder, "it is a folder", {}},
+      {"SUB", Cause::folder, "it is a folder", {}},
+      {"pipe", Cause::notRegular, "it is no regular file", {}},
+      {"circle", Cause::system, "Too many levels of symbolic links", {}},
+      {"large",
+       Cause::tooLarge,
+       "its 2147483649 bytes are more than the 2147483648 that are allowed",
+       {}},
+      {"small", Cause::tooLarge, "its 5 bytes are more than the 4 that are allowed", limits},
+  };
+  fs::permissions(folder.path(), fs::perms::all);
+  const AsNobody nobody;
+  for (const auto& each : cases) {
+    const Limits::Scope scope(each.limits);
+    FileFailure failure;
+    EXPECT_FALSE(FileManager::contents(folder / each.name, &failure)) << each.name;
+    EXPECT_EQ(failure.cause, each.cause) << each.name;
+    EXPECT_EQ(failure.sentence(), "'" + (folder / each.name) + "' cannot be read: " + each.reason);
+  }
+  EXPECT_EQ(DirectoryEnumerator(folder / "barred").failure()->cause, Cause::notAllowed);
+  EXPECT_EQ(DirectoryEnumerator(folder / "pipe").failure()->cause, Cause::notRegular);
+  EXPECT_EQ(DirectoryEnumerator(folder / "missing").failure()->cause, Cause::notThere);
+  EXPECT_FALSE(DirectoryEnumerator(folder / "sub").failure());
+}
+
+TEST(FileManager, OpensNothingOutsideOfTheOnlyFolderThatMayBeRead) {
+  const TemporaryFolder folder;
+  folder.write("library/inside/file", "in");
+  folder.write("library-2/file", "out");
+  fs::create_symlink("inside/file", folder / "library/link");
+  fs::create_symlink("../library-2/file", folder / "library/out");
+  fs::create_directory_symlink("../library-2", folder / "library/folder");
+  ReadingRules rules;
+  rules.onlyInside = fs::canonical(folder / "library").string();
+  const struct {
+    std::string name;
+    bool isInside;
+  } cases[] = {
+      {"library/inside/file", true},
+      {"library/LINK", true},
+      {"library/out", false},
+      {"library/folder/file", false},
+      {"library-2/file", false},
+      {"library/../library-2/file", false},
+      {"library/../library/link", true},
+  };
+  for (const auto& [name, isInside] : cases) {
+    EXPECT_TRUE(FileManager::contents(folder / name)) << name;
+    const ReadingRules::Scope scope(&rules);
+    FileFailure failure;
+    EXPECT_EQ(FileManager::contents(folder / name, &failure).has_value(), isInside) << name;
+    if (!isInside) {
+      EXPECT_EQ(failure.cause, FileFailure::Cause::outside) << name;
+    }
+  }
+  const ReadingRules::Scope scope(&rules);
+  EXPECT_FALSE(DirectoryEnumerator(folder / "library").failure());
+  EXPECT_EQ(DirectoryEnumerator(folder / "library/folder").failure()->cause,
+            FileFailure::Cause::outside);
 }
 
 TEST(FileManager, ReadsDatesToTheFraction) {
@@ -106,7 +221,17 @@ TEST(FileManager, FindsNamesAsAMacFileSystemDoes) {
   folder.write("both/a", "small");
   folder.write("both/A", "large");
   folder.write("\xFF-no-text", "");
+  std::string deep;
+  for (int i = 0; i < 300; ++i) {
+    deep += "/a";
+  }
+  folder.write("deep" + deep + "/file", "");
   const std::vector<std::pair<std::string, std::string>> cases{
+      {"ORIGINALS" + deep + "/2004/CAFE\u0301.jpg", ""},
+      {"originals" + std::string(3000, '/') + "2004/CAFE\u0301.jpg",
+       "Originals/2004/Caf\u00E9.JPG"},
+      {"deep" + deep + "/FILE", "deep" + deep + "/file"},
+      {"DEEP" + deep, "deep" + deep},
       {"originals/2004/CAFE\u0301.jpg", "Originals/2004/Caf\u00E9.JPG"},
       {"Originals/2004/caf\u00C9.jpg", "Originals/2004/Caf\u00E9.JPG"},
       {"ORIGINALS/2004", "Originals/2004"},

@@ -110,14 +110,16 @@ std::shared_ptr<const FolderNames> FolderNames::of(const std::string& folder) {
     return kept;
   }
   auto names = std::make_shared<const FolderNames>(folder);
-  if (!changedJustNow(*version)) {
+  if (names->isWhole() && !changedJustNow(*version)) {
     cache().keep(folder, *version, names);
   }
   return names;
 }
 
 FolderNames::FolderNames(const std::string& folder) {
-  for (const DirectoryEnumerator::Entry& entry : DirectoryEnumerator(folder)) {
+  const DirectoryEnumerator entries(folder);
+  _isWhole = !entries.failure();
+  for (const DirectoryEnumerator::Entry& entry : entries) {
     if (const std::optional<std::string> folded = foldedName(entry.name)) {
       _rows.push_back({KeyedHash{}(*folded), _names.size(), entry.name.size()});
       _names += entry.name;

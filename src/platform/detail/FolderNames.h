@@ -23,6 +23,8 @@ class FolderNames {
   /// The entry whose name differs from `name` in case and normal form at most; of several the first
   /// in the order of their bytes.
   [[nodiscard]] std::optional<std::string> nameLike(std::string_view name) const;
+  /// False when the folder, or a part of it, could not be read.
+  [[nodiscard]] bool isWhole() const { return _isWhole; }
   /// Bytes of memory taken, roughly.
   [[nodiscard]] std::size_t cost() const {
     return sizeof *this + _rows.capacity() * sizeof(Row) + _names.capacity();
@@ -38,6 +40,7 @@ class FolderNames {
     return std::string_view(_names).substr(row.start, row.size);
   }
 
+  bool _isWhole = false;
   std::string _names;
   std::vector<Row> _rows;  // by hash, then by name
 };

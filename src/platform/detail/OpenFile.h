@@ -3,18 +3,22 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "../Data.h"
+#include "../FileFailure.h"
 
 namespace mrziphoto::detail {
 
-/// A file that stays open, for files that are too large to be held in memory for the few parts of
+/// A file that is open for reading. Every file of a library is opened here, by the `ReadingRules`
+/// in force; it stays open for files that are too large to be held in memory for the few parts of
 /// them that are asked for.
 class OpenFile {
  public:
-  /// nullptr for what cannot be opened, and for what is no regular file.
-  static std::unique_ptr<OpenFile> atPath(const std::string& path);
+  /// The regular file at the path, or the one that `FileManager::locate` finds for it. nullptr for
+  /// what cannot be opened; `failure` then tells why.
+  static std::unique_ptr<OpenFile> atPath(const std::string& path, FileFailure* failure = nullptr);
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
   ~OpenFile();
@@ -23,10 +27,16 @@ class OpenFile {
   [[nodiscard]] std::uint64_t size() const { return _size; }
   /// A copy of the bytes from there, cut to what is there and can be read.
   [[nodiscard]] Data read(std::uint64_t offset, std::size_t count) const;
+  /// The whole file, as it was large when it was opened or as it is shorter now. Of a file with
+  /// holes, only what is written in it takes memory. Nothing when there are more bytes than
+  /// `Limits::fileSize`, or reading fails.
+  [[nodiscard]] std::optional<Data> contents(FileFailure* failure = nullptr) const;
 
  private:
-  OpenFile(int descriptor, std::uint64_t size) : _descriptor(descriptor), _size(size) {}
+  OpenFile(std::string path, int descriptor, std::uint64_t size)
+      : _path(std::move(path)), _descriptor(descriptor), _size(size) {}
 
+  std::string _path;
   int _descriptor;
   std::uint64_t _size;
 };

@@ -29,10 +29,10 @@ Signature signatureOf(std::string_view file) {
     }
   }
   // No document holds the character 0, so a zero byte tells the order of UTF-16's bytes.
-  if (file.size() >= 2 && file[0] == '\0') {
+  if (file.size() >= 2 && file[0] == '\0' && file[1] != '\0') {
     return {{}, "UTF-16BE"};
   }
-  if (file.size() >= 2 && file[1] == '\0') {
+  if (file.size() >= 2 && file[0] != '\0' && file[1] == '\0') {
     return {{}, "UTF-16LE"};
   }
   return {{}, kUtf8};
@@ -84,11 +84,16 @@ class Converter {
   std::string_view _bytes;
 };
 
-/// The length of the text that the bytes give.
+/// The length of the text that the bytes give, up to its first character 0, which ends a document:
+/// a file with a hole of some gigabytes is full of them.
 std::size_t convertedLength(Converter& converter) {
   std::array<char, 16384> scratch;
   std::size_t length = 0;
   while (const std::size_t count = converter.convert(scratch.data(), scratch.size())) {
+    const auto* const zero = std::find(scratch.data(), scratch.data() + count, '\0');
+    if (zero != scratch.data() + count) {
+      return length + static_cast<std::size_t>(zero - scratch.data()) + 1;
+    }
     length += count;
   }
   return length;
