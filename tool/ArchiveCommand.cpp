@@ -15,9 +15,10 @@ namespace {
 
 ArchiveDocument readArchive(const std::string& file) {
   const std::string name = '\'' + file + '\'';
-  const std::optional<Data> bytes = FileManager::contents(file);
+  FileFailure failure;
+  const std::optional<Data> bytes = FileManager::contents(file, &failure);
   if (!bytes) {
-    throw Failure(ExitStatus::notThere, "the file " + name + " cannot be read");
+    throw Failure(ExitStatus::notThere, "the file " + name + " cannot be read: " + failure.reason);
   }
   try {
     if (const std::optional<ArchiveDocument> document = ArchiveDocument::initWithData(*bytes)) {

@@ -8,9 +8,13 @@
 #include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
+#include <MRZiPhoto/platform/FileFailure.h>
+#include <MRZiPhoto/platform/Notice.h>
+#include <MRZiPhoto/platform/ReadingRules.h>
 
 #include "Commands.h"
 #include "Failure.h"
@@ -205,11 +209,11 @@ void forEachChecked(const TVQiPhotoDatabase& database, NamedFiles& named, Use&& 
   const auto begin = [&] {
     const auto some = rest.first(std::min(kPhotosAtOnce, rest.size()));
     rest = rest.subspan(some.size());
-    return std::make_unique<PhotoCheck>(some, named);
+    return std::make_unique<PhotoCheck>(database, some, named);
   };
   for (std::unique_ptr<PhotoCheck> current = begin(); current;) {
     std::unique_ptr<PhotoCheck> next = rest.empty() ? nullptr : begin();
-    std::ranges::for_each(current->finish(database), use);
+    std::ranges::for_each(current->finish(), use);
     current = std::move(next);
   }
 }
@@ -237,29 +241,75 @@ void listUnnamedFiles(NamedFiles& named, CheckCounts& counts, Report& report) {
   named.forEachUnnamed(use, [&] { progress.show(++lookedAt); });
 }
 
+/// Files that no photo names can be told only when all photos are known. Albums do not matter.
+bool knowsAllPhotos(const TVQiPhotoDatabase& database) {
+  return std::ranges::all_of(database.notices(), [&](const Notice& notice) {
+    return notice.file.empty() || notice.file == database.albumDataDirectory() ||
+           (notice.file == database.albumDataFile() &&
+            database.iPhotoLibraryVersion() <= TVQiPhotoLibrary::kLastCodedVersion);
+  });
+}
+
+struct Outcome {
+  CheckCounts counts;
+  std::vector<FileFailure> unreadableFolders;
+};
+
 template <class Report>
-CheckCounts checkLibrary(const TVQiPhotoDatabase& database, Report&& report) {
+Outcome checkLibrary(Session& session, Report&& report) {
+  const TVQiPhotoDatabase& database = *session.database;
+  const ReadingRules::Scope scope(database.readingRules());
   NamedFiles named(database.directory());
   CheckCounts counts;
+  const bool searchesUnnamed = knowsAllPhotos(database);
   checkPhotos(database, named, counts, report);
-  listUnnamedFiles(named, counts, report);
+  if (searchesUnnamed) {
+    listUnnamedFiles(named, counts, report);
+  } else {
+    session.notices.push_back({"files that no photo of the library '" + database.directory() +
+                                   "' names were not looked for, since not all photos are known",
+                               database.directory(),
+                               {}});
+  }
   report.counts(counts);
-  return counts;
+  return {counts, named.unreadableFolders()};
+}
+
+/// Folders that are there, and yet cannot be read.
+void noteFolders(Session& session, const std::vector<FileFailure>& folders) {
+  if (!folders.empty()) {
+    session.notices.push_back(
+        {counted(folders.size(), "folder") +
+             " could not be searched for files that no photo names, the first because " +
+             folders.front().sentence(),
+         folders.front().path,
+         {}});
+  }
 }
 
 }  // namespace
 
 void check(Session& session) {
   expectPictures();
-  const TVQiPhotoDatabase& database = openLibrary(session);
-  const CheckCounts counts = session.arguments.format == Format::table
-                                 ? checkLibrary(database, TableReport(session))
-                                 : checkLibrary(database, RecordReport(session));
-  if (counts.wrong() > 0) {
+  openLibrary(session);
+  expectPhotos(session);
+  const Outcome outcome = session.arguments.format == Format::table
+                              ? checkLibrary(session, TableReport(session))
+                              : checkLibrary(session, RecordReport(session));
+  noteFolders(session, outcome.unreadableFolders);
+  const std::string library = "the library '" + session.database->directory() + '\'';
+  const std::size_t missing = outcome.counts.count(FileState::missing);
+  const std::size_t unreadable = outcome.counts.count(FileState::unreadable);
+  if (missing > 0 || (session.arguments.strict && unreadable > 0)) {
     session.output.flush();
-    throw Failure(ExitStatus::notThere, "the library '" + database.directory() +
-                                            "' lacks, or cannot read, " +
-                                            counted(counts.wrong(), "file"));
+    throw Failure(ExitStatus::notThere,
+                  library + " lacks, or cannot read, " + counted(missing + unreadable, "file"));
+  }
+  if (unreadable > 0) {
+    session.notices.push_back(
+        {library + " has " + counted(unreadable, "file") + " of photos that cannot be read",
+         session.database->directory(),
+         {}});
   }
 }
 

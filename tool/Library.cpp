@@ -10,8 +10,10 @@
 #include <unistd.h>
 #include <unordered_set>
 
+#include <MRZiPhoto/database/Opening.h>
 #include <MRZiPhoto/photos/Key.h>
 #include <MRZiPhoto/platform/Array.h>
+#include <MRZiPhoto/platform/FileFailure.h>
 #include <MRZiPhoto/platform/FileManager.h>
 #include <MRZiPhoto/platform/Path.h>
 #include <MRZiPhoto/platform/Text.h>
@@ -165,20 +167,35 @@ std::string libraryFolder(const Arguments& arguments) {
 
 const TVQiPhotoDatabase& openLibrary(Session& session) {
   const std::string folder = libraryFolder(session.arguments);
-  if (!FileManager::exists(folder)) {
+  const std::optional<FileFailure> obstacle = FileManager::obstacle(folder);
+  if (obstacle && obstacle->cause == FileFailure::Cause::notThere) {
     throw Failure(ExitStatus::notThere, "there is no folder " + quoted(folder));
   }
-  if (!FileManager::isFolder(folder)) {
+  if (!obstacle && !FileManager::isFolder(folder)) {
     throw Failure(ExitStatus::notThere, quoted(folder) + " is no folder");
   }
   announce(folder);
-  session.database = session.arguments.library
-                         ? TVQiPhotoDatabase::initWithContentsOfDirectory(folder)
-                         : TVQiPhotoDatabase::iPhotoDatabase();
+  OpeningFailure failure;
+  session.database = TVQiPhotoDatabase::initWithContentsOfDirectory(
+      folder, {.limits = {}, .stayInside = session.arguments.stayInside}, &failure);
   if (!session.database) {
-    throw Failure(ExitStatus::notThere, "the library " + quoted(folder) + " cannot be opened");
+    throw Failure(ExitStatus::notThere,
+                  "the library " + quoted(folder) + " cannot be opened: " + failure.sentence());
+  }
+  if (!session.arguments.strict) {
+    expectPhotos(session);
   }
   return *session.database;
+}
+
+void expectPhotos(Session& session) {
+  const Ref<TVQiPhotoDatabase> database = session.database;
+  if (const std::optional<OpeningFailure>& failure = database->photosFailure()) {
+    session.database = nullptr;  // its notices would tell the same
+    throw Failure(ExitStatus::notThere, "the photos of the library " +
+                                            quoted(database->directory()) +
+                                            " cannot be read: " + failure->sentence());
+  }
 }
 
 Ref<ImageRecRef> photoWithKey(const TVQiPhotoDatabase& database, const std::string& key) {

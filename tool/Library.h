@@ -20,8 +20,11 @@ void expectKeyText(const std::string& text);
 
 /// The full path of the library folder that the command line names, or of the default library.
 [[nodiscard]] std::string libraryFolder(const Arguments& arguments);
-/// Opens the library that the command line names. Throws `Failure` when that cannot be done.
+/// Opens the library that the command line names. Throws `Failure` when that cannot be done, and
+/// without `--strict` also when its photos cannot be read.
 const TVQiPhotoDatabase& openLibrary(Session& session);
+/// Throws `Failure` when the photos of the open library could not be read.
+void expectPhotos(Session& session);
 
 /// The photo of a KEY. Throws `Failure` when there is none.
 [[nodiscard]] Ref<ImageRecRef> photoWithKey(const TVQiPhotoDatabase& database,

@@ -64,13 +64,23 @@ std::string realPathOf(const std::string& path) {
   return path::resolvingSymlinks(FileManager::locate(path).value_or(path));
 }
 
+/// True for what cannot be reached, so that there is no telling whether it exists.
+bool mayExist(std::string_view path) {
+  const auto obstacle = FileManager::obstacle(std::string(path));
+  return obstacle && obstacle->cause != FileFailure::Cause::notThere;
+}
+
 std::string_view lastName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
 }  // namespace
 
 NamedFiles::NamedFiles(const std::string& library)
     : _library(library), _realLibrary(realPathOf(library)) {
-  for (const auto& entry : DirectoryEnumerator(library)) {
+  const DirectoryEnumerator entries(library);
+  if (entries.failure()) {
+    _unreadableFolders.push_back(*entries.failure());
+  }
+  for (const auto& entry : entries) {
     if (holdsPicturesByCustom(entry.name)) {
       _pictureFolders.insert(entry.name);
     }
@@ -92,7 +102,7 @@ NamedFiles::Folder NamedFiles::folderOf(std::string_view path) {
       _pictureFolders.insert(name);
     }
   }
-  const Folder found{identityOf(real ? *real : folder), real.has_value()};
+  const Folder found{identityOf(real ? *real : folder), real || mayExist(folder)};
   _folders.emplace(number, found);
   return found;
 }
@@ -133,7 +143,7 @@ void NamedFiles::forEachUnnamed(const UseFile& use, const std::function<void()>&
 }
 
 void NamedFiles::searchFolder(const std::string& path, const UseFile& use,
-                              const std::function<void()>& lookedAtOne) const {
+                              const std::function<void()>& lookedAtOne) {
   struct Found {
     std::string path;
     std::string realPath;
@@ -145,7 +155,11 @@ void NamedFiles::searchFolder(const std::string& path, const UseFile& use,
     const std::uint64_t identity = identityOf(folder.realPath);
     std::vector<Found> subfolders;
     std::vector<std::string> unnamed;
-    for (const auto& [name, type] : DirectoryEnumerator(folder.path)) {
+    const DirectoryEnumerator entries(folder.path);
+    if (entries.failure()) {
+      _unreadableFolders.push_back(*entries.failure());
+    }
+    for (const auto& [name, type] : entries) {
       lookedAtOne();
       if (name.starts_with('.')) {
         continue;

@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include <MRZiPhoto/platform/FileFailure.h>
 #include <MRZiPhoto/platform/KeyedHash.h>
 
 namespace mrziphoto::tool {
@@ -23,10 +24,16 @@ class NamedFiles {
   /// `library` is the library's folder.
   explicit NamedFiles(const std::string& library);
 
-  /// A file that a photo names; it need not exist. False when not even its folder does.
+  /// A file that a photo names; it need not exist. False when not even its folder does; a folder
+  /// that cannot be reached may exist.
   bool add(const std::string& path);
   /// True when there is a folder of the file at that path.
   [[nodiscard]] bool hasFolderOf(const std::string& path) { return folderOf(path).exists; }
+
+  /// Folders in which files were looked for and that could not be read.
+  [[nodiscard]] const std::vector<FileFailure>& unreadableFolders() const {
+    return _unreadableFolders;
+  }
 
   using UseFile = std::function<void(const std::string& path)>;
   /// Calls `use` for every file in the library's picture folders that none of the added is, folder
@@ -46,7 +53,7 @@ class NamedFiles {
   const std::string& realPathOfParent(const std::string& folder);
   [[nodiscard]] std::optional<std::string> findFolder(const std::string& folder);
   void searchFolder(const std::string& path, const UseFile& use,
-                    const std::function<void()>& lookedAtOne) const;
+                    const std::function<void()>& lookedAtOne);
 
   std::string _library;
   std::string _realLibrary;
@@ -57,6 +64,7 @@ class NamedFiles {
   // Names of folders directly in the library's.
   std::set<std::string> _pictureFolders;
   std::vector<std::uint64_t> _files;
+  std::vector<FileFailure> _unreadableFolders;
 };
 
 }  // namespace mrziphoto::tool

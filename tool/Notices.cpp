@@ -11,8 +11,9 @@ bool tellNotices(Session& session) {
   if (session.arguments.strict) {
     return false;
   }
-  const std::vector<Notice> notices =
+  std::vector<Notice> notices =
       session.database ? session.database->notices() : std::vector<Notice>();
+  notices.insert(notices.end(), session.notices.begin(), session.notices.end());
   for (const Notice& notice : notices) {
     if (session.toldSentences.insert(notice.sentence).second) {
       Messages::notice("what of the library is missing, repaired or left out", notice.sentence);

@@ -34,7 +34,9 @@ FileState stateOf(const std::string& path) {
   }
   const std::optional<std::uint64_t> size = FileManager::size(path);
   if (!size) {
-    return FileState::missing;
+    const std::optional<FileFailure> obstacle = FileManager::obstacle(path);
+    return obstacle && obstacle->cause != FileFailure::Cause::notThere ? FileState::unreadable
+                                                                       : FileState::missing;
   }
   const std::string extension = foldedFileName(path::extension(path));
   const bool isOther = *size > 0 && std::ranges::binary_search(kOtherMedia, extension);
@@ -73,7 +75,8 @@ void lookAt(CheckedFile& file) {
   }
 }
 
-void lookAtFiles(std::span<CheckedPhoto> photos) {
+void lookAtFiles(const ReadingRules* rules, std::span<CheckedPhoto> photos) {
+  const ReadingRules::Scope scope(rules);
   for (CheckedPhoto& photo : photos) {
     std::ranges::for_each(photo.files, lookAt);
   }
@@ -109,12 +112,15 @@ void CheckCounts::add(const CheckedPhoto& checked) {
   inCache += checked.isInCache.value_or(false) ? 1 : 0;
 }
 
-std::size_t CheckCounts::wrong() const {
-  return std::transform_reduce(files.begin(), files.end(), std::size_t{0}, std::plus<>(),
-                               std::mem_fn(&FileCounts::wrong));
+std::size_t CheckCounts::count(FileState state) const {
+  return std::transform_reduce(
+      files.begin(), files.end(), std::size_t{0}, std::plus<>(),
+      [state](const FileCounts& each) { return each.inState[static_cast<std::size_t>(state)]; });
 }
 
-PhotoCheck::PhotoCheck(std::span<const Ref<ImageRecRef>> photos, NamedFiles& named) {
+PhotoCheck::PhotoCheck(const TVQiPhotoDatabase& database, std::span<const Ref<ImageRecRef>> photos,
+                       NamedFiles& named)
+    : _database(database) {
   const CheckedFile none{.path = {}, .state = FileState::missing};
   _photos.reserve(photos.size());
   for (const Ref<ImageRecRef>& photo : photos) {
@@ -132,16 +138,16 @@ PhotoCheck::PhotoCheck(std::span<const Ref<ImageRecRef>> photos, NamedFiles& nam
   constexpr auto kThreadOrLater = std::launch::async | std::launch::deferred;
   for (std::span<CheckedPhoto> rest = _photos; !rest.empty();) {
     const std::span<CheckedPhoto> part = rest.first(std::min(share, rest.size()));
-    _work.push_back(std::async(kThreadOrLater, lookAtFiles, part));
+    _work.push_back(std::async(kThreadOrLater, lookAtFiles, database.readingRules(), part));
     rest = rest.subspan(part.size());
   }
 }
 
-std::span<const CheckedPhoto> PhotoCheck::finish(const TVQiPhotoDatabase& database) {
+std::span<const CheckedPhoto> PhotoCheck::finish() {
   std::ranges::for_each(std::exchange(_work, {}), &std::future<void>::get);
   for (CheckedPhoto& checked : _photos) {
     if (checked.file(PhotoFile::thumbnail).isWrong()) {
-      checked.isInCache = orWithoutKey([&] { return isInCache(database, *checked.photo); }, false);
+      checked.isInCache = orWithoutKey([&] { return isInCache(_database, *checked.photo); }, false);
     }
   }
   return _photos;

@@ -71,9 +71,6 @@ struct FileCounts {
   std::array<std::size_t, kFileStates.size()> inState{};
 
   [[nodiscard]] std::size_t checked() const;
-  [[nodiscard]] std::size_t wrong() const {
-    return checked() - inState[static_cast<std::size_t>(FileState::there)];
-  }
 };
 
 struct CheckCounts {
@@ -83,7 +80,8 @@ struct CheckCounts {
   std::size_t unnamedFiles = 0;
 
   void add(const CheckedPhoto& checked);
-  [[nodiscard]] std::size_t wrong() const;
+  /// How many files of all sorts were found in that state.
+  [[nodiscard]] std::size_t count(FileState state) const;
 };
 
 /// A look at the files of some photos, of each file no more than tells that it is an image. That is
@@ -92,12 +90,14 @@ struct CheckCounts {
 class PhotoCheck {
  public:
   /// Begins, and adds the photos' files to the named ones.
-  PhotoCheck(std::span<const Ref<ImageRecRef>> photos, NamedFiles& named);
+  PhotoCheck(const TVQiPhotoDatabase& database, std::span<const Ref<ImageRecRef>> photos,
+             NamedFiles& named);
 
   /// Waits for the end. Valid as long as this object.
-  [[nodiscard]] std::span<const CheckedPhoto> finish(const TVQiPhotoDatabase& database);
+  [[nodiscard]] std::span<const CheckedPhoto> finish();
 
  private:
+  const TVQiPhotoDatabase& _database;
   std::vector<CheckedPhoto> _photos;
   // Behind what the work is done on, so that its end is waited for first.
   std::vector<std::future<void>> _work;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+#include <MRZiPhoto/platform/Notice.h>
 
 #include "Output.h"
 #include "RecordWriter.h"
@@ -53,6 +54,8 @@ struct Session {
   Output output;
   /// The library, once a command has opened it: it stays open for as long as the session lasts.
   Ref<TVQiPhotoDatabase> database;
+  /// What the command itself found, beside the library's own notices.
+  std::vector<Notice> notices;
   /// The sentences of the notices that were told.
   std::set<std::string> toldSentences;
 };

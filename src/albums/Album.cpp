@@ -54,23 +54,24 @@ void Album::takeAlbumData(const Dictionary& albumData) {
   setEntry(kKeys, KeyMgr::initWithKeyNumbers(std::move(keys)));
 }
 
-Ref<Album> Album::albumWithContentsOfFile(const std::string& path) {
+Ref<Album> Album::albumWithContentsOfFile(const std::string& path, std::string* failure) {
   const std::string name = path::lastComponent(path);
   if (name.empty() || name == ".DS_Store") {
     return {};
   }
   try {
-    const std::optional<Data> bytes = FileManager::contents(path);
-    if (!bytes) {
-      NSException::raise(kNSInvalidArgumentException, "'%@' cannot be read", path);
-    }
-    const auto reader = NSUnarchiver::initForReadingWithData(*bytes);
+    const auto reader = NSUnarchiver::initForReadingWithData(FileManager::readContents(path));
     if (!reader) {
       NSException::raise(kNSInvalidArgumentException, "'%@' is no archive", path);
     }
     return reader->decodeObject().object<Album>();
   } catch (const NSException& exception) {
     log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+    if (failure != nullptr) {
+      *failure = exception.reason().find(path) != std::string::npos
+                     ? exception.reason()
+                     : "'" + path + "' is damaged: " + exception.reason();
+    }
     return {};
   }
 }

@@ -44,9 +44,10 @@ class MRZIPHOTO_EXPORT Album : public ArchivedRecord {
     return initWithDictionary<T>(albumData);
   }
   /// The album of an album file; the archive decides its kind. Nothing for a path without a last
-  /// component, for ".DS_Store", for a file that cannot be read, which is logged, and for an
-  /// archive that holds something other than an album.
-  static Ref<Album> albumWithContentsOfFile(const std::string& path);
+  /// component, for ".DS_Store", for a file that cannot be read, which is logged and
+  /// told in `failure`, and for an archive that holds something other than an album.
+  static Ref<Album> albumWithContentsOfFile(const std::string& path,
+                                            std::string* failure = nullptr);
 
   [[nodiscard]] std::string_view defaultAlbumName() const;
 

@@ -56,10 +56,6 @@ std::int32_t versionOf(const Data& bytes, const std::string& path) {
   return reader ? archivedVersion(*reader, path) : codedVersion(bytes, path);
 }
 
-Data contentsOrNone(const std::string& path) {
-  return FileManager::contents(path).value_or(Data());
-}
-
 }  // namespace
 
 const Class TVQiPhotoLibrary::kClass{"TVQiPhotoLibrary"};
@@ -80,28 +76,39 @@ Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::init() {
 }
 
 std::int32_t TVQiPhotoLibrary::iPhotoVersionForFilename(const std::string& path) {
-  return versionOf(contentsOrNone(path), path);
+  return versionOf(FileManager::readContents(path), path);
 }
 
-Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::initWithContentsOfFile(const std::string& path) {
+Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::initWithContentsOfFile(const std::string& path,
+                                                               Notice* failure) {
   const std::string folder = path::withoutLastComponent(path);
   const std::string file = FileManager::exists(path) ? path : path::join(folder, kLibraryDotIPhoto);
-  const Data bytes = contentsOrNone(file);
+  const Data bytes = FileManager::readContents(file);
   Ref<TVQiPhotoLibrary> library = Ref<TVQiPhotoLibrary>::adopt(new TVQiPhotoLibrary);
   library->_version = versionOf(bytes, file);
   library->_loadedFrom = file;
-  try {
-    if (!library->initWithData(bytes)) {
-      return {};
-    }
-    if (library->libraryVersion() >= kFirstVersionWithAlbumData) {
+  bool isDecoded = library->initWithData(bytes);
+  if (isDecoded && library->libraryVersion() >= kFirstVersionWithAlbumData) {
+    try {
       library->loadFromXML(folder);
+    } catch (const NSException& exception) {
+      library->noticeDamage(path::join(folder, kAlbumDataFile), exception);
+      isDecoded = false;
     }
-  } catch (const NSException& exception) {
-    log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
-    return {};
   }
-  return library;
+  if (isDecoded) {
+    return library;
+  }
+  if (failure != nullptr) {
+    *failure = library->_notices.back();
+  }
+  return {};
+}
+
+void TVQiPhotoLibrary::noticeDamage(const std::string& file, const NSException& exception) {
+  log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+  _notices.push_back(
+      {'\'' + file + "' is damaged: " + exception.reason(), file, exception.offset()});
 }
 
 const std::string& TVQiPhotoLibrary::directory() const {

@@ -15,12 +15,14 @@
 #include "../photos/Key.h"
 #include "../platform/Data.h"
 #include "../platform/Export.h"
+#include "../platform/FileFailure.h"
 #include "../platform/List.h"
 #include "../platform/Notice.h"
 #include "../platform/Object.h"
 
 namespace mrziphoto {
 
+class NSException;
 class RecordDatabase;
 class TVQiPhotoCodedStreamData;
 
@@ -32,16 +34,23 @@ class TVQiPhotoCodedStreamData;
 class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
  public:
   static const Class kClass;
+  /// The file of album data, which lies beside the catalogue file.
+  static constexpr std::string_view kAlbumDataFile = "AlbumData.xml";
+  /// Catalogues of later versions leave the photos to album data alone.
+  static constexpr std::int32_t kLastCodedVersion = 150;
 
   ~TVQiPhotoLibrary() override;
 
   /// The catalogue version of a catalogue file, read from its first bytes; 0 when the file does not
-  /// tell it, and the log says why. Throws NSException for a file too short to hold anything.
+  /// tell it, and the log says why. Throws NSException for a file too short to hold anything, and
+  /// FileException for one that cannot be read.
   static std::int32_t iPhotoVersionForFilename(const std::string& path);
   /// The catalogue of a file (of "Library.iPhoto" in the same folder where that file is missing)
   /// and, above version 15, of "AlbumData.xml" beside it. Nothing when either cannot be decoded;
-  /// the log says why.
-  static Ref<TVQiPhotoLibrary> initWithContentsOfFile(const std::string& path);
+  /// the log and `failure` say why. Throws FileException for a catalogue file that cannot be read;
+  /// album data that cannot be is passed over, see `albumDataFailure`.
+  static Ref<TVQiPhotoLibrary> initWithContentsOfFile(const std::string& path,
+                                                      Notice* failure = nullptr);
   /// An empty catalogue.
   static Ref<TVQiPhotoLibrary> init();
 
@@ -107,6 +116,12 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   /// which that was found.
   [[nodiscard]] const std::vector<Notice>& notices() const { return _notices; }
 
+  /// Why "AlbumData.xml" could not be read, also when there is none; nothing when it was, and for a
+  /// catalogue that has none.
+  [[nodiscard]] const std::optional<FileFailure>& albumDataFailure() const {
+    return _albumDataFailure;
+  }
+
   /// The catalogue's fields as one text, with every image record.
   [[nodiscard]] std::string description() const override;
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
@@ -124,6 +139,8 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   [[nodiscard]] bool initWithData(const Data& bytes);
   /// Takes in "AlbumData.xml" of a folder. Throws NSException for a file that is no property list.
   void loadFromXML(const std::string& folder);
+  /// Logs and keeps that a file cannot be decoded.
+  void noticeDamage(const std::string& file, const NSException& exception);
   void setKeywordStore(const Value& store);
 
   // The section walk.
@@ -171,6 +188,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   OwnedList<Album> _albums = OwnedList<Album>::makeEmpty();
   Ref<ArchiveAlbum> _archiveAlbum;
   std::vector<Notice> _notices;
+  std::optional<FileFailure> _albumDataFailure;
 
   // Answers of the linear walks, found by number.
   mutable std::unique_ptr<RecordIndex> _photoIndex;

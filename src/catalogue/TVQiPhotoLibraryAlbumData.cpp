@@ -15,7 +15,6 @@
 namespace mrziphoto {
 namespace {
 
-constexpr std::string_view kAlbumDataFile = "AlbumData.xml";
 constexpr std::string_view kMasterImageList = "Master Image List";
 constexpr std::string_view kArchivePath = "Archive Path";
 constexpr std::string_view kListOfAlbums = "List of Albums";
@@ -37,7 +36,16 @@ void forEachDictionary(const Value& list, Use&& use) {
 }  // namespace
 
 void TVQiPhotoLibrary::loadFromXML(const std::string& folder) {
-  const std::optional<Data> bytes = FileManager::contents(path::join(folder, kAlbumDataFile));
+  FileFailure failure;
+  const std::optional<Data> bytes =
+      FileManager::contents(path::join(folder, kAlbumDataFile), &failure);
+  if (!bytes) {
+    // Beside a catalogue of its own, album data is a copy that need not be there.
+    if (failure.cause != FileFailure::Cause::notThere || _version > kLastCodedVersion) {
+      _notices.push_back({failure.sentence(), failure.path, {}});
+    }
+    _albumDataFailure = std::move(failure);
+  }
   _xmlAlbumData = bytes ? propertyListFromData(*bytes) : Value();
   const Ref<Dictionary> top = _xmlAlbumData.dictionary();
   const auto entry = [&top](std::string_view name) { return top ? top->get(name) : Value(); };

@@ -18,7 +18,6 @@ namespace {
 
 constexpr std::int32_t kFirstVersionRead = 15;
 constexpr std::int32_t kLastArchiveHeadedVersion = 50;
-constexpr std::int32_t kLastVersionRead = 150;
 
 /// True for what stands where a section should and is an image record: like those before it, or
 /// by its first field. Finds the stream behind the size word.
@@ -39,10 +38,10 @@ struct TVQiPhotoLibrary::Section {
 
 bool TVQiPhotoLibrary::initWithData(const Data& bytes) {
   try {
-    if (_version > kLastVersionRead) {
+    if (_version > kLastCodedVersion) {
       log("New iPhoto library version %d", _version);
     }
-    if (_version < kFirstVersionRead || _version > kLastVersionRead) {
+    if (_version < kFirstVersionRead || _version > kLastCodedVersion) {
       return true;
     }
     TVQiPhotoCodedStreamData stream(bytes);
@@ -53,7 +52,7 @@ bool TVQiPhotoLibrary::initWithData(const Data& bytes) {
     decodeSections(stream);
     return true;
   } catch (const NSException& exception) {
-    log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+    noticeDamage(_loadedFrom, exception);
     return false;
   }
 }

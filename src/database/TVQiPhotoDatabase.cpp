@@ -4,6 +4,7 @@
 #include <array>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "../platform/Bundle.h"
 #include "../platform/FileManager.h"
@@ -63,19 +64,36 @@ Ref<TVQiPhotoDatabase> TVQiPhotoDatabase::iPhotoDatabase() {
   return initWithContentsOfDirectory(defaultDirectory());
 }
 
-Ref<TVQiPhotoDatabase> TVQiPhotoDatabase::initWithContentsOfDirectory(const std::string& path) {
+Ref<TVQiPhotoDatabase> TVQiPhotoDatabase::initWithContentsOfDirectory(const std::string& path,
+                                                                      const OpeningOptions& options,
+                                                                      OpeningFailure* failure) {
   Ref<TVQiPhotoDatabase> database = Ref<TVQiPhotoDatabase>::adopt(new TVQiPhotoDatabase);
   database->_rootDirectory = path::standardized(path);
+  if (options.limits || options.stayInside || options.mayStartThreads) {
+    database->_rules = ReadingRules{
+        options.limits, options.stayInside ? path::resolvingSymlinks(database->_rootDirectory) : "",
+        options.mayStartThreads};
+  }
+  const ReadingRules::Scope scope(database->readingRules());
   try {
     database->_loadWithContentsOfRootDirectory();
   } catch (const NSException& exception) {
     log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+    if (failure != nullptr) {
+      *failure = database->failureOf(exception);
+    }
     return {};
   }
   if (UserDefaults::boolForKey(kDumpDefault)) {
     database->writeDump();
   }
   return database;
+}
+
+/// What ended loading: that photos could not be read goes before what came of it.
+OpeningFailure TVQiPhotoDatabase::failureOf(const NSException& exception) const {
+  return _photosFailure ? *_photosFailure
+                        : OpeningFailure::of(_rootDirectory, exception, _foundVersion);
 }
 
 void TVQiPhotoDatabase::writeDump() const {
@@ -115,8 +133,11 @@ std::optional<Date> TVQiPhotoDatabase::_timestampForFilename(const std::string& 
 
 void TVQiPhotoDatabase::_loadWithContentsOfRootDirectory() {
   std::string file = libraryDataFilename();
+  _photosFailure.reset();
+  _foundVersion = 0;
   const std::int32_t version =
       FileManager::isFile(file) ? TVQiPhotoLibrary::iPhotoVersionForFilename(file) : 0;
+  _foundVersion = version;
   if (version < kOldestSupported) {
     NSException::raise(kNSInvalidArgumentException,
                        "iPhoto Library not supported before iPhoto 4 for '%@'", file);
@@ -149,8 +170,17 @@ void TVQiPhotoDatabase::loadCatalogue(const std::string& path) {
   }
   // Taken before the file is read: one that is replaced meanwhile is then seen to have changed.
   const std::optional<Date> timestamp = _timestampForFilename(path);
-  _library = TVQiPhotoLibrary::initWithContentsOfFile(path);
+  Notice damage;
+  _library = TVQiPhotoLibrary::initWithContentsOfFile(path, &damage);
   libraryTimestamp = timestamp;
+  if (!_library) {
+    _photosFailure = {OpeningFailure::Cause::damaged, damage.sentence,
+                      "copy the file again, or from a backup", damage.file};
+    _notices.push_back(std::move(damage));
+  } else if (_library->albumDataFailure() &&
+             _library->libraryVersion() > TVQiPhotoLibrary::kLastCodedVersion) {
+    _photosFailure = OpeningFailure::ofFileFailure(*_library->albumDataFailure());
+  }
 }
 
 void TVQiPhotoDatabase::loadDirectories() {
@@ -160,7 +190,17 @@ void TVQiPhotoDatabase::loadDirectories() {
                        "iPhoto Library component does not exist at '%@'", file);
   }
   const std::optional<Date> timestamp = _timestampForFilename(file);
-  _directories = TVQiPhotoDirectories::initWithContentsOfFile(file);
+  try {
+    _directories = TVQiPhotoDirectories::initWithData(FileManager::readContents(file));
+  } catch (const NSException& exception) {
+    log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+    _notices.push_back({format("the folders of the photos are not known: %@", exception.reason()),
+                        file, exception.offset()});
+  }
+  if (!_directories && _notices.empty()) {
+    _notices.push_back(
+        {format("the folders of the photos are not known: '%@' is damaged", file), file, {}});
+  }
   directoriesTimestamp = timestamp;
 }
 

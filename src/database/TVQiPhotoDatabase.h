@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,7 +25,9 @@
 #include "../platform/NSImage.h"
 #include "../platform/Notice.h"
 #include "../platform/Object.h"
+#include "../platform/ReadingRules.h"
 #include "../thumbcache/iPhotoSegmentCache.h"
+#include "Opening.h"
 
 namespace mrziphoto {
 
@@ -43,8 +48,11 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   [[nodiscard]] static std::string defaultDirectory();
   /// The default library; nothing when it cannot be opened.
   static Ref<TVQiPhotoDatabase> iPhotoDatabase();
-  /// The library in the folder at `path`; nothing when it cannot be opened. The log says why.
-  static Ref<TVQiPhotoDatabase> initWithContentsOfDirectory(const std::string& path);
+  /// The library in the folder at `path`; nothing when it cannot be opened. The log and `failure`
+  /// say why.
+  static Ref<TVQiPhotoDatabase> initWithContentsOfDirectory(const std::string& path,
+                                                            const OpeningOptions& options = {},
+                                                            OpeningFailure* failure = nullptr);
 
   /// The library folder, in its standard form.
   [[nodiscard]] std::string directory() const override { return _rootDirectory; }
@@ -88,6 +96,10 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   }
   [[nodiscard]] std::optional<std::string> updateImagePath(const std::string& path) const override;
   [[nodiscard]] Ref<PhotoFolder> photoFolder(const std::string& path) const override;
+  [[nodiscard]] const ReadingRules* readingRules() const override {
+    return _rules ? &*_rules : nullptr;
+  }
+  void noteUnreadable(std::string_view what, const std::string& reason) const override;
   /// The full path of the file of the small thumbnails, whether or not it exists.
   [[nodiscard]] std::string thumbnailCacheFilename() const;
   /// The file of the small thumbnails, opened on first request. Nothing when there is none that
@@ -113,6 +125,11 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   /// What of the library was missing, repaired or left out so far: first the catalogue's notices,
   /// then those of the files around it. Loading anew begins anew.
   [[nodiscard]] std::vector<Notice> notices() const;
+  /// Why the library's photos could not be read although it is open: its lists are then empty, and
+  /// tell nothing. Nothing when they were read.
+  [[nodiscard]] const std::optional<OpeningFailure>& photosFailure() const {
+    return _photosFailure;
+  }
 
   /// The catalogue's description; nothing without a catalogue.
   [[nodiscard]] std::optional<std::string> catalogueDescription() const;
@@ -129,9 +146,20 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   void _loadAlbumData();
   void _loadV4AlbumData();
   void writeDump() const;
+  void noticeThumbnailCache(const std::string& file) const;
+  [[nodiscard]] OpeningFailure failureOf(const NSException& exception) const;
   [[nodiscard]] static std::optional<Date> _timestampForFilename(const std::string& path);
 
+  /// Files of one kind that could not be read, told in one sentence.
+  struct Unreadable {
+    std::string firstReason;
+    std::size_t count = 0;
+  };
+
   std::string _rootDirectory;
+  std::optional<ReadingRules> _rules;  // where they are others than the thread's
+  std::optional<OpeningFailure> _photosFailure;
+  std::int32_t _foundVersion = 0;
   Ref<TVQiPhotoLibrary> _library;
   Ref<TVQiPhotoDirectories> _directories;
   // Owned by the catalogue's album list.
@@ -140,6 +168,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   std::optional<Date> libraryTimestamp;
   std::optional<Date> directoriesTimestamp;
   mutable std::vector<Notice> _notices;
+  mutable std::map<std::string, Unreadable, std::less<>> _unreadable;
   mutable std::optional<std::string> _iPhotoVersion;
   mutable std::optional<std::string> _iPhotoDataVersion;
   mutable TextMap<Ref<PhotoFolder>> _photoFolders;

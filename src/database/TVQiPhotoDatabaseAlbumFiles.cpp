@@ -23,11 +23,22 @@ void TVQiPhotoDatabase::_loadV4AlbumData() {
   }
   Ref<Album> lastImport;
   Ref<Album> photoLibrary;
-  for (const auto& entry : DirectoryEnumerator(folder)) {
+  const DirectoryEnumerator entries(folder);
+  if (entries.failure()) {
+    _notices.push_back(
+        {"the albums could not be read: " + entries.failure()->sentence(), folder, {}});
+  }
+  for (const auto& entry : entries) {
     if (entry.type != FileType::regular) {
       continue;
     }
-    const Ref<Album> album = Album::albumWithContentsOfFile(path::join(folder, entry.name));
+    std::string failure;
+    const Ref<Album> album =
+        Album::albumWithContentsOfFile(path::join(folder, entry.name), &failure);
+    // Other systems leave files behind whose names begin with a point.
+    if (!failure.empty() && !entry.name.starts_with('.')) {
+      noteUnreadable("album files", failure);
+    }
     if (!album || entry.name == kPendingRotationFile) {
       continue;
     }

@@ -27,10 +27,18 @@ bool TVQiPhotoDatabase::reloadIfChanged() {
   _directories = nullptr;
   _photoFolders.clear();
   _notices.clear();
+  _unreadable.clear();
+  const ReadingRules::Scope scope(readingRules());
   try {
     _loadWithContentsOfRootDirectory();
   } catch (const NSException& exception) {
     log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+    if (!_photosFailure) {
+      _photosFailure = failureOf(exception);
+      _notices.push_back({format("the library '%@' cannot be read any more: %@", _rootDirectory,
+                                 _photosFailure->sentence()),
+                          _photosFailure->file, exception.offset()});
+    }
   }
   return true;
 }

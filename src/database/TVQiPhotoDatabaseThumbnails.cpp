@@ -5,6 +5,7 @@
 
 #include "../platform/FileManager.h"
 #include "../platform/Log.h"
+#include "../platform/detail/OpenFile.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {
@@ -38,15 +39,28 @@ std::string TVQiPhotoDatabase::thumbnailCacheFilename() const {
 
 Ref<iPhotoSegmentCache> TVQiPhotoDatabase::thumbnailSegmentCache() const {
   if (!_thumbnailCache && !_thumbnailCacheAttempted) {
+    const ReadingRules::Scope scope(readingRules());
     const std::string file = thumbnailCacheFilename();
     _thumbnailCache =
         iPhotoSegmentCache::initWithContentsOfFile(FileManager::locate(file).value_or(file));
     if (!_thumbnailCache) {
       log("Can't find a valid %@", file);
+      noticeThumbnailCache(file);
     }
     _thumbnailCacheAttempted = true;
   }
   return _thumbnailCache;
+}
+
+/// A library need not have the file; one that is there should be of use.
+void TVQiPhotoDatabase::noticeThumbnailCache(const std::string& file) const {
+  FileFailure failure;
+  const bool isOpen = detail::OpenFile::atPath(file, &failure) != nullptr;
+  if (isOpen || failure.cause != FileFailure::Cause::notThere) {
+    const std::string reason =
+        isOpen ? format("'%@' is damaged: it is no thumbnail cache", file) : failure.sentence();
+    _notices.push_back({"the small thumbnails are not to be had: " + reason, file, {}});
+  }
 }
 
 Ref<NSBitmapImageRep> TVQiPhotoDatabase::cacheThumbnailForKey(const Value& key) const {

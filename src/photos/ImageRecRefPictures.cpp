@@ -93,12 +93,16 @@ const Class& ImageRecRef::imageClass() {
 Ref<NSImage> ImageRecRef::imageWithPath(const std::string& path) {
   // One for each thread: two databases may live in two threads.
   static thread_local std::string cachedPath;
+  static thread_local std::string cachedFolder;
   static thread_local Ref<NSImage> cachedImage;
-  if (cachedImage && cachedPath == path) {
+  // What one database may open, another may not.
+  const std::string folder = ReadingRules::current().onlyInside;
+  if (cachedImage && cachedPath == path && cachedFolder == folder) {
     return cachedImage;
   }
   cachedImage = NSImage::initByReferencingFile(path, imageClass());
   cachedPath = path;
+  cachedFolder = folder;
   if (cachedImage) {
     cachedImage->setCachedSeparately(true);
   }
@@ -106,6 +110,7 @@ Ref<NSImage> ImageRecRef::imageWithPath(const std::string& path) {
 }
 
 Ref<NSImage> ImageRecRef::image() const {
+  const ReadingRules::Scope scope(rulesOf(_database));
   const std::optional<std::string> path = imagePath();
   return path ? imageWithPath(*path) : nullptr;
 }
@@ -120,6 +125,7 @@ Ref<NSImage> ImageRecRef::keptThumbnail(Ref<NSImage>& kept) const {
   if (kept) {
     return kept;
   }
+  const ReadingRules::Scope scope(rulesOf(_database));
   const std::optional<std::string> path = thumbnailPath();
   Ref<NSImage> found = path ? NSImage::initByReferencingFile(*path, imageClass()) : nullptr;
   if (!found || !found->isValid()) {

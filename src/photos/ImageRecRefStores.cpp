@@ -24,6 +24,17 @@ void logException(const NSException& exception) {
   log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
 }
 
+/// Tells the database of a photo's store file that cannot be read, or is damaged.
+void noteUnreadableStore(const RecordDatabase* database, const std::string& file,
+                         const NSException& exception) {
+  if (database != nullptr) {
+    const bool namesFile = exception.reason().find(file) != std::string::npos;
+    database->noteUnreadable(
+        "stores of photos",
+        namesFile ? exception.reason() : "'" + file + "' is damaged: " + exception.reason());
+  }
+}
+
 /// The root object of an archive when it is a `T`.
 template <class T>
 Ref<T> decodeRoot(const Data& bytes, const std::string& path) {
@@ -46,6 +57,7 @@ Ref<ImageRec> ImageRecRef::info() const {
 }
 
 void ImageRecRef::loadInfo() const {
+  const ReadingRules::Scope scope(rulesOf(_database));
   const Ref<ImageRec> handedIn = dbInfo();
   const bool inDataFolder = handedIn || imageInfo();
   const Ref<PhotoFolder> found = folder();
@@ -53,13 +65,10 @@ void ImageRecRef::loadInfo() const {
   if (found && found->holdsStore(inDataFolder, name)) {
     const std::string file = path::join(found->storeFolder(inDataFolder), name);
     try {
-      const std::optional<Data> bytes = FileManager::contents(file);
-      if (!bytes) {
-        NSException::raise(kNSInvalidArgumentException, "'%@' cannot be read", file);
-      }
-      _info = decodeRoot<ImageRec>(*bytes, file);
+      _info = decodeRoot<ImageRec>(FileManager::readContents(file), file);
     } catch (const NSException& exception) {
       logException(exception);
+      noteUnreadableStore(_database, file, exception);
     }
   }
   if (!_info && handedIn) {
@@ -77,6 +86,7 @@ Ref<AttributeMgr> ImageRecRef::imageAttributes() const {
 }
 
 void ImageRecRef::loadImageAttributes() const {
+  const ReadingRules::Scope scope(rulesOf(_database));
   const Ref<AttributeMgr> handedIn = _onRequest ? _onRequest->_dbAttributes : Ref<AttributeMgr>();
   // Without a database the version counts as 0, as every unanswered number does.
   const std::int32_t version = _database != nullptr ? _database->iPhotoLibraryVersion() : 0;
@@ -89,15 +99,21 @@ void ImageRecRef::loadImageAttributes() const {
       file = path::join(found->storeFolder(handedIn || imageInfo()), name);
     }
     try {
-      const std::optional<Data> bytes = file ? FileManager::contents(*file) : std::nullopt;
+      FileFailure failure;
+      const std::optional<Data> bytes =
+          file ? FileManager::contents(*file, &failure) : std::nullopt;
       if (bytes) {
         _attributes = decodeRoot<AttributeMgr>(*bytes, *file);
       } else {
         log("No data for image attributes at %@", file);
+        if (failure.cause != FileFailure::Cause::notThere) {
+          noteUnreadableStore(_database, *file, FileException(failure));
+        }
         _attributes = AttributeMgr::init();
       }
     } catch (const NSException& exception) {
       logException(exception);
+      noteUnreadableStore(_database, *file, exception);
     }
   }
   if (!_attributes && handedIn) {

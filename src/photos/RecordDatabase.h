@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "../platform/Export.h"
 #include "../platform/List.h"
 #include "../platform/NSSize.h"
+#include "../platform/ReadingRules.h"
 #include "../platform/Value.h"
 
 namespace mrziphoto {
@@ -39,6 +41,12 @@ class MRZIPHOTO_EXPORT RecordDatabase {
   /// The folder of photos at that path, the same object each time.
   [[nodiscard]] virtual Ref<PhotoFolder> photoFolder(const std::string& path) const = 0;
 
+  /// How the library's files are to be read; nothing for as the thread's rules say.
+  [[nodiscard]] virtual const ReadingRules* readingRules() const { return nullptr; }
+  /// Takes note of a file of the library that is there and yet cannot be read: what files of its
+  /// kind are called ("attributes files"), and a sentence why.
+  virtual void noteUnreadable(std::string_view /*what*/, const std::string& /*reason*/) const {}
+
   /// The keyword of a key (a number or its decimal text), or nothing.
   [[nodiscard]] virtual Ref<Keyword> keywordForKey(const Value& key) const = 0;
   /// The photos of these keys, in their order; unknown keys are logged and left out.
@@ -62,5 +70,10 @@ class MRZIPHOTO_EXPORT RecordDatabase {
   RecordDatabase& operator=(const RecordDatabase&) = default;
   ~RecordDatabase() = default;
 };
+
+/// The rules by which a record of that database reads; the database may be absent.
+[[nodiscard]] inline const ReadingRules* rulesOf(const RecordDatabase* database) {
+  return database != nullptr ? database->readingRules() : nullptr;
+}
 
 }  // namespace mrziphoto

@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
@@ -43,47 +44,179 @@ void writeDirectory(const LibraryFolder& library, std::string_view folder) {
 }
 
 TEST(TVQiPhotoDatabase, SaysWhyALibraryCannotBeOpened) {
+  using Cause = OpeningFailure::Cause;
   struct Case {
-    std::string_view what;
     void (*fill)(const LibraryFolder&);
-    std::string reason;  // "ROOT" stands for the folder
+    std::string logged;  // "ROOT" stands for the folder, here and below
+    Cause cause;
+    std::string told;
   };
   const std::string tooOld =
       "NSInvalidArgumentException - iPhoto Library not supported before iPhoto 4 for 'ROOT/";
+  const std::string again = "; copy the whole library folder again, or from a backup";
   for (const Case& each :
-       {Case{"nothing", [](const LibraryFolder&) {}, tooOld + "Library.data' = (null)"},
-        {"a folder",
-         [](const LibraryFolder& l) { fs::create_directory(l.root + "/Library.iPhoto"); },
-         tooOld + "Library.iPhoto' = (null)"},
-        {"version 14", [](const LibraryFolder& l) { l.writeArchivedVersion("Library.data", 14); },
-         tooOld + "Library.data' = (null)"},
-        {"no newer catalogue",
-         [](const LibraryFolder& l) { l.writeCodedVersion("Library.iPhoto", 51); },
+       {Case{[](const LibraryFolder&) {}, tooOld + "Library.data' = (null)", Cause::empty,
+             "the folder is empty; check the path, and that the disk is connected"},
+        {[](const LibraryFolder& l) { l.write("inside/Library.data", ""); },
+         tooOld + "Library.data' = (null)", Cause::noLibrary,
+         "no iPhoto library lies in this folder, which has no 'Library.iPhoto'; a library lies in "
+         "'ROOT/inside'"},
+        {[](const LibraryFolder& l) { l.write("letter.txt", ""); },
+         tooOld + "Library.data' = (null)", Cause::noLibrary,
+         "no iPhoto library lies in this folder, which has no 'Library.iPhoto'; name the folder in "
+         "which that file lies"},
+        {[](const LibraryFolder& l) { l.writeAlbumData(""); }, tooOld + "Library.data' = (null)",
+         Cause::incomplete, "it lacks the file 'Library.iPhoto'" + again},
+        {[](const LibraryFolder& l) { l.write("database/Photos.sqlite", ""); },
+         tooOld + "Library.data' = (null)", Cause::laterApplication,
+         "it is a library of Photos, the application that came after iPhoto; name the iPhoto "
+         "library that it was made from, if there still is one"},
+        {[](const LibraryFolder& l) { fs::create_directory(l.root + "/Library.iPhoto"); },
+         tooOld + "Library.iPhoto' = (null)", Cause::unreadable,
+         "'ROOT/Library.iPhoto' is a folder" + again},
+        {[](const LibraryFolder& l) { mkfifo((l.root + "/Library.iPhoto").c_str(), 0644); },
+         "NSFileReadException - 'ROOT/Library.iPhoto' cannot be read: it is no regular file = "
+         "(null)",
+         Cause::unreadable, "'ROOT/Library.iPhoto' cannot be read: it is no regular file" + again},
+        {[](const LibraryFolder& l) { l.writeArchivedVersion("Library.data", 14); },
+         tooOld + "Library.data' = (null)", Cause::tooOld,
+         "it is a library of iPhoto 1 to 3 (catalogue version 14); let iPhoto 4 or a later one "
+         "convert a copy of it"},
+        {[](const LibraryFolder& l) { l.write("Library.iPhoto", "XYZW"); },
+         tooOld + "Library.iPhoto' = (null)", Cause::damaged,
+         "the catalogue 'ROOT/Library.iPhoto' does not tell its version" + again},
+        {[](const LibraryFolder& l) { l.writeCodedVersion("Library.iPhoto", 51); },
          "NSInvalidArgumentException - iPhoto Library does not exist at 'ROOT/Library6.iPhoto' = "
-         "(null)"},
-        {"no directory table",
-         [](const LibraryFolder& l) {
+         "(null)",
+         Cause::incomplete, "it lacks the file 'Library6.iPhoto'" + again},
+        {[](const LibraryFolder& l) {
+           l.writeCodedVersion("Library.iPhoto", 51);
+           l.write("Library6.iPhoto", "");
+           fs::resize_file(l.root + "/Library6.iPhoto", std::uintmax_t{5} << 30);
+         },
+         "NSFileReadException - 'ROOT/Library6.iPhoto' cannot be read: its 5368709120 bytes are "
+         "more than the 2147483648 that are allowed = (null)",
+         Cause::unreadable,
+         "'ROOT/Library6.iPhoto' cannot be read: its 5368709120 bytes are more than the 2147483648 "
+         "that are allowed"},
+        {[](const LibraryFolder& l) {
            l.writeCodedVersion("Library.iPhoto", 100);
            l.writeCodedVersion("Library6.iPhoto", 100);
          },
          "NSInternalInconsistencyException - iPhoto Library component does not exist at "
-         "'ROOT/Dir.data' = (null)"},
-        {"no album folder",
-         [](const LibraryFolder& l) {
+         "'ROOT/Dir.data' = (null)",
+         Cause::incomplete, "it lacks the file 'Dir.data'" + again},
+        {[](const LibraryFolder& l) {
+           l.writeArchivedVersion("Library.iPhoto", 15);
+           l.writeArchive("Dir.data", {1, make<Array>()});
+         },
+         "NSInternalInconsistencyException - Missing directory ROOT/Albums = (null)",
+         Cause::damaged, ""},
+        {[](const LibraryFolder& l) {
            l.writeCodedVersion("Library.iPhoto", 101);
            l.writeCodedVersion("Library6.iPhoto", 102);
            l.write("AlbumData.xml", "no list");
          },
-         "NSInternalInconsistencyException - Missing directory ROOT/Albums = (null)"}}) {
+         "NSInternalInconsistencyException - Missing directory ROOT/Albums = (null)",
+         Cause::damaged, ""}}) {
     const LibraryFolder library;
     each.fill(library);
+    const auto named = [&library](std::string text) {
+      for (std::size_t at = 0; (at = text.find("ROOT")) != std::string::npos;) {
+        text.replace(at, 4, library.root);
+      }
+      return text;
+    };
     CollectedLog log;
-    EXPECT_FALSE(library.open()) << each.what;
-    std::string expected = each.reason;
-    expected.replace(expected.find("ROOT"), 4, library.root);
-    ASSERT_FALSE(log.lines().empty()) << each.what;
-    EXPECT_EQ(log.lines().back(), expected) << each.what;
+    OpeningFailure failure;
+    EXPECT_FALSE(TVQiPhotoDatabase::initWithContentsOfDirectory(library.root, {}, &failure))
+        << each.logged;
+    ASSERT_FALSE(log.lines().empty()) << each.logged;
+    EXPECT_EQ(log.lines().back(), named(each.logged));
+    EXPECT_EQ(failure.cause, each.cause) << each.logged << failure.sentence();
+    if (!each.told.empty()) {
+      EXPECT_EQ(failure.sentence(), named(each.told));
+    }
   }
+}
+
+TEST(TVQiPhotoDatabase, NoticesFilesThatCannotBeRead) {
+  struct Case {
+    std::int32_t version;
+    std::string file;  // in whose place a pipe lies, or nothing
+    bool isThere;
+    std::vector<std::string> notices;  // "ROOT" stands for the folder
+    bool hasPhotos;
+  };
+  const std::string noFile = " cannot be read: it is no regular file";
+  for (const Case& each : {
+           Case{60, "AlbumData.xml", true, {"'ROOT/AlbumData.xml'" + noFile}, true},
+           {60, "AlbumData.xml", false, {}, true},
+           {200, "AlbumData.xml", true, {"'ROOT/AlbumData.xml'" + noFile}, false},
+           {200,
+            "AlbumData.xml",
+            false,
+            {"'ROOT/AlbumData.xml' cannot be read: No such file or directory"},
+            false},
+           {60,
+            "Dir.data",
+            true,
+            {"the folders of the photos are not known: 'ROOT/Dir.data'" + noFile},
+            true},
+           {60,
+            "Thumb64Segment.data",
+            true,
+            {"the small thumbnails are not to be had: 'ROOT/Thumb64Segment.data'" + noFile},
+            true},
+           {60, "Thumb64Segment.data", false, {}, true},
+       }) {
+    const LibraryFolder library;
+    writeLibrary(library, each.version);
+    const std::string file = library.root + "/" + each.file;
+    fs::remove(file);
+    if (each.isThere) {
+      ASSERT_EQ(mkfifo(file.c_str(), 0644), 0);
+    }
+    const CollectedLog log;
+    const Ref<TVQiPhotoDatabase> database = library.open();
+    ASSERT_TRUE(database) << file;
+    EXPECT_FALSE(database->thumbnailSegmentCache());
+    EXPECT_EQ(!database->photosFailure(), each.hasPhotos) << file;
+    std::vector<std::string> found;
+    for (const Notice& notice : database->notices()) {
+      found.push_back(notice.sentence);
+      const std::size_t root = found.back().find(library.root);
+      ASSERT_NE(root, std::string::npos);
+      found.back().replace(root, library.root.size(), "ROOT");
+      EXPECT_EQ(notice.file, file);
+    }
+    EXPECT_EQ(found, each.notices) << file;
+  }
+}
+
+TEST(TVQiPhotoDatabase, GoesByTheOptionsOfItsOpening) {
+  const LibraryFolder library;
+  const LibraryFolder other;
+  writeLibrary(library, 200);
+  other.writeAlbumData("");
+  fs::remove(library.root + "/AlbumData.xml");
+  fs::create_symlink(other.root + "/AlbumData.xml", library.root + "/AlbumData.xml");
+  const CollectedLog log;
+  EXPECT_FALSE(library.open()->photosFailure());
+  const auto inside =
+      TVQiPhotoDatabase::initWithContentsOfDirectory(library.root, {.stayInside = true});
+  ASSERT_TRUE(inside && inside->photosFailure());
+  EXPECT_EQ(inside->photosFailure()->what,
+            "'" + library.root + "/AlbumData.xml' cannot be read: it lies outside of '" +
+                library.root + "', the only folder that may be read");
+  Limits limits;
+  limits.fileSize = 10;
+  OpeningFailure failure;
+  EXPECT_FALSE(
+      TVQiPhotoDatabase::initWithContentsOfDirectory(library.root, {.limits = limits}, &failure));
+  EXPECT_EQ(failure.what, "'" + library.root +
+                              "/Library.iPhoto' cannot be read: its 12 bytes are more than the 10 "
+                              "that are allowed");
 }
 
 TEST(TVQiPhotoDatabase, TellsTheDataVersion) {

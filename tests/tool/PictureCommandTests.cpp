@@ -87,6 +87,39 @@ TEST(Check, FindsNothingWrongWithAWholeLibrary) {
   }
 }
 
+TEST(Check, CallsNothingMissingOrUnnamedThatItCannotTell) {
+  SKIP_WITHOUT_IMAGES();
+  const Sample whole(200);
+  const std::string albumData = whole / "AlbumData.xml";
+  fs::rename(albumData, whole.outside("AlbumData.xml"));
+  const ToolResult unknown = runTool({"check", whole.root, "-q"});
+  EXPECT_EQ(unknown.status, 1);
+  EXPECT_EQ(unknown.out, "");
+  EXPECT_NE(unknown.err.find(albumData), std::string::npos) << unknown.err;
+
+  // Without the directory table no photo has a place.
+  const Sample lost(60);
+  lost.write("Dir.data", "no archive");
+  const ToolResult partial = runTool({"check", lost.root});
+  EXPECT_NE(partial.out.find("; 0 files that no photo names\n"), std::string::npos) << partial.out;
+  EXPECT_NE(partial.err.find("mrziphoto: files that no photo of the library '" + lost.root +
+                             "' names were not looked for, since not all photos are known\n"),
+            std::string::npos)
+      << partial.err;
+
+  // Who may read all must be told otherwise that a way is barred: by links in a circle.
+  const Sample barred(60);
+  const std::string folder = barred / ("Data/" + kFirstRoll);
+  fs::remove_all(folder.substr(0, folder.size() - 1));
+  fs::create_directory_symlink(fs::path(folder).parent_path().filename(),
+                               folder.substr(0, folder.size() - 1));
+  const ToolResult unreachable = runTool({"check", barred.root});
+  EXPECT_EQ(unreachable.status, 3) << unreachable.out << unreachable.err;
+  EXPECT_EQ(unreachable.out.find("missing  "), std::string::npos) << unreachable.out;
+  EXPECT_NE(unreachable.err.find("files of photos that cannot be read"), std::string::npos)
+      << unreachable.err;
+}
+
 TEST(Check, TellsWhatIsWrong) {
   SKIP_WITHOUT_IMAGES();
   const Sample library(60);

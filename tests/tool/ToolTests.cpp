@@ -4,6 +4,7 @@
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -181,9 +182,14 @@ TEST(Tool, SaysInOneSentenceWhatIsWrong) {
       {{"check", root, "--album", "5"}, 2, "--album"},
       {{"info", other / "missing"}, 1, other / "missing"},
       {{"info", other / "file"}, 1, other / "file"},
-      {{"info", other.path()}, 1, other.path()},
+      {{"info", other.path()},
+       1,
+       other.path() + "' cannot be opened: no iPhoto library lies in this folder"},
+      {{"info", other.path(), "-q"}, 1, "name the folder in which that file lies"},
       {{"info", ""}, 1, "''"},
-      {{"archive", other / "missing"}, 1, other / "missing"},
+      {{"archive", other / "missing"},
+       1,
+       other / "missing' cannot be read: No such file or directory"},
       {{"archive", other / "file"}, 1, other / "file"},
       {{"archive", other / "file", "--format", "csv"}, 2, "csv"},
       {{"sample", root}, 1, root},
@@ -294,6 +300,52 @@ TEST(Tool, FitsTheTerminal) {
             "key  string  keyword\r\n  1  Kids    Kids\r\n  2  Se\u0301jour  Se\u0301jour\r\n");
   EXPECT_EQ(runTool({"info", library.root, "--color=always"}).out.substr(0, 17),
             "\x1B[1mdirectory\x1B[0m");
+}
+
+TEST(Tool, TellsThatSomethingWasNotRead) {
+  const std::string pipe = " cannot be read: it is no regular file";
+  const struct {
+    std::string version;
+    std::string file;  // in whose place a pipe lies, or nothing
+    bool isThere;
+    int status;
+    std::string told;  // "FILE" stands for its path
+  } cases[] = {
+      {"200", "AlbumData.xml", true, 1, "cannot be read: 'FILE'" + pipe + ";"},
+      {"200", "AlbumData.xml", false, 1, "'FILE' cannot be read: No such file or directory;"},
+      {"60", "AlbumData.xml", true, 3, "mrziphoto: 'FILE'" + pipe + "\n"},
+      {"60", "AlbumData.xml", false, 0, ""},
+      {"60", "Dir.data", true, 3, "not known: 'FILE'" + pipe + "\n"},
+      {"20", "Albums/Last 12 Months", true, 0, ""},
+      {"20", "Library.iPhoto", true, 1, "cannot be opened: 'FILE'" + pipe + ";"},
+  };
+  for (const auto& each : cases) {
+    const TemporaryFolder folder;
+    const std::string library = folder / "library";
+    ASSERT_EQ(runTool({"sample", library, "--library-version", each.version, "--photos", "3",
+                       "--no-images"})
+                  .status,
+              0);
+    const std::string file = library + "/" + each.file;
+    std::filesystem::remove(file);
+    if (each.isThere) {
+      ASSERT_EQ(mkfifo(file.c_str(), 0644), 0) << file;
+    }
+    std::string told = each.told;
+    if (const std::size_t at = told.find("FILE"); at != std::string::npos) {
+      told.replace(at, 4, file);
+    }
+    const ToolResult result = runTool({"photos", library});
+    EXPECT_EQ(result.status, each.status) << file;
+    EXPECT_NE(result.err.find(told), std::string::npos) << result.err;
+    EXPECT_EQ(result.out.empty(), each.status == 1) << result.out;
+    const ToolResult quiet = runTool({"photos", library, "-q"});
+    EXPECT_EQ(quiet.status, each.status);
+    EXPECT_EQ(quiet.err.empty(), each.status != 1) << quiet.err;
+    // Strictly, a library without its album data is one without photos.
+    const ToolResult strict = runTool({"photos", library, "--strict"});
+    EXPECT_EQ(strict.status, each.file == "Library.iPhoto" ? 1 : 0) << strict.err;
+  }
 }
 
 TEST(Tool, FindsTheLibraryHoweverItIsNamed) {
