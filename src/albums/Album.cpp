@@ -25,8 +25,11 @@ void Album::takeAlbumData(const Dictionary& albumData) {
   // What is of another kind counts as missing.
   using IsOfKind = bool (*)(const Value&);
   constexpr IsOfKind kIsText = [](const Value& value) { return value.isString(); };
-  constexpr IsOfKind kIsKey = [](const Value& value) {
+  constexpr IsOfKind kIsNumber = [](const Value& value) {
     return value.isNumber() || value.isString();
+  };
+  constexpr IsOfKind kIsKey = [](const Value& value) {
+    return kIsNumber(value) || value.object<Key>();
   };
   const auto take = [&](std::string_view from, std::string_view as, IsOfKind isOfKind) {
     const Value* value = albumData.find(from);
@@ -46,7 +49,7 @@ void Album::takeAlbumData(const Dictionary& albumData) {
   if (const Ref<Array> listed = albumData.get(kKeyList).array()) {
     keys.reserve(listed->size());
     for (const Value& element : *listed) {
-      if (kIsKey(element)) {
+      if (kIsNumber(element)) {
         keys.push_back(element.unsignedIntValue());
       }
     }

@@ -58,6 +58,7 @@ Value readValue(CodedRead read, TVQiPhotoCodedStreamData& stream) {
 /// Takes of a record what is needed to file it, and checks the rest.
 struct Check {
   void take(ImageValue value, CodedRead read, TVQiPhotoCodedStreamData& stream) {
+    record.isBlank &= value == ImageValue::nothing;
     if (value == ImageValue::imageKey) {
       record.imageKey = static_cast<std::uint32_t>(stream.readCodedInt());
     } else if (value == ImageValue::rollKey) {

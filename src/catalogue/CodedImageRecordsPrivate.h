@@ -22,6 +22,7 @@ class CodedImageRecords final : public RecordSource {
   struct Record {
     std::uint32_t imageKey = 0;
     std::int32_t rollKey = 0;  // 0 for a record that stands for a roll
+    bool isBlank = true;       // nothing that it says is kept
     CodedRecordState state;
   };
 

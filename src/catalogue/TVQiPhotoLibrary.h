@@ -101,8 +101,8 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   [[nodiscard]] std::uint32_t numberOfKeywords() const;
   /// Appends to a keyword store that is a list.
   void addKeyword(Ref<Keyword> keyword);
-  /// The first keyword whose key number equals the integer value of `key`, a number or a decimal
-  /// text; nothing when none does.
+  /// The first keyword whose key number equals the integer value of `key`: a number, a decimal text
+  /// or a `Key`. Nothing when none does, and for arguments of any other kind.
   [[nodiscard]] Ref<Keyword> keywordForKey(const Value& key) const;
   /// The keywords that the store finds for these key numbers, in order; a store that is a list
   /// finds none.

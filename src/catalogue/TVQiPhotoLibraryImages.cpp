@@ -24,7 +24,6 @@ OwnedList<ImageRecRef>& existing(OwnedList<ImageRecRef>& list) {
 void TVQiPhotoLibrary::readImageRecords(TVQiPhotoCodedStreamData& stream, Reading& reading) {
   reading.promisedRecords += reading.imageRecordCount;
   reading.countWithoutTable.reset();
-  Ref<CodedImageRecords> source;
   for (std::uint32_t left = reading.imageRecordCount; left > 0; --left) {
     const std::uint32_t position = stream.offsetInData();
     const CodedImageRecords::Record found = CodedImageRecords::pass(stream);
@@ -34,12 +33,18 @@ void TVQiPhotoLibrary::readImageRecords(TVQiPhotoCodedStreamData& stream, Readin
     if (isPhoto && _version <= kLastVersionWithoutPhotos) {
       continue;
     }
-    if (!source) {
-      source = make<CodedImageRecords>(stream.data(), directory(), _version,
-                                       _keywords.object<KeywordMgr>());
+    Ref<ImageRecRef> record = found.isBlank ? reading.blank : nullptr;
+    if (!record) {
+      if (!reading.source) {
+        reading.source = make<CodedImageRecords>(stream.data(), directory(), _version,
+                                                 _keywords.object<KeywordMgr>());
+      }
+      record = ImageRecRef::init();
+      record->setSourceForKey(reading.source, position, found.imageKey);
+      if (found.isBlank) {
+        reading.blank = record;
+      }
     }
-    const Ref<ImageRecRef> record = ImageRecRef::init();
-    record->setSourceForKey(source, position, found.imageKey);
     all.append(record);
     existing(isPhoto ? _photoImageRecRefs : _rollImageRecRefs).append(record);
   }

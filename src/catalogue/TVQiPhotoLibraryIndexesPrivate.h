@@ -16,28 +16,20 @@ class TVQiPhotoLibrary::RecordIndex {
   explicit RecordIndex(const List<ImageRecRef>& records)
       : _records(records.items()), _byNumber(_records->size()) {
     for (std::size_t i = 0; i < _records->size(); ++i) {
-      const Ref<ImageRecRef>& record = (*_records)[i];
-      if (const auto number = record->plainKeyNumber()) {
+      if (const auto number = (*_records)[i]->plainKeyNumber()) {
         _byNumber.add(*number, i);
-      } else {
-        _others.push_back(record);
       }
     }
   }
 
+  /// False once some record has another key than when the index was made.
+  [[nodiscard]] bool isUpToDate() const { return _keyChanges == ImageRecRef::keyChanges(); }
+
   [[nodiscard]] Ref<ImageRecRef> find(const Key& key) const {
-    if (const auto number = key.plainNumber()) {
-      const auto position = _byNumber.find(*number);
-      return position ? (*_records)[*position] : Ref<ImageRecRef>();
-    }
-    // Keys that are more than a number are rare, and equal only their own like.
-    for (const Ref<ImageRecRef>& record : _others) {
-      const Ref<Key> candidate = record->key().object<Key>();
-      if (candidate && candidate->isEqual(key)) {
-        return record;
-      }
-    }
-    return {};
+    // The records of a catalogue have plain numbers for keys, which equal no other key.
+    const auto number = key.plainNumber();
+    const auto position = number ? _byNumber.find(*number) : std::nullopt;
+    return position ? (*_records)[*position] : Ref<ImageRecRef>();
   }
 
   /// `find` for a run of keys. In a large library each step of a look-up waits for memory; so each
@@ -66,14 +58,14 @@ class TVQiPhotoLibrary::RecordIndex {
       }
     }
     for (std::size_t i = 0; i < keys.size(); ++i) {
-      found[i] = places[i] != nullptr ? *places[i] : keys[i] ? find(*keys[i]) : nullptr;
+      found[i] = places[i] != nullptr ? *places[i] : Ref<ImageRecRef>();
     }
   }
 
  private:
   std::shared_ptr<const List<ImageRecRef>::Items> _records;
   NumberIndex _byNumber;
-  std::vector<Ref<ImageRecRef>> _others;
+  std::uint64_t _keyChanges = ImageRecRef::keyChanges();
 };
 
 /// The first keyword of a list with a given key number. A keyword whose key has none is passed

@@ -53,14 +53,14 @@ void TVQiPhotoLibrary::_makePhotoArrays() const {
 }
 
 const TVQiPhotoLibrary::RecordIndex& TVQiPhotoLibrary::photoIndex() const {
-  if (!_photoIndex) {
+  if (!_photoIndex || !_photoIndex->isUpToDate()) {
     _photoIndex = std::make_unique<RecordIndex>(photos());
   }
   return *_photoIndex;
 }
 
 const TVQiPhotoLibrary::RecordIndex& TVQiPhotoLibrary::rollIndex() const {
-  if (!_rollIndex) {
+  if (!_rollIndex || !_rollIndex->isUpToDate()) {
     _rollIndex = std::make_unique<RecordIndex>(rollRecRefs());
   }
   return *_rollIndex;
@@ -162,7 +162,12 @@ Ref<Keyword> TVQiPhotoLibrary::keywordForKey(const Value& key) const {
   if (!_keywordIndex) {
     _keywordIndex = std::make_unique<KeywordIndex>(keywords());
   }
-  return _keywordIndex->find(key.intValue());
+  if (const Ref<Key> object = key.object<Key>()) {
+    const Ref<Dictionary>& stored = object->storedDictionary();
+    const Value number = stored ? stored->get(Key::kKey) : Value();
+    return number.isNumber() ? _keywordIndex->find(number.intValue()) : Ref<Keyword>();
+  }
+  return key.isNumber() || key.isString() ? _keywordIndex->find(key.intValue()) : Ref<Keyword>();
 }
 
 List<Keyword> TVQiPhotoLibrary::keywordsForKeys(const Array& keys) const {

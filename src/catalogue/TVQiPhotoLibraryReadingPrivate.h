@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "../platform/Notice.h"
-#include "CodedImageWalkPrivate.h"
+#include "CodedImageRecordsPrivate.h"
 #include "TVQiPhotoLibrary.h"
 
 namespace mrziphoto {
@@ -36,6 +36,10 @@ struct TVQiPhotoLibrary::Reading {
   std::uint64_t promisedRecords = 0;
   std::uint64_t readRecords = 0;
   std::optional<std::uint32_t> recordCode;
+  /// Where the records get their stores from, with the keyword store as it stands.
+  Ref<CodedImageRecords> source;
+  /// Stands for all records that say nothing: of those a damaged file may hold millions.
+  Ref<ImageRecRef> blank;
   /// Behind this nothing of the catalogue was read.
   std::optional<Damage> end;
 

@@ -158,6 +158,7 @@ void TVQiPhotoLibrary::readSection(TVQiPhotoCodedStreamData& stream, const Secti
     }
     case kKeywordSection:
       setKeywordStore(stream.readCodedArchive());
+      reading.source = nullptr;
       break;
     case kImageCountSection:
       if (reading.countWithoutTable) {

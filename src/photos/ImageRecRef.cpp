@@ -1,6 +1,7 @@
 #include "ImageRecRef.h"
 
 #include <array>
+#include <atomic>
 
 #include "../exif/TVQiPhotoUserData.h"
 #include "../platform/Array.h"
@@ -32,14 +33,29 @@ void ImageRecRef::setImageInfoForKey(Ref<Dictionary> imageInfo, std::uint32_t ke
   takeFromSource();
   _source = nullptr;  // what is given now must not be made anew
   _imageInfo = std::move(imageInfo);
-  _imageKey = key;
-  _hasImageKey = true;
+  takeKey(key);
 }
 
 void ImageRecRef::setSourceForKey(Ref<RecordSource> source, std::uint32_t position,
                                   std::uint32_t key) {
   _source = std::move(source);
   _sourcePosition = position;
+  takeKey(key);
+}
+
+namespace {
+
+// Records of one process may live in several threads.
+std::atomic<std::uint64_t> keyChangeCount{0};
+
+}  // namespace
+
+std::uint64_t ImageRecRef::keyChanges() { return keyChangeCount.load(std::memory_order_relaxed); }
+
+void ImageRecRef::takeKey(std::uint32_t key) {
+  if ((_hasImageKey || _dictionary) && plainKeyNumber() != key) {
+    keyChangeCount.fetch_add(1, std::memory_order_relaxed);
+  }
   _imageKey = key;
   _hasImageKey = true;
 }
@@ -283,7 +299,8 @@ std::optional<std::string> ImageRecRef::directoryFromImageInfo() const {
   if (!image) {
     return std::nullopt;
   }
-  if (!std::exchange(_updatedImagePath, true)) {
+  if (!_updatedImagePath) {
+    _updatedImagePath = true;
     image = updated(image);
   }
   if (!image) {

@@ -71,6 +71,9 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   /// The key's number when the key is nothing but that number, which no object needs to be made
   /// for. For indexes over many records.
   [[nodiscard]] std::optional<std::int64_t> plainKeyNumber() const;
+  /// How often, in this process, a record that had a key was given another one. An index by key
+  /// that was made before the last time may be out of date.
+  [[nodiscard]] static std::uint64_t keyChanges();
   [[nodiscard]] Value directoryKey() const;
   /// The key of the photo's roll; nothing for a record that stands for a roll.
   [[nodiscard]] Value rollKey() const;
@@ -211,6 +214,7 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   [[nodiscard]] const Ref<Dictionary>& imageInfo() const;
   [[nodiscard]] Value imageInfo(std::string_view name) const;
   void takeFromSource() const;
+  void takeKey(std::uint32_t key);
   [[nodiscard]] Value attribute(std::string_view name) const;
   [[nodiscard]] std::optional<std::string> attributeText(std::string_view attributeName,
                                                          std::string_view infoName) const;
@@ -225,6 +229,14 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   void loadInfo() const;
   void loadImageAttributes() const;
 
+  // Damaged catalogues hold millions of records; the flags lie where the base leaves room.
+  bool _hasImageKey : 1 = false;
+  mutable bool _isTakenFromSource : 1 = false;
+  mutable bool _infoAttempted : 1 = false;
+  // `directory` has passed the image path through the database's `updateImagePath`.
+  mutable bool _updatedImagePath : 1 = false;
+  mutable bool _hasBeenEditedIsValid : 1 = false;
+  mutable bool _hasBeenEdited : 1 = false;
   RecordDatabase* _database = nullptr;
   Ref<Dictionary> _dictionary;
   mutable Ref<AttributeMgr> _attributes;
@@ -236,13 +248,6 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   mutable Ref<RecordSource> _source;
   std::uint32_t _sourcePosition = 0;
   std::uint32_t _imageKey = 0;
-  bool _hasImageKey = false;
-  mutable bool _isTakenFromSource = false;
-  mutable bool _infoAttempted = false;
-  // `directory` has passed the image path through the database's `updateImagePath`.
-  mutable bool _updatedImagePath = false;
-  mutable bool _hasBeenEditedIsValid = false;
-  mutable bool _hasBeenEdited = false;
 };
 
 }  // namespace mrziphoto

@@ -115,6 +115,9 @@ TEST(Album, ComesFromAlbumData) {
   const Ref<Album> both =
       Album::initWithDictionary<Album>(Dictionary{{"AlbumKey", 1}, {"AlbumId", 2}});
   EXPECT_EQ(both->key(), Value(1));
+  const Value key = Key::initWithKey(3);
+  EXPECT_EQ(Album::initWithDictionary<Album>(Dictionary{{"AlbumKey", key}, {"AlbumId", 2}})->key(),
+            key);
   EXPECT_EQ(both->albumName(), "Album");
   EXPECT_TRUE(both->photoKeys()->keyNumbers().empty());
 

@@ -248,6 +248,22 @@ TEST(CodedImageRecords, RefuseWhatIsNoArchiveAndWhatTheFileDoesNotHold) {
   }
 }
 
+TEST(CodedImageRecords, ThatSayNothingShareOneRecord) {
+  const CodedBuilder said = CodedBuilder().item("idCP", u"r");
+  const CodedLibrary library(60,
+                             CodedBuilder()
+                                 .images({CodedBuilder(), said, CodedBuilder().item("idTS", 1.0)})
+                                 .images({CodedBuilder().item("idZZ", 1), said}));
+  ASSERT_TRUE(library);
+  const List<ImageRecRef>& records = library->rollRecRefs();
+  ASSERT_EQ(records.size(), 5U);
+  EXPECT_EQ(records[0], records[2]);
+  EXPECT_EQ(records[0], records[3]);
+  EXPECT_NE(records[1], records[4]);
+  EXPECT_EQ(records[0]->keyStringValue(), "0");
+  EXPECT_FALSE(records[0]->caption());
+}
+
 TEST(CodedImageRecords, StandBehindEveryMarkerAsManyAsCountedLast) {
   const CodedBuilder record = CodedBuilder().item("imag", photo(1));
   const std::string three = record.bytes() + record.bytes() + record.bytes();

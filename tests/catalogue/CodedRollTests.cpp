@@ -54,6 +54,7 @@ TEST(CodedRollRecords, BecomeRollAlbums) {
                                .item("stKY", 12)),
             "12/Köln/comment/3,4294967295, "},
            {"a key alone", section().roll(number12), "12/// "},
+           {"a key below zero", section().roll(CodedBuilder().item("stKY", -12)), "-12/// "},
            {"a text of four bytes",
             section().roll(CodedBuilder().item("rlNM", u"ab").item("stKY", 12)), "12/ab// "},
            {"no key, a key of 0 and a key of another size",

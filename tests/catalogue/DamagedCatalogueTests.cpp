@@ -250,7 +250,8 @@ TEST(DamagedCatalogue, IsRefusedWhereATypedReadMeetsANegativeSize) {
 
 TEST(DamagedCatalogue, TellsThatAlbumDataStandsInForWhatItLost) {
   const std::string lists =
-      xml::entry("Master Image List", xml::dict(xml::entry("1", xml::dict(""))));
+      xml::entry("Master Image List",
+                 xml::dict(xml::entry("1", xml::dict(xml::entry("Roll", xml::number(5))))));
   const std::string others =
       xml::entry("List of Albums", xml::array(xml::dict(""))) +
       xml::entry("List of Rolls", xml::array(xml::dict(""))) +
@@ -281,6 +282,11 @@ TEST(DamagedCatalogue, TellsThatAlbumDataStandsInForWhatItLost) {
     const Ref<TVQiPhotoLibrary> library =
         TVQiPhotoLibrary::initWithContentsOfFile(folder.root + "/Library.iPhoto");
     ASSERT_TRUE(library);
+    // One of each: what the catalogue has is never mixed with what album data has.
+    EXPECT_EQ(library->photos().size() + library->rollRecRefs().size(), 1U);
+    EXPECT_EQ(library->numberOfAlbums(), each.albumData == lists ? 0U : 1U);
+    EXPECT_EQ(library->numberOfRolls(), each.albumData == lists ? 0U : 1U);
+    EXPECT_EQ(library->numberOfKeywords(), each.albumData == lists ? 0U : 1U);
     Lines told;
     for (const std::string& line : sentences(library->notices(), folder.root)) {
       if (!line.starts_with("the catalogue ")) {

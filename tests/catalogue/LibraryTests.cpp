@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -7,6 +8,7 @@
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/NSException.h>
 
+#include "support/CodedLibrary.h"
 #include "support/CollectedLog.h"
 #include "support/LibraryFolder.h"
 #include "support/StandInDatabase.h"
@@ -91,15 +93,18 @@ TEST(TVQiPhotoLibrary, LoadsAlbumDataAboveVersion15) {
   EXPECT_EQ(loaded->albums()[0]->albumName(), "A");
   EXPECT_EQ(loaded->numberOfAlbums(), 1U);
   EXPECT_EQ(loaded->numberOfRolls(), 1U);
-  for (const Value& key : {Value(3), Value("3"), Value(3.0)}) {
-    ASSERT_TRUE(loaded->keywordForKey(key));
-    EXPECT_EQ(loaded->keywordForKey(key)->string(), "Kids");
-  }
-  EXPECT_FALSE(loaded->keywordForKey("x"));
   EXPECT_TRUE(loaded->keywordsForKeys(*make<Array>(std::vector<Value>{3})).empty());
 
-  EXPECT_EQ(loaded->updateImagePath("/old/2004/a.jpg"), library.root + "/2004/a.jpg");
-  EXPECT_EQ(loaded->updateImagePath("/elsewhere"), "/elsewhere");
+  // The recorded folder is a plain prefix of the text, wherever in a component it ends.
+  for (const auto& [path, updated] : std::initializer_list<std::pair<std::string, std::string>>{
+           {"/old/2004/a.jpg", library.root + "/2004/a.jpg"},
+           {"/older/a.jpg", library.root + "er/a.jpg"},
+           {"/old", library.root},
+           {"/ol", "/ol"},
+           {"/disk/old/a.jpg", "/disk/old/a.jpg"},
+           {"", ""}}) {
+    EXPECT_EQ(loaded->updateImagePath(path), updated) << path;
+  }
   EXPECT_EQ(loaded->archivePath(), library.root);
   EXPECT_TRUE(loaded->description().starts_with(
       "version = 151, nextImageKey = (null), nextRollKey = (null), flag1 = 0, flag2 = 0, "
@@ -162,12 +167,91 @@ TEST(TVQiPhotoLibrary, LooksUpPhotosAsAWalkOverTheListWould) {
     }
     EXPECT_EQ(loaded->photoForKey(key), walked) << number;
   }
-  const std::size_t before = log.lines().size();
-  const List<Key> keys({Key::initWithKey(loaded->photos()[0]->photoId().unsignedIntValue()),
-                        Key::initWithKey(9999)});
-  EXPECT_EQ(loaded->photosForKeys(keys).size(), 1U);
-  ASSERT_EQ(log.lines().size(), before + 1);
-  EXPECT_EQ(log.lines().back(), "No photo for key: Key: {\n    Key = 9999;\n}");
+  // Many keys at once are answered as one by one, in their order, repeats and all.
+  List<Key>::Items keys;
+  std::vector<Ref<ImageRecRef>> expected;
+  for (int i = 0; i < 200; ++i) {
+    const Ref<Key> key =
+        Key::initWithKey(i % 70 == 69 ? 9999U : static_cast<std::uint32_t>(random() % 500));
+    keys.push_back(key);
+    if (const Ref<ImageRecRef> photo = loaded->photoForKey(key)) {
+      expected.push_back(photo);
+    }
+  }
+  const List<ImageRecRef> found = loaded->photosForKeys(List<Key>(keys));
+  EXPECT_EQ(*found.items(), expected);
+  EXPECT_EQ(std::ranges::count(log.lines(), "No photo for key: Key: {\n    Key = 9999;\n}"), 2);
+}
+
+TEST(TVQiPhotoLibrary, FindsRecordsByTheKeysThatTheyHaveNow) {
+  const LibraryFolder library;
+  library.writeCodedVersion("Library.iPhoto", 200);
+  library.writeAlbumData(
+      xml::entry("Master Image List", xml::dict(image(1, "a", 5) + image(2, "b", 5) +
+                                                image(3, "c", 5) + image(4, "r") + image(5, "s"))));
+  const CollectedLog log;
+  const Ref<TVQiPhotoLibrary> loaded =
+      TVQiPhotoLibrary::initWithContentsOfFile(library.root + "/Library.iPhoto");
+  ASSERT_TRUE(loaded);
+  const auto photos = [&] {
+    std::string captions;
+    for (std::uint32_t key = 1; key <= 4; ++key) {
+      const Ref<ImageRecRef> photo = loaded->photoForKey(Key::initWithKey(key));
+      captions += photo ? photo->caption().value_or("?") : "-";
+    }
+    return captions;
+  };
+  const auto give = [](const Ref<ImageRecRef>& record, std::uint32_t key) {
+    record->setImageInfoForKey(dictionary({{"Caption", record->caption().value_or("?")}}), key);
+  };
+  EXPECT_EQ(photos(), "abc-");
+  give(loaded->photos()[2], 4);
+  EXPECT_EQ(photos(), "ab-c");
+  give(loaded->photos()[0], 2);
+  EXPECT_EQ(photos(), "-a-c") << "the first of two with one key";
+  EXPECT_EQ(loaded->rollRecRefForKey(5)->caption(), "s");
+  give(loaded->rollRecRefs()[0], 5);
+  EXPECT_EQ(loaded->rollRecRefForKey(5)->caption(), "r");
+  EXPECT_FALSE(loaded->rollRecRefForKey(4));
+}
+
+TEST(TVQiPhotoLibrary, FindsKeywordsAndRollsByKeysOfEveryKind) {
+  const Ref<TVQiPhotoLibrary> keywords = TVQiPhotoLibrary::init();
+  keywords->addKeyword(Keyword::initWithString("keyless"));
+  for (const auto& [text, key] : std::initializer_list<std::pair<std::string_view, Value>>{
+           {"zero", Value(0)},
+           {"seven", Value(Key::initWithKey(7))},
+           {"later", Value(7)},
+           {"eight", Value(8)}}) {
+    keywords->addKeyword(Keyword::initWithDictionary(Dictionary{{"String", text}, {"Key", key}}));
+  }
+  const CodedLibrary library(
+      60, CodedBuilder().images({CodedBuilder().item("idKY", -1), CodedBuilder().item("idKY", 7)}));
+  ASSERT_TRUE(library);
+  struct Case {
+    Value key;
+    std::string_view keyword;
+    std::string_view roll;
+  };
+  for (const Case& each : std::initializer_list<Case>{{7, "seven", "7"},
+                                                      {"7 days", "seven", ""},
+                                                      {7.0, "seven", "7"},
+                                                      {Key::initWithKey(7), "seven", "7"},
+                                                      {8, "eight", ""},
+                                                      {"x", "zero", ""},
+                                                      {Key::initWithKey(9), "", ""},
+                                                      {make<Key>(), "", ""},
+                                                      {Value(), "", ""},
+                                                      {make<Array>(), "", ""},
+                                                      // Image keys are unsigned, whatever is asked.
+                                                      {-1, "", ""},
+                                                      {4294967295U, "", "4294967295"}}) {
+    SCOPED_TRACE(each.key.description());
+    const Ref<Keyword> keyword = keywords->keywordForKey(each.key);
+    EXPECT_EQ(keyword ? keyword->string().value_or("?") : "", each.keyword);
+    const Ref<ImageRecRef> roll = library->rollRecRefForKey(each.key);
+    EXPECT_EQ(roll ? roll->keyStringValue() : "", each.roll);
+  }
 }
 
 TEST(TVQiPhotoLibrary, KeepsItsAlbumList) {
@@ -176,7 +260,9 @@ TEST(TVQiPhotoLibrary, KeepsItsAlbumList) {
   library->setDatabase(&database);
   const List<Album> albums = library->albums();
   const Ref<Album> first = Album::init<Album>();
-  library->addAlbum(Album::init<Album>());
+  const Ref<Album> last = Album::init<Album>();
+  library->addAlbum(last);
+  EXPECT_EQ(last->database(), &database);
   library->insertAlbumAtIndex(first, 0);
   EXPECT_EQ(albums.size(), 2U) << "the list itself was answered";
   EXPECT_EQ(albums[0], first);
