@@ -55,6 +55,19 @@ std::map<std::string, std::string> filesIn(const std::string& folder) {
   return files;
 }
 
+/// The words with which archives of either byte order begin, as far as files have them.
+std::set<std::string> archiveMarks(const std::string& folder) {
+  std::set<std::string> marks;
+  for (const auto& [name, bytes] : filesIn(folder)) {
+    for (const char* mark : {"streamtyped", "typedstream"}) {
+      if (bytes.find(mark) != std::string::npos) {
+        marks.insert(mark);
+      }
+    }
+  }
+  return marks;
+}
+
 std::string textOf(const std::optional<std::string>& text) { return text.value_or("(nothing)"); }
 
 std::vector<std::string> keywordTexts(const Value& keywords) {
@@ -193,6 +206,7 @@ TEST(SampleLibraryTest, OpensInEveryGeneration) {
     const TemporaryFolder folder;
     writeSampleLibrary(optionsFor(folder.path(), generation.version));
     EXPECT_EQ(entriesOf(folder.path()), generation.entries);
+    EXPECT_EQ(archiveMarks(folder.path()), std::set<std::string>{"streamtyped"});
     const Ref<TVQiPhotoDatabase> database = expectGeneration(generation, folder);
     for (const Ref<ImageRecRef>& photo : database->photos()) {
       expectThatFilesAreThere(*photo);
@@ -212,6 +226,7 @@ TEST(SampleLibraryTest, OpensInTheOtherByteOrder) {
     options.images = false;
     writeSampleLibrary(options);
     expectGeneration(generation, folder);
+    EXPECT_EQ(archiveMarks(folder.path()), std::set<std::string>{"typedstream"});
   }
 }
 
