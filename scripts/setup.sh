@@ -7,7 +7,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build_packages=(g++ cmake ninja-build pkg-config libjpeg-dev libvips-dev libutf8proc-dev)
 test_packages=(libgtest-dev libexpat1-dev locales tzdata)
 bench_packages=(libbenchmark-dev libpugixml-dev libplist-dev libvips-tools python3 jq)
-analysis_packages=(clang clang-format clang-tidy libclang-rt-14-dev python3)
+analysis_packages=(clang clang-format clang-tidy gcovr libclang-rt-14-dev python3)
 
 say() {
   printf '%s\n' "$*" >&2
@@ -55,6 +55,9 @@ install_missing() {
 # build PRESET: configures and builds it.
 build() {
   say "Building ($1) ..."
+  if command -v ccache >/dev/null; then
+    export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+  fi
   # A build folder that was copied or moved here from elsewhere still names the other place.
   local cache="$root/build/$1/CMakeCache.txt"
   if [ -f "$cache" ] && ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$cache"; then
