@@ -42,6 +42,8 @@ struct MRZIPHOTO_EXPORT Limits {
   std::uint64_t imagePixels = std::uint64_t{1} << 28;
   /// Bytes that a decoder may keep of one picture while it works.
   std::uint64_t decoderBytes = std::uint64_t{1} << 29;
+  /// Pixels of one bitmap in memory, four bytes each.
+  std::uint64_t bitmapPixels = std::uint64_t{1} << 27;
   /// How long the decoding of one picture may take.
   std::chrono::milliseconds decodingTime{10'000};
 

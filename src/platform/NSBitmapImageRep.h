@@ -47,7 +47,7 @@ class MRZIPHOTO_EXPORT NSBitmapImageRep final : public Object {
   }
 
   /// The picture drawn into another size. Nothing for a size without pixels or with too many (see
-  /// `NSImage::kMostPixels`), and where the library was built without images.
+  /// `Limits::bitmapPixels`), and where the library was built without images.
   [[nodiscard]] Ref<NSBitmapImageRep> scaledToPixels(std::uint32_t wide, std::uint32_t high) const;
   /// The picture as a PNG file, its pixels as they are; nothing where the library was built without
   /// images.

@@ -3,10 +3,12 @@
 #include <cmath>
 #include <memory>
 
-#include "FileManager.h"
+#include "FileFailure.h"
 #include "Format.h"
+#include "Limits.h"
 #include "Log.h"
 #include "detail/ImageBackend.h"
+#include "detail/ImageBytes.h"
 #include "detail/OpenFile.h"
 
 namespace mrziphoto {
@@ -14,7 +16,7 @@ namespace {
 
 /// The pixels that a side has; 0 for what is no number of pixels.
 std::uint32_t pixelsOf(float side) {
-  return side >= 1 && side <= static_cast<float>(NSImage::kLongestSide)
+  return side >= 1 && side <= static_cast<float>(Limits::current().imageSide)
              ? static_cast<std::uint32_t>(std::ceil(side))
              : 0;
 }
@@ -29,9 +31,17 @@ const Class NSImage::kClass{"NSImage", nullptr, 0, &makeEmpty<NSImage>};
 
 /// A file that can be decoded.
 struct NSImage::File {
-  std::string path;
+  std::unique_ptr<detail::OpenFile> file;
   detail::ImageHeader header;
 };
+
+/// The file that could not be read, as it was then.
+struct NSImage::Refusal {
+  detail::OpenFile::Stamp stamp;
+};
+
+NSImage::NSImage() = default;
+NSImage::~NSImage() = default;
 
 bool NSImage::isSupported() { return detail::ImageBackend::isBuiltIn(); }
 
@@ -65,47 +75,63 @@ std::nullopt_t NSImage::fail(std::string_view reason) const {
   return std::nullopt;
 }
 
+/// The file is not tried again as long as it stays what it is.
+std::nullopt_t NSImage::refuse(const detail::OpenFile& file, std::string_view reason) const {
+  _fileSize.reset();
+  _refusal = std::make_unique<Refusal>(Refusal{file.stamp()});
+  return fail(reason);
+}
+
 std::optional<NSImage::File> NSImage::openFile() const {
-  if (_path.empty() || !_failure.empty()) {
+  if (_path.empty()) {
     return std::nullopt;
   }
   const ReadingRules::Scope scope(_rules.get());
-  File result{_path, {}};
-  std::unique_ptr<detail::OpenFile> file = detail::OpenFile::atPath(_path);
-  if (!file) {
-    result.path = FileManager::locate(_path).value_or("");
-    file = detail::OpenFile::atPath(result.path);
+  FileFailure failure;
+  File result{detail::OpenFile::atPath(_path, &failure), {}};
+  if (!result.file) {
+    return fail("cannot be opened: " + failure.reason);
   }
-  if (!file) {
-    return fail("cannot be opened");
+  if (_refusal && _refusal->stamp == result.file->stamp()) {
+    return std::nullopt;
   }
-  const std::optional<detail::ImageHeader> header = detail::imageHeaderOf(*file);
+  const std::optional<detail::ImageHeader> header = detail::imageHeaderOf(*result.file);
   if (!header) {
-    return fail("is no image that can be read");
+    return refuse(*result.file, "is no image that can be read");
   }
   result.header = *header;
-  if (header->format == detail::ImageFormat::heif) {
-    const detail::ImageBackend* backend = detail::ImageBackend::shared();
-    std::string reason;
-    if (backend == nullptr || !backend->readSize(result.path, result.header, reason)) {
-      return fail(format("cannot be decoded: %@", reason));
-    }
-  }
-  if (detail::isTooLarge(result.header)) {
-    fail(
-        format("is too large an image: %u x %u pixels", result.header.width, result.header.height));
+  const Limits& limits = Limits::current();
+  if (header->heldBytes > limits.decoderBytes) {
+    refuse(*result.file, format("is too large a file for an image that is decoded in memory: "
+                                "%@ bytes",
+                                std::to_string(header->heldBytes)));
     log("%@", _failure);
     return std::nullopt;
   }
+  if (header->format == detail::ImageFormat::heif) {
+    const detail::ImageBackend* backend = detail::ImageBackend::shared();
+    detail::ImageBytes bytes(*result.file, header->format, limits.decodingTime);
+    std::string reason;
+    if (backend == nullptr || !backend->readSize({bytes, *header, limits}, result.header.width,
+                                                 result.header.height, reason)) {
+      return refuse(*result.file, format("cannot be decoded: %@", reason));
+    }
+  }
+  if (detail::isTooLarge(result.header, limits)) {
+    refuse(*result.file, format("is too large an image: %u x %u pixels", result.header.width,
+                                result.header.height));
+    log("%@", _failure);
+    return std::nullopt;
+  }
+  _refusal.reset();
+  _failure.clear();
   _fileSize =
       NSSize{static_cast<float>(result.header.width), static_cast<float>(result.header.height)};
   return result;
 }
 
 /// Once opened, a file is taken to stay what it is.
-bool NSImage::hasReadableFile() const {
-  return _failure.empty() && (_fileSize.has_value() || openFile().has_value());
-}
+bool NSImage::hasReadableFile() const { return _fileSize.has_value() || openFile().has_value(); }
 
 NSSize NSImage::size() const {
   if (_size) {
@@ -124,10 +150,12 @@ Ref<NSBitmapImageRep> NSImage::decodeFile(Decode&& decode) const {
   if (backend == nullptr) {
     return {};
   }
+  const Limits& limits = Limits::current();
+  detail::ImageBytes bytes(*file->file, file->header.format, limits.decodingTime);
   std::string reason;
-  detail::Pixels pixels = decode(*backend, *file, reason);
+  detail::Pixels pixels = decode(*backend, {bytes, file->header, limits}, reason);
   if (!pixels.bytes) {
-    fail(format("cannot be decoded: %@", reason));
+    refuse(*file->file, format("cannot be decoded: %@", reason));
     return {};
   }
   return make<NSBitmapImageRep>(std::move(pixels));
@@ -146,9 +174,8 @@ Ref<NSBitmapImageRep> NSImage::bitmap() const {
     log("'%@' is too large an image to be taken whole: %u x %u pixels", _path, wide, high);
     return {};
   }
-  return decodeFile([](const detail::ImageBackend& backend, const File& file, std::string& reason) {
-    return backend.decode(file.path, file.header, reason);
-  });
+  return decodeFile([](const detail::ImageBackend& backend, const detail::EncodedPicture& picture,
+                       std::string& reason) { return backend.decode(picture, reason); });
 }
 
 Ref<NSBitmapImageRep> NSImage::bitmapOfPixels(std::uint32_t wide, std::uint32_t high) const {
@@ -159,9 +186,8 @@ Ref<NSBitmapImageRep> NSImage::bitmapOfPixels(std::uint32_t wide, std::uint32_t 
     return {};
   }
   return decodeFile(
-      [=](const detail::ImageBackend& backend, const File& file, std::string& reason) {
-        return backend.decodeScaled(file.path, file.header, wide, high, reason);
-      });
+      [=](const detail::ImageBackend& backend, const detail::EncodedPicture& picture,
+          std::string& reason) { return backend.decodeScaled(picture, wide, high, reason); });
 }
 
 Ref<NSImage> NSImage::scaledCopy(NSSize size) const {
@@ -178,8 +204,9 @@ std::optional<Data> NSImage::pngData() const {
 }
 
 bool NSImage::canHoldPixels(std::uint64_t wide, std::uint64_t high) {
-  return wide != 0 && high != 0 && wide <= kLongestSide && high <= kLongestSide &&
-         wide * high <= kMostPixels;
+  const Limits& limits = Limits::current();
+  return wide != 0 && high != 0 && wide <= limits.imageSide && high <= limits.imageSide &&
+         wide * high <= limits.bitmapPixels;
 }
 
 std::string NSImage::description() const {

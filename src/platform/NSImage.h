@@ -16,10 +16,14 @@
 
 namespace mrziphoto {
 
+namespace detail {
+class OpenFile;
+}
+
 /// A picture: a file, which is opened only when its size or validity is asked for and decoded only
 /// when its pixels are, or bitmaps that were given to it. JPEG, PNG, TIFF, GIF, WebP and, where
 /// libvips has it, HEIF are read, whatever a file's name says; of files with several pictures the
-/// first.
+/// first. How large a picture may be, and how long decoding it may take, `Limits` tells.
 ///
 /// Nothing of what was decoded is kept, so that images may be kept by the hundred thousand; whoever
 /// needs the pixels again keeps the bitmap. Pixels are answered as they are stored: neither turned
@@ -32,16 +36,8 @@ class MRZIPHOTO_EXPORT NSImage : public Object {
  public:
   static const Class kClass;
 
-  /// Bounds on what is read, against files that promise more than memory holds: the longest side,
-  /// of which decoders that work by lines keep hundreds at a time, the pixels of a picture, the
-  /// bytes of one that has to be decoded as a whole, and the pixels of a bitmap.
-  static constexpr std::uint32_t kLongestSide = 1U << 16;
-  static constexpr std::uint64_t kMostPixelsRead = 1U << 28;
-  static constexpr std::uint64_t kMostBytesHeld = 1U << 29;
-  static constexpr std::uint64_t kMostPixels = 1U << 27;
-
-  NSImage() = default;
-  ~NSImage() override = default;
+  NSImage();
+  ~NSImage() override;
 
   /// False when the library was built without images. There are no plain images then.
   [[nodiscard]] static bool isSupported();
@@ -61,14 +57,15 @@ class MRZIPHOTO_EXPORT NSImage : public Object {
   /// be read, 0 both ways.
   [[nodiscard]] virtual NSSize size() const;
   /// True when there is something to draw: a bitmap, or a file that can be read as an image. Once
-  /// decoding has failed a file counts as one that cannot.
+  /// decoding has failed a file counts as one that cannot, until it is another or was written to.
   [[nodiscard]] virtual bool isValid() const;
   /// The pixels as they are: the first bitmap that was added, else the file's. Nothing for an
-  /// image that is not valid, and for one of more than `kMostPixels`, which the log tells.
+  /// image that is not valid, and for one of more than `Limits::bitmapPixels`, which the log
+  /// tells.
   [[nodiscard]] virtual Ref<NSBitmapImageRep> bitmap() const;
   /// The image drawn into a transparent bitmap of that many pixels, filling it. Nothing for an
-  /// image that is not valid, for no pixels and for more than `kMostPixels`. A large JPEG drawn
-  /// small costs a fraction of decoding it.
+  /// image that is not valid, for no pixels and for more than `Limits::bitmapPixels`. A large
+  /// JPEG drawn small costs a fraction of decoding it.
   [[nodiscard]] virtual Ref<NSBitmapImageRep> bitmapOfPixels(std::uint32_t wide,
                                                              std::uint32_t high) const;
 
@@ -82,7 +79,8 @@ class MRZIPHOTO_EXPORT NSImage : public Object {
   [[nodiscard]] const std::vector<Ref<NSBitmapImageRep>>& representations() const {
     return _representations;
   }
-  /// Why the file could not be read, as a sentence that names it; empty while nothing failed.
+  /// Why the file could not be read when it was last tried, as a sentence that names it; empty when
+  /// it could, or was not tried.
   [[nodiscard]] const std::string& failure() const { return _failure; }
   /// Kept for hosts; images are not cached together here.
   void setCachedSeparately(bool separately) { _cachedSeparately = separately; }
@@ -97,12 +95,14 @@ class MRZIPHOTO_EXPORT NSImage : public Object {
 
  private:
   struct File;
+  struct Refusal;
 
   [[nodiscard]] std::optional<File> openFile() const;
   [[nodiscard]] bool hasReadableFile() const;
   template <class Decode>
   [[nodiscard]] Ref<NSBitmapImageRep> decodeFile(Decode&& decode) const;
   std::nullopt_t fail(std::string_view reason) const;
+  std::nullopt_t refuse(const detail::OpenFile& file, std::string_view reason) const;
 
   std::string _path;
   std::shared_ptr<const ReadingRules> _rules;
@@ -111,6 +111,7 @@ class MRZIPHOTO_EXPORT NSImage : public Object {
   // What the file's header says, once it was read.
   mutable std::optional<NSSize> _fileSize;
   mutable std::string _failure;
+  mutable std::unique_ptr<Refusal> _refusal;
   bool _cachedSeparately = false;
 };
 

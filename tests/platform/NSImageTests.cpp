@@ -1,15 +1,22 @@
 #include <algorithm>
+#include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <limits>
 #include <map>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include <MRZiPhoto/platform/FileFailure.h>
 #include <MRZiPhoto/platform/FileManager.h>
 #include <MRZiPhoto/platform/Format.h>
+#include <MRZiPhoto/platform/Limits.h>
 #include <MRZiPhoto/platform/NSImage.h>
+#include <MRZiPhoto/platform/detail/ImageBackend.h>
+#include <MRZiPhoto/platform/detail/OpenFile.h>
 
 #include "sample/Picture.h"
 #include "support/CollectedLog.h"
@@ -212,12 +219,173 @@ TEST_F(NSImageTests, DecodesNoMoreThanMayBe) {
            {"a canvas without a picture", webp("VP8X", "\2\0\0\0\xFF\x1F\0\xFF\x1F\0"s), ""}}) {
     const Ref<NSImage> image = imageOf(each.bytes);
     EXPECT_FALSE(image->bitmapOfPixels(5, 4)) << each.what;
-    EXPECT_FALSE(imageOf(each.bytes)->bitmap()) << each.what;
+    EXPECT_FALSE(NSImage::initByReferencingFile(folder / "picture")->bitmap()) << each.what;
     EXPECT_FALSE(image->isValid()) << each.what;
     EXPECT_TRUE(image->failure().starts_with("'" + folder.path() + "/picture' ")) << each.what;
     EXPECT_NE(image->failure().find(each.reason), std::string::npos) << image->failure();
   }
   EXPECT_LT(peakMegabytes() - before, 500);
+}
+
+TEST_F(NSImageTests, GoesByTheLimitsInForce) {
+  const std::string picture = jpeg(40, 30);
+  const std::string name = "'" + folder / "picture" + "' ";
+  struct Case {
+    std::string bytes;
+    Limits limits;
+    std::string failure;
+  };
+  for (const Case& each : std::vector<Case>{
+           {picture, {.imageSide = 40, .imagePixels = 1200, .decoderBytes = 0}, ""},
+           {picture, {.imageSide = 39}, name + "is too large an image: 40 x 30 pixels"},
+           {picture, {.imagePixels = 1199}, name + "is too large an image: 40 x 30 pixels"},
+           {kGif, {.decoderBytes = kGif.size()}, ""},
+           {kGif,
+            {.decoderBytes = kGif.size() - 1},
+            name + "is too large a file for an image that is decoded in memory: 43 bytes"},
+           {tiff(500, 2), {.decoderBytes = 999}, name + "is too large an image: 500 x 2 pixels"},
+           {picture,
+            {.decodingTime = std::chrono::milliseconds(0)},
+            name + "cannot be decoded: it takes longer than 0 milliseconds"}}) {
+    const CollectedLog log;
+    const Ref<NSImage> image = imageOf(each.bytes);
+    const Limits::Scope scope(each.limits);
+    EXPECT_EQ(static_cast<bool>(image->bitmapOfPixels(3, 3)), each.failure.empty());
+    EXPECT_EQ(image->failure(), each.failure);
+  }
+  const CollectedLog log;
+  const Limits::Scope scope({.bitmapPixels = 1199});
+  EXPECT_FALSE(imageOf(picture)->bitmap());
+  EXPECT_FALSE(imageOf(picture)->bitmapOfPixels(40, 30));
+  EXPECT_TRUE(imageOf(picture)->bitmapOfPixels(39, 30));
+}
+
+/// A file that another program empties before the reading of that number, or for none one that
+/// takes too long once all is read.
+class DisturbedBytes final : public detail::ImageBytes {
+ public:
+  static constexpr int kNever = -1;
+  DisturbedBytes(const detail::OpenFile& file, detail::ImageFormat format, std::string path,
+                 int lastReading)
+      : ImageBytes(file, format, std::chrono::hours(1)),
+        _path(std::move(path)),
+        _readingsLeft(lastReading) {}
+
+  std::int64_t read(std::uint64_t offset, char* destination, std::size_t count) override {
+    if (_readingsLeft != kNever && _readingsLeft-- == 0) {
+      std::filesystem::resize_file(_path, 0);
+    }
+    _isReading = true;
+    const std::int64_t got = ImageBytes::read(offset, destination, count);
+    _isReading = false;
+    return got;
+  }
+  bool isLate() override { return _readingsLeft == kNever && !_isReading; }
+  [[nodiscard]] bool isEmptied() const { return std::filesystem::file_size(_path) == 0; }
+
+ private:
+  std::string _path;
+  int _readingsLeft;
+  bool _isReading = false;
+};
+
+TEST_F(NSImageTests, EndsWhenAFileShrinksMeanwhile) {
+  for (const auto& seed :
+       std::filesystem::directory_iterator(MRZIPHOTO_FUZZ_SEEDS "/ImageFuzzer")) {
+    const std::string whole(FileManager::contents(seed.path().string())->bytes());
+    bool isEmptied = true;
+    for (int reading = 0; isEmptied; ++reading) {
+      folder.write("picture", whole);
+      const auto file = detail::OpenFile::atPath(folder / "picture");
+      const std::optional<detail::ImageHeader> header = detail::imageHeaderOf(*file);
+      ASSERT_TRUE(header) << seed;
+      // The first time before anything is read.
+      std::filesystem::resize_file(folder / "picture", reading == 0 ? 0 : whole.size());
+      DisturbedBytes bytes(*file, header->format, folder / "picture", reading);
+      std::string reason;
+      const Limits limits;
+      const detail::Pixels pixels =
+          detail::ImageBackend::shared()->decodeScaled({bytes, *header, limits}, 3, 3, reason);
+      isEmptied = bytes.isEmptied();
+      EXPECT_TRUE(reading > 0 || !bytes.failure().empty()) << seed;
+      EXPECT_TRUE(bytes.failure().empty() || !pixels.bytes) << seed << reading;
+      EXPECT_TRUE(bytes.failure().empty() ||
+                  reason.ends_with("the file has become shorter, or cannot be read to its end"))
+          << seed << reading << reason;
+    }
+  }
+}
+
+TEST_F(NSImageTests, EndsDecodingThatTakesTooLong) {
+  folder.write("picture", jpeg(1000, 1000));
+  const auto file = detail::OpenFile::atPath(folder / "picture");
+  const std::optional<detail::ImageHeader> header = detail::imageHeaderOf(*file);
+  DisturbedBytes bytes(*file, header->format, folder / "picture", DisturbedBytes::kNever);
+  std::string reason;
+  const Limits limits;
+  EXPECT_FALSE(detail::ImageBackend::shared()->decode({bytes, *header, limits}, reason).bytes);
+  EXPECT_NE(reason, "");
+}
+
+TEST_F(NSImageTests, HandsDecodersOnlyTheChunksOfAPngThatMatter) {
+  const auto chunk = [](const std::string& name, const std::string& contents) {
+    return bigEndian(static_cast<std::uint32_t>(contents.size()), 4) + name + contents + "****";
+  };
+  const std::string needed = pngHeader(1, 1) + chunk("PLTE", "colours") + chunk("tRNS", "7");
+  const std::string pixels = chunk("IDAT", "one") + chunk("IDAT", "two") + chunk("IEND", "");
+  const std::string text = chunk("zTXt", "a text") + chunk("iCCP", "");
+  std::string many = pngHeader(1, 1);
+  for (int i = 0; i < 2000; ++i) {
+    many += chunk("tEXt", "") + chunk("IDAT", "");
+  }
+  struct Case {
+    std::string bytes;
+    std::string seen;
+    std::string failure;
+  };
+  for (const Case& each : std::vector<Case>{{needed + pixels, needed + pixels, ""},
+                                            {needed + text + pixels + text, needed + pixels, ""},
+                                            {needed + text + chunk("IDAT", "cut").substr(0, 9),
+                                             needed + chunk("IDAT", "cut").substr(0, 9), ""},
+                                            {needed + "\xFF\xFF\xFF\xFFzTXt" + pixels, needed, ""},
+                                            {needed.substr(0, 5), needed.substr(0, 5), ""},
+                                            {many, "", "it has too many chunks"}}) {
+    folder.write("picture", each.bytes);
+    const auto file = detail::OpenFile::atPath(folder / "picture");
+    detail::ImageBytes bytes(*file, detail::ImageFormat::png, std::chrono::hours(1));
+    EXPECT_EQ(bytes.failure(), each.failure);
+    std::string seen(each.bytes.size(), '\0');
+    const std::int64_t got = bytes.read(0, seen.data(), seen.size());
+    EXPECT_EQ(got, each.failure.empty() ? static_cast<std::int64_t>(each.seen.size()) : -1);
+    seen.resize(each.seen.size());
+    EXPECT_EQ(seen, each.failure.empty() ? each.seen : "");
+    for (std::size_t i = 0; i <= each.seen.size() && each.failure.empty(); ++i) {
+      char one = '\0';
+      EXPECT_EQ(bytes.read(i, &one, 1), i == each.seen.size() ? 0 : 1) << i;
+      EXPECT_EQ(one, i == each.seen.size() ? '\0' : each.seen[i]) << i;
+    }
+  }
+}
+
+TEST_F(NSImageTests, TriesAgainWhenTheFileHasChanged) {
+  const auto image = NSImage::initByReferencingFile(folder / "picture");
+  EXPECT_FALSE(image->isValid());
+  EXPECT_EQ(image->failure(), "'" + folder / "picture" + "' cannot be opened: " +
+                                  FileFailure::ofSystem("", ENOENT).reason);
+  folder.write("picture", jpeg(4, 3).substr(0, 20));
+  EXPECT_EQ(image->size(), NSSize{});
+  EXPECT_EQ(image->failure(), "'" + folder / "picture" + "' is no image that can be read");
+  folder.write("picture", jpeg(4, 3));
+  EXPECT_EQ(image->size(), (NSSize{4, 3}));
+  EXPECT_EQ(image->failure(), "");
+  EXPECT_TRUE(image->bitmap());
+
+  // A pipe in its place is not waited for.
+  std::filesystem::remove(folder / "picture");
+  ASSERT_EQ(mkfifo((folder / "picture").c_str(), 0600), 0);
+  EXPECT_FALSE(image->bitmap());
+  EXPECT_EQ(image->failure(),
+            "'" + folder / "picture" + "' cannot be opened: it is no regular file");
 }
 
 TEST_F(NSImageTests, OpensNothingUntilItIsAsked) {

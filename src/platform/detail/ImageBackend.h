@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "../Limits.h"
+#include "ImageBytes.h"
 #include "ImageHeader.h"
 
 namespace mrziphoto::detail {
@@ -33,6 +35,13 @@ struct EncodedImage {
   Buffer bytes{nullptr, nullptr};
 };
 
+/// A picture to be decoded, and how much of it may be.
+struct EncodedPicture {
+  ImageBytes& bytes;
+  const ImageHeader& header;
+  const Limits& limits;
+};
+
 /// What decodes pictures. Nothing here throws: where there is no answer, `bytes` is empty and
 /// `failure` says why.
 ///
@@ -49,16 +58,15 @@ class ImageBackend {
   /// False when pictures were left out of the build.
   static bool isBuiltIn();
 
-  /// Completes a header that tells no size. False when the file is damaged.
-  virtual bool readSize(const std::string& path, ImageHeader& header,
+  /// The size of a picture whose header tells none, in `width` and `height`. False when the file is
+  /// damaged.
+  virtual bool readSize(const EncodedPicture& picture, std::uint32_t& width, std::uint32_t& height,
                         std::string& failure) const = 0;
   /// The picture as it is stored.
-  virtual Pixels decode(const std::string& path, const ImageHeader& header,
-                        std::string& failure) const = 0;
+  virtual Pixels decode(const EncodedPicture& picture, std::string& failure) const = 0;
   /// The picture drawn into that size; no more of the file is decoded than that takes.
-  virtual Pixels decodeScaled(const std::string& path, const ImageHeader& header,
-                              std::uint32_t width, std::uint32_t height,
-                              std::string& failure) const = 0;
+  virtual Pixels decodeScaled(const EncodedPicture& picture, std::uint32_t width,
+                              std::uint32_t height, std::string& failure) const = 0;
   /// Another picture drawn into that size.
   virtual Pixels scale(const PixelView& source, std::uint32_t width, std::uint32_t height,
                        std::string& failure) const = 0;

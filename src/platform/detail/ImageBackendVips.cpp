@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 #include <vips/vips.h>
+// This one goes by what stands above.
+#include <vips/vector.h>
 
 #include "../Export.h"
 #include "ImageBackend.h"
@@ -11,18 +13,20 @@
 namespace mrziphoto::detail {
 namespace {
 
-using LoadFunction = int (*)(const char* path, VipsImage** out, ...);
+using LoadFunction = int (*)(VipsSource* source, VipsImage** out, ...);
 
-/// How a format is opened. Files are opened as what their first bytes say, and the path is taken to
-/// the letter: libvips itself would look for options in it.
+/// How a format is opened. Files are opened as what their first bytes say.
 struct Loader {
   ImageFormat format;
   LoadFunction load;
 };
 constexpr std::array kLoaders{
-    Loader{ImageFormat::jpeg, vips_jpegload}, Loader{ImageFormat::png, vips_pngload},
-    Loader{ImageFormat::gif, vips_gifload},   Loader{ImageFormat::tiff, vips_tiffload},
-    Loader{ImageFormat::webp, vips_webpload}, Loader{ImageFormat::heif, vips_heifload},
+    Loader{ImageFormat::jpeg, vips_jpegload_source},
+    Loader{ImageFormat::png, vips_pngload_source},
+    Loader{ImageFormat::gif, vips_gifload_source},
+    Loader{ImageFormat::tiff, vips_tiffload_source},
+    Loader{ImageFormat::webp, vips_webpload_source},
+    Loader{ImageFormat::heif, vips_heifload_source},
 };
 
 /// An image of libvips, owned.
@@ -69,46 +73,85 @@ LoadFunction loaderOf(ImageFormat format) {
   return row->load;
 }
 
-/// The picture, unless it turns out larger than its header said and than may be: frames may reach
-/// beyond the picture that they belong to, and fields of a header may be there twice.
-Image bounded(VipsImage* opened, ImageHeader header) {
-  Image image(opened);
-  if (image) {
-    header.width = static_cast<std::uint32_t>(vips_image_get_width(opened));
-    header.height = static_cast<std::uint32_t>(vips_image_get_height(opened));
-    if (header.heldBytesPerPixel != 0) {
-      header.heldBytesPerPixel = std::max(
-          header.heldBytesPerPixel, static_cast<std::uint32_t>(VIPS_IMAGE_SIZEOF_PEL(opened)));
-    }
-    if (isTooLarge(header)) {
-      vips_error("mrziphoto", "too large an image: %u x %u pixels", header.width, header.height);
+/// What libvips reads a picture from. It must outlive the images that read from it.
+class Source {
+ public:
+  explicit Source(const EncodedPicture& picture)
+      : _picture(picture), _source(vips_source_custom_new()) {
+    g_signal_connect(_source, "read", G_CALLBACK(read), this);
+    g_signal_connect(_source, "seek", G_CALLBACK(seek), this);
+  }
+  Source(const Source&) = delete;
+  Source& operator=(const Source&) = delete;
+  ~Source() { g_object_unref(_source); }
+
+  [[nodiscard]] const EncodedPicture& picture() const { return _picture; }
+  /// The picture, unless it turns out larger than its header said and than may be: frames may reach
+  /// beyond the picture that they belong to, and fields of a header may be there twice.
+  template <class... Options>
+  [[nodiscard]] Image open(Options... options) const {
+    if (const std::string& failure = _picture.bytes.failure(); !failure.empty()) {
+      vips_error("mrziphoto", "%s", failure.c_str());
       return Image(nullptr);
     }
+    VipsImage* out = nullptr;
+    loaderOf(_picture.header.format)(VIPS_SOURCE(_source), &out, "access", VIPS_ACCESS_SEQUENTIAL,
+                                     options..., nullptr);
+    Image image(out);
+    if (image) {
+      ImageHeader header = _picture.header;
+      header.width = static_cast<std::uint32_t>(vips_image_get_width(out));
+      header.height = static_cast<std::uint32_t>(vips_image_get_height(out));
+      if (header.heldBytesPerPixel != 0) {
+        header.heldBytesPerPixel = std::max(header.heldBytesPerPixel,
+                                            static_cast<std::uint32_t>(VIPS_IMAGE_SIZEOF_PEL(out)));
+      }
+      if (isTooLarge(header, _picture.limits)) {
+        vips_error("mrziphoto", "too large an image: %u x %u pixels", header.width, header.height);
+        return Image(nullptr);
+      }
+    }
+    return image;
   }
-  return image;
-}
 
-Image open(const std::string& path, const ImageHeader& header) {
-  VipsImage* out = nullptr;
-  loaderOf(header.format)(path.c_str(), &out, "access", VIPS_ACCESS_SEQUENTIAL, nullptr);
-  return bounded(out, header);
-}
+ private:
+  static gint64 read(VipsSourceCustom* /*source*/, void* destination, gint64 count, Source* self) {
+    const std::int64_t got = self->_picture.bytes.read(
+        self->_position, static_cast<char*>(destination), static_cast<std::size_t>(count));
+    self->_position += static_cast<std::uint64_t>(std::max<std::int64_t>(got, 0));
+    return got;
+  }
+
+  static gint64 seek(VipsSourceCustom* /*source*/, gint64 offset, int whence, Source* self) {
+    const std::uint64_t from = whence == SEEK_SET   ? 0
+                               : whence == SEEK_CUR ? self->_position
+                                                    : self->_picture.bytes.size();
+    gint64 position = 0;
+    if (__builtin_add_overflow(static_cast<gint64>(from), offset, &position) || position < 0) {
+      return -1;
+    }
+    self->_position = static_cast<std::uint64_t>(position);
+    return position;
+  }
+
+  const EncodedPicture& _picture;
+  VipsSourceCustom* _source;
+  std::uint64_t _position = 0;
+};
 
 /// A JPEG decoded at a fraction of its size, which saves nearly all of the work. A factor of two is
 /// left for the drawing, whose filter is finer.
-Image openReduced(const std::string& path, const ImageHeader& header, std::uint32_t width,
-                  std::uint32_t height) {
+Image openReduced(const Source& source, std::uint32_t width, std::uint32_t height) {
+  const ImageHeader& header = source.picture().header;
   if (header.format != ImageFormat::jpeg) {
-    return open(path, header);
+    return source.open();
   }
   int shrink = 1;
   while (shrink < 8 && header.width / (shrink * 4) >= width &&
          header.height / (shrink * 4) >= height) {
     shrink *= 2;
   }
-  VipsImage* out = nullptr;
-  vips_jpegload(path.c_str(), &out, "access", VIPS_ACCESS_SEQUENTIAL, "shrink", shrink, nullptr);
-  return bounded(out, header);
+  return source.open("shrink", shrink);
 }
 
 /// Four bands of 8 bits: red, green, blue and alpha.
@@ -123,8 +166,8 @@ void makeRgba(Image& image) {
   image.become([](VipsImage* in, VipsImage** out) { return vips_cast_uchar(in, out, nullptr); });
 }
 
-Pixels pixelsOf(Image& image, std::string& failure) {
-  makeRgba(image);
+/// The pixels of an image of such bands.
+Pixels pixelsOf(const Image& image, std::string& failure) {
   Pixels result;
   if (image && vips_image_get_bands(image.get()) == 4) {
     std::size_t size = 0;
@@ -135,6 +178,31 @@ Pixels pixelsOf(Image& image, std::string& failure) {
   }
   if (!result.bytes) {
     failure = takeFailure();
+  }
+  return result;
+}
+
+/// The same of a picture that is decoded meanwhile, which ends when it takes too long. Decoders
+/// make up what they cannot read.
+Pixels decodedPixelsOf(Image& image, ImageBytes& bytes, std::string& failure) {
+  makeRgba(image);
+  if (image) {
+    const auto endWhenLate = [](VipsImage* picture, VipsProgress* /*progress*/, ImageBytes* from) {
+      if (from->isLate()) {
+        vips_image_set_kill(picture, TRUE);
+      }
+    };
+    vips_image_set_progress(image.get(), TRUE);
+    g_signal_connect(
+        image.get(), "eval",
+        G_CALLBACK(+static_cast<void (*)(VipsImage*, VipsProgress*, ImageBytes*)>(endWhenLate)),
+        &bytes);
+  }
+  Pixels result = pixelsOf(image, failure);
+  if (!bytes.failure().empty()) {
+    vips_error_clear();
+    failure = bytes.failure();
+    return {};
   }
   return result;
 }
@@ -161,34 +229,38 @@ Image imageOf(const PixelView& source) {
 
 class VipsBackend final : public ImageBackend {
  public:
-  bool readSize(const std::string& path, ImageHeader& header, std::string& failure) const override {
-    const Image image = open(path, header);
+  bool readSize(const EncodedPicture& picture, std::uint32_t& width, std::uint32_t& height,
+                std::string& failure) const override {
+    const Source source(picture);
+    const Image image = source.open();
     if (!image) {
       failure = takeFailure();
       return false;
     }
-    header.width = static_cast<std::uint32_t>(vips_image_get_width(image.get()));
-    header.height = static_cast<std::uint32_t>(vips_image_get_height(image.get()));
+    width = static_cast<std::uint32_t>(vips_image_get_width(image.get()));
+    height = static_cast<std::uint32_t>(vips_image_get_height(image.get()));
     return true;
   }
 
-  Pixels decode(const std::string& path, const ImageHeader& header,
-                std::string& failure) const override {
-    Image image = open(path, header);
-    return pixelsOf(image, failure);
+  Pixels decode(const EncodedPicture& picture, std::string& failure) const override {
+    const Source source(picture);
+    Image image = source.open();
+    return decodedPixelsOf(image, picture.bytes, failure);
   }
 
-  Pixels decodeScaled(const std::string& path, const ImageHeader& header, std::uint32_t width,
-                      std::uint32_t height, std::string& failure) const override {
-    Image image = openReduced(path, header, width, height);
+  Pixels decodeScaled(const EncodedPicture& picture, std::uint32_t width, std::uint32_t height,
+                      std::string& failure) const override {
+    const Source source(picture);
+    Image image = openReduced(source, width, height);
     drawInto(image, width, height);
-    return pixelsOf(image, failure);
+    return decodedPixelsOf(image, picture.bytes, failure);
   }
 
   Pixels scale(const PixelView& source, std::uint32_t width, std::uint32_t height,
                std::string& failure) const override {
     Image image = imageOf(source);
     drawInto(image, width, height);
+    makeRgba(image);
     return pixelsOf(image, failure);
   }
 
@@ -219,6 +291,9 @@ bool start() {
   vips_cache_set_max_files(0);
   // A picture is decoded in one line of work; more threads would only wait for it.
   vips_concurrency_set(1);
+  // Its helper for vector instructions keeps code in files, which it makes in the user's home
+  // folder or in that for temporary files; either may lie in a library.
+  vips_vector_set_enabled(FALSE);
   // libvips writes to standard error what it also collects for us.
   g_log_set_handler(
       "VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_INFO),

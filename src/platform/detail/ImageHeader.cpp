@@ -38,6 +38,7 @@ class FileNumbers {
     return bytesAt(offset, text.size()) == text;
   }
   [[nodiscard]] bool isWhole() const { return _isWhole; }
+  [[nodiscard]] std::uint64_t fileSize() const { return _file.size(); }
 
  private:
   static constexpr std::size_t kWindowSize = 4096;
@@ -130,6 +131,7 @@ bool readGifSize(FileNumbers& file, ImageHeader& header) {
   header.width = file.little(6, 2);
   header.height = file.little(8, 2);
   header.heldBytesPerPixel = kBytesOfGif;
+  header.heldBytes = file.fileSize();
   return true;
 }
 
@@ -181,6 +183,7 @@ constexpr std::uint32_t kWebp14Bits = 0x3FFF;
 
 bool readWebpSize(FileNumbers& file, ImageHeader& header) {
   header.heldBytesPerPixel = kBytesOfRgba;
+  header.heldBytes = file.fileSize();
   if (file.hasText(12, "VP8X")) {
     header.width = file.little(24, 3) + 1;
     header.height = file.little(27, 3) + 1;
@@ -198,7 +201,8 @@ bool readWebpSize(FileNumbers& file, ImageHeader& header) {
 }
 
 /// The size stands in boxes anywhere in the file, and turns are part of it.
-bool leaveSizeToDecoder(FileNumbers& /*file*/, ImageHeader& header) {
+bool leaveSizeToDecoder(FileNumbers& file, ImageHeader& header) {
+  header.heldBytes = file.fileSize();
   header.heldBytesPerPixel = 2 * kBytesOfRgba;  // samples may have 10 or 12 bits
   return true;
 }

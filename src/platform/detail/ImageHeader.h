@@ -2,9 +2,8 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 
-#include "../NSImage.h"
+#include "../Limits.h"
 
 namespace mrziphoto::detail {
 
@@ -23,14 +22,16 @@ struct ImageHeader {
   /// What the decoder keeps of each pixel while it works; 0 when it goes through the picture by
   /// lines.
   std::uint32_t heldBytesPerPixel = 0;
+  /// What it keeps besides, however few the pixels: the file, of formats that are decoded in
+  /// memory.
+  std::uint64_t heldBytes = 0;
 };
 
-/// True for a picture that takes more to decode than `NSImage` allows.
-[[nodiscard]] constexpr bool isTooLarge(const ImageHeader& header) {
+/// True for a picture of more pixels, or of more bytes for all its pixels, than may be decoded.
+[[nodiscard]] constexpr bool isTooLarge(const ImageHeader& header, const Limits& limits) {
   const std::uint64_t pixels = std::uint64_t{header.width} * header.height;
-  return header.width > NSImage::kLongestSide || header.height > NSImage::kLongestSide ||
-         pixels > NSImage::kMostPixelsRead ||
-         pixels * header.heldBytesPerPixel > NSImage::kMostBytesHeld;
+  return header.width > limits.imageSide || header.height > limits.imageSide ||
+         pixels > limits.imagePixels || pixels * header.heldBytesPerPixel > limits.decoderBytes;
 }
 
 /// The header of an image file. Nothing for other files, and for those that end, or make no sense,

@@ -201,4 +201,22 @@ std::optional<Data> OpenFile::contents(FileFailure* failure) const {
   }
 }
 
+std::size_t OpenFile::readInto(std::span<char> room, std::uint64_t offset) const {
+  return readFully(_descriptor, room.data(), room.size(), offset).count;
+}
+
+OpenFile::Stamp OpenFile::stamp() const {
+  Status status{};
+  fstat(_descriptor, &status);
+  return {static_cast<std::int64_t>(status.st_dev), static_cast<std::int64_t>(status.st_ino),
+          status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+void OpenFile::measure() {
+  Status status{};
+  if (fstat(_descriptor, &status) == 0) {
+    _size = static_cast<std::uint64_t>(status.st_size);
+  }
+}
+
 }  // namespace mrziphoto::detail

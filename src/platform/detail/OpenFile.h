@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "../Data.h"
@@ -31,6 +33,14 @@ class OpenFile {
   /// holes, only what is written in it takes memory. Nothing when there are more bytes than
   /// `Limits::fileSize`, or reading fails.
   [[nodiscard]] std::optional<Data> contents(FileFailure* failure = nullptr) const;
+  /// Reads as many bytes from there as there are, up to the size of `room`; answers how many.
+  [[nodiscard]] std::size_t readInto(std::span<char> room, std::uint64_t offset) const;
+
+  /// Numbers that differ when two files differ, or when one was written to in between.
+  using Stamp = std::array<std::int64_t, 5>;
+  [[nodiscard]] Stamp stamp() const;
+  /// Takes the size that the file has now.
+  void measure();
 
  private:
   OpenFile(std::string path, int descriptor, std::uint64_t size)
