@@ -1,11 +1,12 @@
 #include "TVQiPhotoFramework.h"
 
 #include <cstdlib>
-#include <dlfcn.h>
 #include <string>
+#include <string_view>
 
 #include "../platform/FileManager.h"
 #include "../platform/Path.h"
+#include "../platform/detail/OwnFile.h"
 
 namespace mrziphoto {
 namespace {
@@ -17,17 +18,14 @@ constexpr int kFoldersAbove = 2;
 /// The folder of the string tables; empty where there is none, and texts are then their own keys.
 std::string resourceFolder() {
   if (const char* named = std::getenv("MRZIPHOTO_RESOURCES"); named != nullptr && *named != '\0') {
-    return named;
+    return detail::fromOwnStart(named);
   }
-  Dl_info library{};
-  if (dladdr(reinterpret_cast<const void*>(&resourceFolder), &library) != 0) {
-    std::string place = path::withoutLastComponent(path::resolvingSymlinks(library.dli_fname));
-    for (int above = 0; above < kFoldersAbove; ++above) {
-      place = path::withoutLastComponent(place);
-      std::string folder = path::join(place, kInstalled);
-      if (FileManager::isFolder(folder)) {
-        return folder;
-      }
+  std::string place = path::withoutLastComponent(detail::ownFile());
+  for (int above = 0; above < kFoldersAbove; ++above) {
+    place = path::withoutLastComponent(place);
+    std::string folder = path::join(place, kInstalled);
+    if (FileManager::isFolder(folder)) {
+      return folder;
     }
   }
   return {};

@@ -1,7 +1,13 @@
+#include <cstdlib>
+#include <dlfcn.h>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
+#include <sys/wait.h>
 #include <tuple>
+#include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -10,6 +16,7 @@
 #include <MRZiPhoto/platform/FileManager.h>
 #include <MRZiPhoto/platform/UserDefaults.h>
 #include <MRZiPhoto/platform/Workspace.h>
+#include <MRZiPhoto/platform/detail/OwnFile.h>
 #include <MRZiPhoto/platform/detail/StringTable.h>
 #include <MRZiPhoto/resources/TVQiPhotoFramework.h>
 
@@ -115,6 +122,34 @@ TEST(TVQiPhotoFramework, EveryLanguageHasTheSameTexts) {
     ++tables;
   }
   EXPECT_EQ(tables, 5);
+}
+
+// Loaded by a path that is relative to a folder which the host then leaves.
+TEST(TVQiPhotoFramework, FindsItsResourcesFromWhereItWasLoaded) {
+  namespace fs = std::filesystem;
+  const fs::path library = fs::canonical(MRZIPHOTO_LIBRARY);
+  const fs::path resources =
+      library.parent_path().parent_path() / "share" / "MRZiPhoto" / "resources";
+  for (const auto& [named, expected] : {std::pair<const char*, fs::path>{nullptr, resources},
+                                        {"own", library.parent_path() / "own"}}) {
+    const EnvironmentVariable variable("MRZIPHOTO_RESOURCES",
+                                       named ? std::optional<std::string>(named) : std::nullopt);
+    const pid_t process = fork();
+    if (process == 0) {
+      fs::current_path(library.parent_path());
+      void* const loaded = dlopen(("./" + library.filename().string()).c_str(), RTLD_NOW);
+      fs::current_path("/");
+      void* const bundle =
+          loaded ? dlsym(loaded, "_ZN9mrziphoto18TVQiPhotoFramework6bundleEv") : nullptr;
+      const bool isFound =
+          bundle != nullptr && reinterpret_cast<Ref<Bundle> (*)()>(bundle)()->path() == expected;
+      std::_Exit(isFound ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(process, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << expected;
+  }
+  EXPECT_EQ(detail::ownFile(), fs::canonical("/proc/self/exe"));
 }
 
 TEST(UserDefaults, HostStandsBeforeTheEnvironment) {

@@ -4,6 +4,7 @@
 
 #include "../Log.h"
 #include "../Path.h"
+#include "OwnFile.h"
 
 namespace mrziphoto::detail {
 
@@ -12,14 +13,7 @@ namespace {
 
 /// The module beside the library, or program, that this code is part of.
 std::string modulePath() {
-  Dl_info self{};
-  if (dladdr(reinterpret_cast<const void*>(&ImageBackend::shared), &self) == 0 ||
-      self.dli_fname == nullptr) {
-    return MRZIPHOTO_IMAGE_MODULE;
-  }
-  const std::string folder = path::withoutLastComponent(path::resolvingSymlinks(self.dli_fname));
-  // A name without a folder would be looked for among the system's libraries.
-  return path::join(folder.empty() ? "." : folder, MRZIPHOTO_IMAGE_MODULE);
+  return path::join(path::withoutLastComponent(ownFile()), MRZIPHOTO_IMAGE_MODULE);
 }
 
 const ImageBackend* load() {

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace mrziphoto::detail {
+
+/// The file that this code was loaded from, a shared library or the program, links resolved; empty
+/// when nobody can tell. Found when it is loaded: the path by which it was may be relative to a
+/// folder that the program leaves afterwards.
+[[nodiscard]] const std::string& ownFile();
+/// A path made absolute, a relative one from the folder that the program was in at that time.
+[[nodiscard]] std::string fromOwnStart(const std::string& path);
+
+}  // namespace mrziphoto::detail
