@@ -39,7 +39,6 @@ Ref<iPhotoSegmentCache> iPhotoSegmentCache::initWithContentsOfFile(const std::st
   }
   Ref<iPhotoSegmentCache> result = make<iPhotoSegmentCache>();
   result->_file = std::move(file);
-  result->_data = result->_file->read(0, kHeaderSize);
   return result->hasSignature() ? result : nullptr;
 }
 
@@ -49,7 +48,24 @@ Ref<iPhotoSegmentCache> iPhotoSegmentCache::initWithData(const Data& data) {
   return result->hasSignature() ? result : nullptr;
 }
 
-bool iPhotoSegmentCache::hasSignature() const { return _data.bytes().starts_with(kSignature); }
+bool iPhotoSegmentCache::hasSignature() const { return header().bytes().starts_with(kSignature); }
+
+/// At least the header, as it is now; nothing when it has become that of another file.
+const Data& iPhotoSegmentCache::header() const {
+  if (_file) {
+    const detail::OpenFile::Stamp stamp = _file->stamp();
+    if (stamp != _stamp) {
+      _stamp = stamp;
+      _file->measure();
+      _data = _file->read(0, kHeaderSize);
+      if (!_data.bytes().starts_with(kSignature)) {
+        _data = {};
+      }
+      _lookup.reset();
+    }
+  }
+  return _data;
+}
 
 std::uint32_t iPhotoSegmentCache::numberOfItems() const {
   return headerNumberAt(kNumberOfItemsOffset);
@@ -58,7 +74,7 @@ std::uint32_t iPhotoSegmentCache::numberOfItems() const {
 std::uint32_t iPhotoSegmentCache::itemSize() const { return headerNumberAt(kItemSizeOffset); }
 
 std::uint32_t iPhotoSegmentCache::headerNumberAt(std::size_t offset) const {
-  const Data bytes = _data.slice(offset, sizeof(std::uint32_t));
+  const Data bytes = header().slice(offset, sizeof(std::uint32_t));
   return bytes.size() < sizeof(std::uint32_t)
              ? 0
              : static_cast<std::uint32_t>(littleEndian(bytes).readInt());
@@ -106,12 +122,34 @@ iPhotoSegmentCache::Lookup iPhotoSegmentCache::readLookup() const {
   return result;
 }
 
-std::uint32_t iPhotoSegmentCache::itemIndexForKey(std::uint32_t key) const {
+std::uint32_t iPhotoSegmentCache::findItem(std::uint32_t key) const {
+  (void)header();
   if (!_lookup) {
     _lookup = readLookup();
   }
   const auto found = std::ranges::lower_bound(*_lookup, Lookup::value_type(key, 0));
   return found != _lookup->end() && found->first == key ? found->second : kNotFound;
+}
+
+/// What the index says now: not every program that writes to a file changes its time at once.
+bool iPhotoSegmentCache::isItemOf(std::uint32_t index, std::uint32_t key) const {
+  TVQStreamData entry =
+      littleEndian(bytesAt(indexOffset() + index * kIndexEntrySize, kIndexEntrySize));
+  if (entry.remaining() < kIndexEntrySize) {
+    return false;
+  }
+  const bool isInUse = entry.readInt() != 0;
+  (void)entry.readInt();
+  return isInUse && static_cast<std::uint32_t>(entry.readInt()) == key;
+}
+
+std::uint32_t iPhotoSegmentCache::itemIndexForKey(std::uint32_t key) const {
+  std::uint32_t index = findItem(key);
+  if (_file && index != kNotFound && !isItemOf(index, key)) {
+    _lookup.reset();
+    index = findItem(key);
+  }
+  return index;
 }
 
 std::optional<Data> iPhotoSegmentCache::itemBytesAtIndex(std::uint32_t index) const {
@@ -136,7 +174,9 @@ std::optional<Data> iPhotoSegmentCache::itemBytesAtIndex(std::uint32_t index,
 std::optional<Data> iPhotoSegmentCache::itemBytesForKey(std::uint32_t key,
                                                         std::uint32_t count) const {
   const std::uint32_t index = itemIndexForKey(key);
-  return index == kNotFound ? std::nullopt : itemBytesAtIndex(index, count);
+  std::optional<Data> bytes = index == kNotFound ? std::nullopt : itemBytesAtIndex(index, count);
+  // Read behind the item, the entry tells whether the item was another's by then.
+  return bytes && isItemOf(index, key) ? bytes : std::nullopt;
 }
 
 }  // namespace mrziphoto

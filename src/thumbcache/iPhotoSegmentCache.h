@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -24,8 +25,8 @@ class OpenFile;
 ///
 /// Such a file takes some 16 KB for each photo of the library, of which most hosts ask few: of a
 /// file that was opened by its path, the header and the keys are held in memory, and items are read
-/// when they are asked for. The file stays open as long as the cache exists and is not expected to
-/// change meanwhile.
+/// when they are asked for. The file stays open as long as the cache exists. When another program
+/// writes to it meanwhile, answers are those of the file as it is when they are asked for.
 class MRZIPHOTO_EXPORT iPhotoSegmentCache final : public Object {
  public:
   static const Class kClass;
@@ -69,6 +70,9 @@ class MRZIPHOTO_EXPORT iPhotoSegmentCache final : public Object {
   using Lookup = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
 
   [[nodiscard]] bool hasSignature() const;
+  [[nodiscard]] const Data& header() const;
+  [[nodiscard]] std::uint32_t findItem(std::uint32_t key) const;
+  [[nodiscard]] bool isItemOf(std::uint32_t index, std::uint32_t key) const;
   [[nodiscard]] std::uint32_t headerNumberAt(std::size_t offset) const;
   [[nodiscard]] std::uint64_t fileSize() const;
   [[nodiscard]] Data bytesAt(std::uint64_t offset, std::uint64_t count) const;
@@ -76,9 +80,10 @@ class MRZIPHOTO_EXPORT iPhotoSegmentCache final : public Object {
   [[nodiscard]] std::uint64_t indexEntriesInFile() const;
   [[nodiscard]] Lookup readLookup() const;
 
-  // The whole file; of a file that stays open, its header.
-  Data _data;
+  // The whole file; of a file that stays open, its header as it was when the file had that stamp.
+  mutable Data _data;
   std::unique_ptr<detail::OpenFile> _file;
+  mutable std::array<std::int64_t, 5> _stamp{};
   mutable std::optional<Lookup> _lookup;
 };
 

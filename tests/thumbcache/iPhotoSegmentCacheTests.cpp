@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <random>
 #include <string>
@@ -11,6 +13,7 @@
 #include <MRZiPhoto/thumbcache/iPhotoSegmentCache.h>
 
 #include "sample/Bytes.h"
+#include "support/TemporaryFolder.h"
 
 namespace mrziphoto {
 namespace {
@@ -151,6 +154,42 @@ TEST(iPhotoSegmentCache, ReadsFilesAsItReadsBytes) {
   EXPECT_FALSE(iPhotoSegmentCache::initWithContentsOfFile(path));
   EXPECT_FALSE(iPhotoSegmentCache::initWithContentsOfFile(folder));
   EXPECT_FALSE(iPhotoSegmentCache::initWithContentsOfFile("/dev/null"));
+}
+
+TEST(iPhotoSegmentCache, AnswersAFileAsItIsNow) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "segments";
+  const auto write = [&](const std::vector<Item>& items, std::chrono::seconds later) {
+    const bool isNew = !std::filesystem::exists(path);
+    const auto time =
+        isNew ? std::filesystem::file_time_type() : std::filesystem::last_write_time(path);
+    folder.write("segments", fileOf(items, 16));
+    std::filesystem::last_write_time(path, time + later);
+  };
+  constexpr std::chrono::seconds kNoTime(0);
+  write({{1, 70}, {1, 71}, {1, 72}}, kNoTime);
+  const auto cache = iPhotoSegmentCache::initWithContentsOfFile(path);
+  const auto itemOf = [&](std::uint32_t key) {
+    const std::optional<Data> bytes = cache->itemBytesForKey(key);
+    return bytes ? std::string(bytes->bytes().substr(0, 1)) : "none";
+  };
+  EXPECT_EQ(itemOf(71), "b");
+  // The time of a mapped file stays for a while when it is written to.
+  write({{1, 71}, {1, 70}, {1, 72}}, kNoTime);
+  EXPECT_EQ(itemOf(70), "b");
+  EXPECT_EQ(itemOf(71), "a");
+  write({{1, 80}, {0, 70}, {1, 71}}, kNoTime);
+  EXPECT_EQ(itemOf(70), "none");
+  EXPECT_EQ(itemOf(71), "c");
+  // A key that was not there before is found when the time has moved on.
+  write({{1, 71}, {1, 90}, {1, 90}}, std::chrono::seconds(1));
+  EXPECT_EQ(itemOf(90), "b");
+  folder.write("segments", fileOf({{1, 5}}, 100));
+  EXPECT_EQ(cache->itemSize(), 100U);
+  EXPECT_EQ(itemOf(5), "a");
+  folder.write("segments", "another file");
+  EXPECT_EQ(cache->numberOfItems(), 0U);
+  EXPECT_EQ(itemOf(5), "none");
 }
 
 }  // namespace
