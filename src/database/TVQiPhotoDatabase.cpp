@@ -41,6 +41,15 @@ constexpr std::int32_t kLowestWithThumbnailFiles = 13;
 // The first data version whose albums stand in the catalogue and not in files of their own.
 constexpr std::int32_t kFirstWithoutAlbumFiles = 50;
 
+/// True for the folder itself, too, and whatever links either is reached by.
+bool isInFolder(const std::string& place, const std::string& folder) {
+  const auto real = [](const std::string& each) {
+    std::error_code error;
+    return std::filesystem::weakly_canonical(each, error) / "";
+  };
+  return real(place).string().starts_with(real(folder).string());
+}
+
 }  // namespace
 
 const Class TVQiPhotoDatabase::kClass{"TVQiPhotoDatabase"};
@@ -97,8 +106,12 @@ OpeningFailure TVQiPhotoDatabase::failureOf(const NSException& exception) const 
 }
 
 void TVQiPhotoDatabase::writeDump() const {
-  const std::string file =
-      path::join(FileManager::temporaryFolder(), format("iPhoto-v%d", iPhotoLibraryVersion()));
+  const std::string folder = FileManager::temporaryFolder();
+  const std::string file = path::join(folder, format("iPhoto-v%d", iPhotoLibraryVersion()));
+  if (isInFolder(folder, _rootDirectory)) {
+    log("No iPhoto database dump was written to %@, which lies in the library", file);
+    return;
+  }
   if (const std::optional<std::string> description = catalogueDescription()) {
     FileManager::writeAtomically(file, *description);
   }

@@ -9,6 +9,7 @@
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/FileManager.h>
+#include <MRZiPhoto/platform/Path.h>
 #include <MRZiPhoto/platform/UserDefaults.h>
 #include <MRZiPhoto/platform/Workspace.h>
 
@@ -396,6 +397,38 @@ TEST(TVQiPhotoDatabase, WritesADumpWhenToldTo) {
   const std::string file = scratch / "iPhoto-v160";
   EXPECT_EQ(log.lines().back(), "Wrote iPhoto database dump to " + file);
   EXPECT_TRUE(FileManager::contents(file)->bytes().starts_with("version = 160, "));
+}
+
+TEST(TVQiPhotoDatabase, WritesNoDumpIntoTheLibrary) {
+  const LibraryFolder library;
+  const TemporaryFolder other;
+  library.writeCodedVersion("Library.iPhoto", 160);
+  library.writeCodedVersion("Library6.iPhoto", 160);
+  library.writeAlbumData("");
+  library.write("tmp/file", "");
+  fs::create_directory_symlink(library.root + "/tmp", other / "link");
+  fs::create_directories(library.root + "-beside");
+  UserDefaults::setBoolForKey(true, "DumpiPhotoDatabase");
+  const struct {
+    std::string folder;
+    bool isWritten;
+  } kCases[] = {{library.root, false},
+                {library.root + "/tmp", false},
+                {library.root + "/tmp/", false},
+                {other / "link", false},
+                {library.root + "-beside", true}};
+  for (const auto& each : kCases) {
+    const EnvironmentVariable folder("TMPDIR", each.folder);
+    const std::string file = path::join(each.folder, "iPhoto-v160");
+    CollectedLog log;
+    EXPECT_TRUE(library.open());
+    EXPECT_EQ(log.lines().back(), each.isWritten ? "Wrote iPhoto database dump to " + file
+                                                 : "No iPhoto database dump was written to " +
+                                                       file + ", which lies in the library");
+    EXPECT_EQ(fs::exists(file), each.isWritten) << file;
+  }
+  UserDefaults::setBoolForKey(false, "DumpiPhotoDatabase");
+  fs::remove_all(library.root + "-beside");
 }
 
 TEST(TVQiPhotoDatabase, SeesEveryOtherModificationDate) {
