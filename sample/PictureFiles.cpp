@@ -71,7 +71,7 @@ void writePictureFiles(const SampleModel& model, const std::string& folder,
 }
 
 void writeSegmentCache(const SampleModel& model, const std::string& path, std::uint32_t side,
-                       std::uint32_t slots) {
+                       std::uint32_t slots, const std::function<void()>& photoDone) {
   constexpr std::string_view kSignature = "iPhotoSegmentCache";
   constexpr std::size_t kItemSizeOffset = 132;
   constexpr std::size_t kFirstItemOffset = 4096;
@@ -92,6 +92,7 @@ void writeSegmentCache(const SampleModel& model, const std::string& path, std::u
         appendLittleEndian(index, word);
       }
     }
+    photoDone();
   });
   file.write(index);
   file.close();

@@ -12,8 +12,9 @@ namespace mrziphoto::sample {
 void writePictureFiles(const SampleModel& model, const std::string& folder,
                        const std::function<void()>& photoDone);
 
-/// Writes a cache of square thumbnails, one slot for each of the first `slots` photos.
+/// Writes a cache of square thumbnails, one slot for each of the first `slots` photos. Calls
+/// `photoDone` behind each photo.
 void writeSegmentCache(const SampleModel& model, const std::string& path, std::uint32_t side,
-                       std::uint32_t slots);
+                       std::uint32_t slots, const std::function<void()>& photoDone);
 
 }  // namespace mrziphoto::sample

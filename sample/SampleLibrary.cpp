@@ -1,11 +1,11 @@
 #include "sample/SampleLibrary.h"
 
 #include <bit>
-#include <exception>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <MRZiPhoto/platform/Path.h>
 
@@ -22,6 +22,7 @@ namespace mrziphoto {
 namespace {
 
 using namespace sample;
+namespace fs = std::filesystem;
 
 // Counts the photos that each pass over the library has done.
 class Progress {
@@ -51,7 +52,8 @@ class LibraryWriter {
         _version(options.libraryVersion),
         _byteOrder(options.bigEndianArchives ? std::endian::big : std::endian::little),
         _model(options.seed, _version, options.photos),
-        _progress(options, 1U + (options.images ? 1U : 0U) + (hasCodedPhotos() ? 1U : 0U)) {}
+        _progress(options, 1U + (options.images ? 2U : 0U) + (hasOldestFiles() ? 1U : 0U) +
+                               (hasCodedPhotos() ? 1U : 0U)) {}
 
   void write() {
     // First, as the catalogue tells the sizes of the pictures.
@@ -59,9 +61,9 @@ class LibraryWriter {
       writePictureFiles(_model, _folder, _photoDone);
       writeSegmentCache(
           _model, path(_version <= kLastArchiveHeaded ? "Thumb64.data" : "Thumb64Segment.data"), 64,
-          _options.photos);
+          _options.photos, _photoDone);
     }
-    if (_version <= kLastWithAlbumFiles) {
+    if (hasOldestFiles()) {
       writeOldestFiles();
     }
     if (_version <= kLastWithDirectories) {
@@ -72,6 +74,7 @@ class LibraryWriter {
   }
 
  private:
+  [[nodiscard]] bool hasOldestFiles() const { return _version <= kLastWithAlbumFiles; }
   [[nodiscard]] bool hasCodedPhotos() const { return _version <= kLastCoded; }
   [[nodiscard]] std::string path(const std::string& name) const { return _folder + "/" + name; }
 
@@ -79,7 +82,8 @@ class LibraryWriter {
     writePhotoStores(_model, _folder, _options.images, _byteOrder);
     writeAlbumFiles(_model, _folder, _byteOrder);
     // That this cache is there tells the generation, also when it is empty.
-    writeSegmentCache(_model, path("Thumb32.data"), 32, _options.images ? _options.photos : 0);
+    writeSegmentCache(_model, path("Thumb32.data"), 32, _options.images ? _options.photos : 0,
+                      _photoDone);
   }
 
   // The oldest libraries call their one catalogue file "Library.data", the next "Library.iPhoto".
@@ -88,8 +92,8 @@ class LibraryWriter {
   void writeCatalogue() {
     const CodedCatalogue catalogue(_model, _folder, _options.images, _byteOrder);
     if (_version <= kLastArchiveHeaded) {
-      catalogue.writeArchiveHeaded(
-          path(_version <= kLastWithAlbumFiles ? "Library.data" : "Library.iPhoto"), _photoDone);
+      catalogue.writeArchiveHeaded(path(hasOldestFiles() ? "Library.data" : "Library.iPhoto"),
+                                   _photoDone);
       return;
     }
     writeFile(path("Library.iPhoto"), archiveOfVersion(_version, _byteOrder));
@@ -124,37 +128,66 @@ void checkOptions(const SampleOptions& options) {
   }
 }
 
-// The folder's absolute path, as a database that opens it will spell it.
-std::string prepareFolder(const std::string& given) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  const fs::path absolute = fs::absolute(given, error);
-  if (given.empty() || error) {
-    throw std::runtime_error("no library can be written to the folder '" + given + "'");
+/// The folder that is written to. Unless it is kept, all that was made goes again.
+class NewFolder {
+ public:
+  explicit NewFolder(const std::string& given) : NewFolder() {
+    std::error_code error;
+    const fs::path absolute = fs::absolute(given, error);
+    if (given.empty() || error) {
+      throw std::runtime_error("no library can be written to the folder '" + given + "'");
+    }
+    _path = path::standardized(absolute.string());
+    if (fs::exists(_path, error) && !fs::is_directory(_path, error)) {
+      throw std::runtime_error("no library can be written to " + _path + ": it is not a folder");
+    }
+    for (fs::path folder = _path; !fs::exists(folder, error); folder = folder.parent_path()) {
+      _made.push_back(folder);
+    }
+    _isKept = _made.empty();
+    makeFolder(_path);
+    if (!fs::is_empty(_path, error) || error) {
+      throw std::runtime_error("no library can be written to " + _path + ": " +
+                               (error ? error.message() : "the folder is not empty"));
+    }
+    _isKept = false;
   }
-  std::string folder = path::standardized(absolute.string());
-  if (fs::exists(folder, error) && !fs::is_directory(folder, error)) {
-    throw std::runtime_error("no library can be written to " + folder + ": it is not a folder");
+  NewFolder(const NewFolder&) = delete;
+  NewFolder& operator=(const NewFolder&) = delete;
+  ~NewFolder() {
+    if (_isKept) {
+      return;
+    }
+    std::error_code ignored;
+    for (fs::directory_iterator entry(_path, ignored); entry != fs::directory_iterator();
+         entry.increment(ignored)) {
+      fs::remove_all(entry->path(), ignored);
+    }
+    for (const fs::path& folder : _made) {
+      fs::remove(folder, ignored);
+    }
   }
-  makeFolder(folder);
-  if (!fs::is_empty(folder, error) || error) {
-    throw std::runtime_error("no library can be written to " + folder + ": " +
-                             (error ? error.message() : "the folder is not empty"));
-  }
-  return folder;
-}
+
+  void keep() { _isKept = true; }
+  /// Its absolute path, as a database that opens it will spell it.
+  [[nodiscard]] const std::string& path() const { return _path; }
+
+ private:
+  // What is made before the other constructor fails goes, too.
+  NewFolder() = default;
+
+  std::string _path;
+  std::vector<fs::path> _made;  // from the inside out
+  bool _isKept = true;
+};
 
 }  // namespace
 
 void writeSampleLibrary(const SampleOptions& options) {
   checkOptions(options);
-  const std::string folder = prepareFolder(options.folder);
-  try {
-    LibraryWriter(options, folder).write();
-  } catch (const std::exception& failure) {
-    throw std::runtime_error(std::string(failure.what()) + "; part of a library is left in " +
-                             folder);
-  }
+  NewFolder folder(options.folder);
+  LibraryWriter(options, folder.path()).write();
+  folder.keep();
 }
 
 }  // namespace mrziphoto

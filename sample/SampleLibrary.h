@@ -25,7 +25,8 @@ struct SampleOptions {
   bool images = true;
   /// The byte order of typed-object archives; coded parts are big-endian always.
   bool bigEndianArchives = false;
-  /// Called now and then with what is done of how much, in no particular unit.
+  /// Called now and then with what is done of how much, in no particular unit. What it throws ends
+  /// the writing.
   std::function<void(std::uint32_t done, std::uint32_t total)> progress = {};
 };
 
@@ -33,8 +34,8 @@ struct SampleOptions {
 /// version have. The same options give the same bytes.
 ///
 /// Throws std::runtime_error with one sentence, which names the path or number in question, when
-/// the folder is not empty, when a number is out of range, and when something cannot be written;
-/// the sentence then says that part of a library was left behind.
+/// the folder is not empty, when a number is out of range, and when something cannot be written.
+/// Nothing of the library is left behind then.
 void writeSampleLibrary(const SampleOptions& options);
 
 }  // namespace mrziphoto

@@ -288,6 +288,20 @@ TEST(SampleLibraryTest, KeepsWhatTheCameraNoted) {
   }
 }
 
+TEST(SampleLibraryTest, TellsTheStoredSizeOfAFileThatHasAnother) {
+  const CollectedLog log;
+  for (const bool isStored : {true, false}) {
+    const TemporaryFolder folder;
+    writeSampleLibrary(optionsFor(folder.path(), isStored ? 60 : 200));
+    const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(folder.path());
+    const Ref<ImageRecRef> photo = *database->photos().begin();
+    const std::string image = textOf(photo->imagePath());
+    const auto before = static_cast<std::int64_t>(fs::file_size(image));
+    fs::resize_file(image, 5);
+    EXPECT_EQ(photo->fileSize().integer(), isStored ? before : 5);
+  }
+}
+
 TEST(SampleLibraryTest, CachesAThumbnailOfEveryPhoto) {
   const CollectedLog log;
   const TemporaryFolder folder;
