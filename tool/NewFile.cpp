@@ -4,12 +4,14 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <optional>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+
+#include <MRZiPhoto/platform/Path.h>
 
 #include "Output.h"
 
@@ -22,16 +24,20 @@ constexpr mode_t kEverybody = 0666;  // what the user's mask leaves of it
 constexpr int kMostNames = 100;
 constexpr int kMostLinks = 40;
 constexpr const char* kProcesses = "/proc";
-constexpr std::array kInterrupts{SIGINT, SIGTERM, SIGHUP};
+constexpr mode_t kModeBits = 07777;
 
-// What an interrupt removes; a copy, since a handler may look at little else.
-std::array<char, 4096> scratchOfInterrupt{};
-
-void removeAndEnd(int signal) {
-  unlink(scratchOfInterrupt.data());
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-}
+/// The endings of a format of pictures, the usual one first.
+using Endings = std::array<std::string_view, 3>;
+constexpr std::array<Endings, 10> kEndings{{{"png"},
+                                            {"jpg", "jpeg", "jpe"},
+                                            {"gif"},
+                                            {"tif", "tiff"},
+                                            {"webp"},
+                                            {"heic", "heif", "hif"},
+                                            {"avif"},
+                                            {"bmp", "dib"},
+                                            {"jp2", "j2k"},
+                                            {"pdf"}}};
 
 /// True for a path in the folder, both without links; false for an empty folder.
 bool liesIn(const fs::path& path, const fs::path& folder) {
@@ -78,7 +84,7 @@ std::optional<int> descriptorAt(const fs::path& place) {
 
 }  // namespace
 
-NewFile::NewFile(const std::string& path, const std::string& library) : _path(path) {
+NewFile::NewFile(const std::string& path, const LibraryPlaces& library) : _path(path) {
   const std::optional<fs::path> place = placeOf(path);
   if (!place) {
     fail();
@@ -90,9 +96,9 @@ NewFile::NewFile(const std::string& path, const std::string& library) : _path(pa
     openDescriptor(dup(*descriptor));
   } else if (fs::is_directory(_place, error)) {
     errno = EISDIR;
-  } else if (liesIn(fs::weakly_canonical(_place, error), fs::canonical(library, error))) {
-    throw Failure(ExitStatus::notThere,
-                  "'" + path + "' lies in the library '" + library + "', which is only read");
+  } else if (library.hold(path) || library.hold(_place)) {
+    throw Failure(ExitStatus::notThere, "'" + path + "' lies in the library '" + library.library() +
+                                            "' or beside its pictures, which are only read");
   } else if (fs::is_other(_place, error) || liesIn(_place, kProcesses)) {
     _stream.reset(std::fopen(_place.c_str(), "wb"));
   } else {
@@ -106,12 +112,12 @@ NewFile::NewFile(const std::string& path, const std::string& library) : _path(pa
 NewFile::~NewFile() {
   if (!_scratch.empty()) {
     unlink(_scratch.c_str());
-    forgetScratchFile();
   }
 }
 
 void NewFile::makeScratchFile() {
   const fs::path folder = _place.parent_path();
+  const SignalsWait noneUntilItIsKnown;
   int descriptor = -1;
   for (int i = 0; i < kMostNames && descriptor < 0; ++i) {
     const std::string name = ".mrziphoto-" + std::to_string(getpid()) + '-' + std::to_string(i);
@@ -125,20 +131,15 @@ void NewFile::makeScratchFile() {
     _scratch.clear();
     return;
   }
+  _removal.emplace(_scratch.c_str());
+  struct stat before {};
+  if (stat(_place.c_str(), &before) == 0) {
+    // Where that cannot be, such as on file systems without modes, the file is still wanted.
+    static_cast<void>(fchmod(descriptor, before.st_mode & kModeBits));
+  }
   openDescriptor(descriptor);
   if (!_stream) {
     unlink(_scratch.c_str());
-    _scratch.clear();
-    return;
-  }
-  if (_scratch.size() < scratchOfInterrupt.size()) {
-    _scratch.copy(scratchOfInterrupt.data(), _scratch.size());
-    for (const int signal : kInterrupts) {
-      // Who started the program may have chosen that it goes on.
-      if (std::signal(signal, removeAndEnd) == SIG_IGN) {
-        std::signal(signal, SIG_IGN);
-      }
-    }
   }
 }
 
@@ -150,16 +151,6 @@ void NewFile::openDescriptor(int descriptor) {
   }
 }
 
-void NewFile::forgetScratchFile() {
-  for (const int signal : kInterrupts) {
-    if (std::signal(signal, SIG_DFL) == SIG_IGN) {
-      std::signal(signal, SIG_IGN);
-    }
-  }
-  scratchOfInterrupt.fill('\0');
-  _scratch.clear();
-}
-
 void NewFile::write(std::string_view bytes) {
   if (std::fwrite(bytes.data(), 1, bytes.size(), stream()) != bytes.size()) {
     fail();
@@ -167,6 +158,10 @@ void NewFile::write(std::string_view bytes) {
 }
 
 void NewFile::takePlace() {
+  const bool isFlushed = std::fflush(stream()) == 0;
+  if (!isFlushed || (!_scratch.empty() && fsync(fileno(stream())) != 0)) {
+    fail();
+  }
   if (std::fclose(_stream.release()) != 0) {
     fail();
   }
@@ -174,7 +169,18 @@ void NewFile::takePlace() {
     if (std::rename(_scratch.c_str(), _place.c_str()) != 0) {
       fail();
     }
-    forgetScratchFile();
+    _scratch.clear();
+    _removal.reset();
+    syncFolder();
+  }
+}
+
+/// The file itself is whole by now, whatever comes of this.
+void NewFile::syncFolder() const {
+  const int folder = open(_place.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder >= 0) {
+    static_cast<void>(fsync(folder));
+    close(folder);
   }
 }
 
@@ -183,6 +189,22 @@ void NewFile::fail() const {
     throw ClosedPipe();
   }
   throw Failure(ExitStatus::notThere, "cannot write '" + _path + "': " + std::strerror(errno));
+}
+
+void expectEnding(const std::string& path, std::string_view format) {
+  std::string ending = path::extension(path);
+  std::ranges::transform(ending, ending.begin(),
+                         [](char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; });
+  const auto has = [](const Endings& endings, std::string_view each) {
+    return std::ranges::find(endings, each) != endings.end();
+  };
+  const auto known = std::ranges::find_if(
+      kEndings, [&](const Endings& each) { return !ending.empty() && has(each, ending); });
+  if (known != kEndings.end() && !has(*known, format)) {
+    const std::string stem = path.substr(0, path.size() - ending.size());
+    throw Failure(ExitStatus::wrongUse, "'" + path + "' is the name of another format: call it '" +
+                                            stem + std::string(format) + '\'');
+  }
 }
 
 }  // namespace mrziphoto::tool

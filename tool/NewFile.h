@@ -3,10 +3,13 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "Failure.h"
+#include "Interrupts.h"
+#include "LibraryPlaces.h"
 
 namespace mrziphoto::tool {
 
@@ -15,12 +18,13 @@ namespace mrziphoto::tool {
 /// followed, also those that lead to nothing yet. A place that is no file of a folder, such as a
 /// named pipe or "/dev/stdout", whatever that leads to, is written to as it is.
 ///
-/// There is one at a time: an interrupt removes it.
+/// A file that takes another's place takes over what that allows to whom. There is one at a time: a
+/// signal that ends the program removes it.
 class NewFile {
  public:
-  /// Throws `Failure` when nothing can be written there, and for a place in the folder `library`,
+  /// Throws `Failure` when nothing can be written there, and for a place that the library has,
   /// which stays as it is.
-  NewFile(const std::string& path, const std::string& library);
+  NewFile(const std::string& path, const LibraryPlaces& library);
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
   /// Removes the file unless it has taken its place.
@@ -29,7 +33,8 @@ class NewFile {
   /// To be written to from front to back.
   [[nodiscard]] std::FILE* stream() const { return _stream.get(); }
   void write(std::string_view bytes);
-  /// The file is whole. Throws `Failure` when it is not.
+  /// The file is whole, and will be there after a power failure, too. Throws `Failure` when it is
+  /// not.
   void takePlace();
 
   /// Throws the `Failure` that says that writing did not succeed, and why (`errno`); `ClosedPipe`
@@ -43,12 +48,17 @@ class NewFile {
 
   void makeScratchFile();
   void openDescriptor(int descriptor);
-  void forgetScratchFile();
+  void syncFolder() const;
 
   std::string _path;             // as it was named
   std::filesystem::path _place;  // behind symbolic links
   std::string _scratch;          // empty when the place is written to directly
+  std::optional<RemovedWhenEnded> _removal;
   std::unique_ptr<std::FILE, Closer> _stream;
 };
+
+/// Throws `Failure` when the ending of the file's name is that of another format of pictures than
+/// the one that will be in it. `format` is its usual ending: "png".
+void expectEnding(const std::string& path, std::string_view format);
 
 }  // namespace mrziphoto::tool

@@ -71,6 +71,7 @@ std::size_t drawSheet(const TVQiPhotoDatabase& database, const List<ImageRecRef>
 }  // namespace
 
 void thumbnail(Session& session) {
+  expectEnding(session.arguments.outputFile, "png");
   expectPictures();
   const std::string& key = session.arguments.words.front();
   const TVQiPhotoDatabase& database = openLibrary(session);
@@ -82,12 +83,13 @@ void thumbnail(Session& session) {
                                             database.directory() + "' has no thumbnail" +
                                             (failure.empty() ? "" : ": " + failure));
   }
-  NewFile file(session.arguments.outputFile, database.directory());
+  NewFile file(session.arguments.outputFile, LibraryPlaces(database));
   file.write(png->bytes());
   file.takePlace();
 }
 
 void contactSheet(Session& session) {
+  expectEnding(session.arguments.outputFile, "jpg");
   expectPictures();
   const Arguments& arguments = session.arguments;
   const TVQiPhotoDatabase& database = openLibrary(session);
@@ -97,7 +99,7 @@ void contactSheet(Session& session) {
                   "the library '" + database.directory() + "' has no photos for a contact sheet");
   }
   const SheetLayout layout = SheetLayout::of(photos.size(), arguments.columns, arguments.cellSize);
-  NewFile file(arguments.outputFile, database.directory());
+  NewFile file(arguments.outputFile, LibraryPlaces(database));
   const std::size_t without = drawSheet(database, photos, layout, file);
   file.takePlace();
   if (without > 0) {

@@ -63,8 +63,9 @@ ExitStatus run(int argc, const char* const* argv, Session& session) {
 
 int main(int argc, char** argv) {
   occupyStandardStreams();
-  // A closed pipe is then told by the failing write.
+  // A closed pipe is then told by the failing write, and so is a file that may grow no further.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   Session session;
   const auto status = static_cast<int>(run(argc, argv, session));
 #if MRZIPHOTO_LEAVES_AT_ONCE

@@ -1,11 +1,18 @@
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -18,6 +25,8 @@
 #include "support/TemporaryFolder.h"
 #include "tool/ContactSheet.h"
 #include "tool/Failure.h"
+#include "tool/LibraryPlaces.h"
+#include "tool/NewFile.h"
 
 namespace mrziphoto {
 namespace {
@@ -262,10 +271,18 @@ TEST(PictureCommands, LeaveTheLibraryAsItIs) {
   const std::string catalogue = contents(library / "Library6.iPhoto");
   fs::create_directory_symlink(library.root, library.outside("folder"));
   fs::create_symlink("folder/Library6.iPhoto", library.outside("file"));
-  fs::create_symlink(library / "new.png", library.outside("dangling"));
+  fs::create_symlink(library / "new", library.outside("dangling"));
+  // The originals lie on another disk, and an edited photo lies where it always was.
+  fs::rename(library / "Originals", library.outside("disk"));
+  fs::create_directory_symlink(library.outside("disk"), library / "Originals");
+  const std::string original = library.outside("disk/" + kFirstRoll + "IMG_0001.JPG");
+  const std::string picture = contents(original);
   for (const std::string& place :
-       {library / "Library6.iPhoto", library / "new.png", library.outside("folder/new.png"),
-        library.outside("file"), library.outside("dangling")}) {
+       {library / "Library6.iPhoto", library / "new", library.outside("folder/new"),
+        library.outside("file"), library.outside("dangling"), library / "Originals/new",
+        library / ("Originals/" + kFirstRoll + "new"),
+        library.outside("folder/Originals/" + kFirstRoll + "../new"),
+        library.outside("disk/" + kFirstRoll + "new")}) {
     for (const std::vector<std::string>& command :
          {std::vector<std::string>{"thumbnail", library.root, "102"},
           {"contact-sheet", library.outside("folder")}}) {
@@ -278,7 +295,189 @@ TEST(PictureCommands, LeaveTheLibraryAsItIs) {
     }
   }
   EXPECT_EQ(contents(library / "Library6.iPhoto"), catalogue);
-  EXPECT_FALSE(fs::exists(library / "new.png"));
+  EXPECT_FALSE(fs::exists(library / "new"));
+  fs::rename(original, library.outside("disk/" + kFirstRoll + "IMG_0001.jpg"));
+  fs::create_symlink("disk/" + kFirstRoll + "IMG_0001.jpg", library.outside("sheet.jpg"));
+  EXPECT_EQ(
+      runTool({"contact-sheet", library.root, "-o", library.outside("sheet.jpg"), "-q"}).status, 1);
+  EXPECT_EQ(contents(library.outside("sheet.jpg")), picture);
+  // Beside the folders that pictures lie in is somebody else's.
+  EXPECT_EQ(
+      runTool({"thumbnail", library.root, "102", "-o", library.outside("disk/x"), "-q"}).status, 0);
+}
+
+// Where libvips would keep its code, and its pictures: a folder's time tells of files that are
+// gone.
+TEST(PictureCommands, MakeNoFilesForTheirOwnUse) {
+  SKIP_WITHOUT_IMAGES();
+  const Sample library(60);
+  const TemporaryFolder folder;
+  const fs::file_time_type before = fs::last_write_time(library.root);
+  std::string command;
+  for (const char* variable : {"HOME", "TMPDIR", "XDG_RUNTIME_DIR"}) {
+    command += std::string(variable) + "='" + library.root + "' ";
+  }
+  command += MRZIPHOTO_TOOL " contact-sheet '" + library.root + "' -q -o '" + folder / "x.jpg'";
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  EXPECT_EQ(fs::last_write_time(library.root), before);
+}
+
+TEST(PictureCommands, RefuseTheNamesOfOtherFormats) {
+  struct Case {
+    std::string path;
+    std::string format;
+    std::string right;  // empty when the path is
+  };
+  for (const Case& each : std::vector<Case>{{"a/x.jpg", "png", "a/x.png"},
+                                            {"x.JPEG", "png", "x.png"},
+                                            {"x.tif", "jpg", "x.jpg"},
+                                            {"x.png", "jpg", "x.jpg"},
+                                            {"x.PNG", "png", ""},
+                                            {"x.jpe", "jpg", ""},
+                                            {"x.jpg.new", "png", ""},
+                                            {"png.jpg/x", "png", ""},
+                                            {"x.", "png", ""},
+                                            {"x", "jpg", ""}}) {
+    std::string failure;
+    try {
+      tool::expectEnding(each.path, each.format);
+    } catch (const tool::Failure& error) {
+      failure = error.what();
+      EXPECT_EQ(error.status(), tool::ExitStatus::wrongUse);
+    }
+    EXPECT_EQ(failure, each.right.empty() ? ""
+                                          : "'" + each.path + "' is the name of another format: " +
+                                                "call it '" + each.right + "'");
+  }
+  EXPECT_EQ(runTool({"thumbnail", "/nowhere", "1", "-o", "x.jpg"}).status, 2);
+  EXPECT_EQ(runTool({"contact-sheet", "/nowhere", "-o", "x.png"}).status, 2);
+}
+
+TEST(PictureCommands, KeepTheModeOfWhatTheyReplace) {
+  SKIP_WITHOUT_IMAGES();
+  const Sample library(200);
+  const std::string file = library.outside("x.png");
+  for (const mode_t mode : {0600U, 0664U, 0400U}) {
+    std::ofstream(file) << "before";
+    ASSERT_EQ(chmod(file.c_str(), mode), 0);
+    EXPECT_EQ(runTool({"thumbnail", library.root, "102", "-o", file, "-q"}).status, 0);
+    EXPECT_EQ(static_cast<mode_t>(fs::status(file).permissions()), mode);
+    EXPECT_TRUE(contents(file).starts_with("\x89PNG"));
+    fs::remove(file);
+  }
+}
+
+/// Runs something in a process of its own, and answers the signal that ends it; 0 for none.
+int endingSignalOf(const std::function<void()>& run) {
+  const pid_t process = fork();
+  if (process == 0) {
+    const rlimit noDump{};
+    setrlimit(RLIMIT_CORE, &noDump);
+    for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+      std::signal(signal, SIG_DFL);
+    }
+    run();
+    std::_Exit(0);
+  }
+  int status = 0;
+  waitpid(process, &status, 0);
+  return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+}
+
+TEST(NewFile, IsGoneWhenASignalEndsTheProgram) {
+  const TemporaryFolder folder;
+  SampleOptions options;
+  options.folder = folder / "library";
+  options.images = false;
+  writeSampleLibrary(options);
+  const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(options.folder);
+  fs::create_directory(folder / "out");
+  std::ofstream(folder / "out/x") << "before";
+  std::vector<int> signals{SIGHUP,    SIGINT,    SIGQUIT,  SIGILL,  SIGTRAP, SIGABRT,
+                           SIGBUS,    SIGFPE,    SIGUSR1,  SIGSEGV, SIGUSR2, SIGALRM,
+                           SIGTERM,   SIGSTKFLT, SIGXCPU,  SIGIO,   SIGPWR,  SIGSYS,
+                           SIGVTALRM, SIGPROF,   SIGRTMIN, SIGRTMAX};
+  for (const int signal : signals) {
+    EXPECT_EQ(endingSignalOf([&] {
+                tool::NewFile file(folder / "out/x", tool::LibraryPlaces(*database));
+                file.write("half");
+                std::fflush(file.stream());
+                std::raise(signal);
+              }),
+              signal);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder / "out"), {}), 1) << signal;
+    EXPECT_EQ(contents(folder / "out/x"), "before") << signal;
+  }
+  // What was ignored stays so, and nothing is handled any more when the file is there.
+  EXPECT_EQ(endingSignalOf([&] {
+              std::signal(SIGHUP, SIG_IGN);
+              tool::NewFile file(folder / "out/x", tool::LibraryPlaces(*database));
+              std::raise(SIGHUP);
+              file.write("whole");
+              file.takePlace();
+              std::raise(SIGTERM);
+            }),
+            SIGTERM);
+  EXPECT_EQ(contents(folder / "out/x"), "whole");
+}
+
+TEST(PictureCommands, TellOfAFileThatMayGrowNoFurther) {
+  SKIP_WITHOUT_IMAGES();
+  const Sample library(200);
+  const TemporaryFolder folder;
+  const auto limited = [&](const std::string& words) {
+    return WEXITSTATUS(std::system(
+        ("ulimit -f 8; " MRZIPHOTO_TOOL " " + words + " 2>'" + folder / "err" + "'").c_str()));
+  };
+  const std::string sheet = library.outside("x.jpg");
+  EXPECT_EQ(limited("contact-sheet '" + library.root + "' -o '" + sheet + "'"), 1);
+  EXPECT_EQ(contents(folder / "err"), "mrziphoto: cannot write '" + sheet + "': File too large\n");
+  EXPECT_EQ(std::distance(fs::directory_iterator(library.outside("")), {}), 1);
+
+  EXPECT_EQ(limited("sample '" + folder / "a/b/library" + "'"), 1);
+  EXPECT_TRUE(lastLineOf(contents(folder / "err")).ends_with(": File too large\n"));
+  EXPECT_FALSE(fs::exists(folder / "a"));
+}
+
+TEST(SampleCommand, WritesArchivesInTheByteOrderAskedFor) {
+  const TemporaryFolder folder;
+  const struct {
+    std::vector<std::string> option;
+    std::string beginning;
+  } kCases[] = {{{}, "\x04\x0Bstreamtyped"},
+                {{"--byte-order", "little"}, "\x04\x0Bstreamtyped"},
+                {{"--byte-order", "big"}, "\x04\x0Btypedstream"}};
+  for (const auto& each : kCases) {
+    std::vector<std::string> words{"sample", folder / "library", "--photos", "2", "--no-images"};
+    words.insert(words.end(), each.option.begin(), each.option.end());
+    ASSERT_EQ(runTool(words).status, 0);
+    for (const char* file : {"library/Dir.data", "library/Library.iPhoto"}) {
+      EXPECT_TRUE(contents(folder / file).starts_with(each.beginning)) << file;
+    }
+    fs::remove_all(folder / "library");
+  }
+}
+
+TEST(SampleCommand, LeavesNothingWhenItIsEnded) {
+  const TemporaryFolder folder;
+  fs::create_directory(folder / "empty");
+  for (const std::string& place : {folder / "empty", folder / "a/b"}) {
+    const pid_t process = fork();
+    if (process == 0) {
+      execl(MRZIPHOTO_TOOL, MRZIPHOTO_TOOL, "sample", place.c_str(), "--photos", "100000",
+            static_cast<char*>(nullptr));
+      std::_Exit(127);
+    }
+    while (!fs::exists(place) || fs::is_empty(place)) {
+      ASSERT_EQ(waitpid(process, nullptr, WNOHANG), 0) << "it goes on until it is ended";
+    }
+    kill(process, SIGTERM);
+    int status = 0;
+    waitpid(process, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM);
+  }
+  EXPECT_TRUE(fs::is_empty(folder / "empty"));
+  EXPECT_FALSE(fs::exists(folder / "a"));
 }
 
 TEST(PictureCommands, FollowLinksAndWriteIntoStreams) {
