@@ -1,6 +1,7 @@
 #include "TVQiPhotoLibrary.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "../photos/RecordDatabase.h"
@@ -20,6 +21,8 @@ namespace {
 
 constexpr std::string_view kProbe = "iPhotoVersionForFilename:";
 constexpr std::string_view kLibraryDotIPhoto = "Library.iPhoto";
+// The version stands behind the header of an archive or of the first section, well within these.
+constexpr std::size_t kProbedBytes = 4096;
 // The first catalogue version beside which album data lies.
 constexpr std::int32_t kFirstVersionWithAlbumData = 16;
 
@@ -76,7 +79,7 @@ Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::init() {
 }
 
 std::int32_t TVQiPhotoLibrary::iPhotoVersionForFilename(const std::string& path) {
-  return versionOf(FileManager::readContents(path), path);
+  return versionOf(FileManager::readHead(path, kProbedBytes), path);
 }
 
 Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::initWithContentsOfFile(const std::string& path,

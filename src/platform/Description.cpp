@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -15,7 +17,7 @@ namespace mrziphoto {
 namespace {
 
 constexpr std::size_t kIndent = 4;
-constexpr std::size_t kLongestInMessage = 256;
+constexpr std::size_t kLongestInMessage = 1024;
 thread_local DescriptionBudget* outermostBudget = nullptr;
 
 bool isPlainWord(std::string_view text) {
@@ -171,10 +173,12 @@ std::string describe(const Array& array) { return described(array); }
 std::string describe(const Dictionary& dictionary) { return described(dictionary); }
 
 std::string describeBriefly(const Value& value) {
-  const bool isShort = !value.object() && value.string().value_or(String()).bytes().size() +
-                                                  value.data().value_or(Data()).size() <=
-                                              kLongestInMessage;
-  return isShort ? value.description() : "<" + std::string(value.className()) + ">";
+  Limits limits = Limits::current();
+  limits.description = std::min<std::uint64_t>(limits.description, kLongestInMessage);
+  const Limits::Scope scope(limits);
+  const DescriptionBudget budget;
+  std::string text = value.description();
+  return text.size() < limits.description ? text : "<" + std::string(value.className()) + ">";
 }
 
 }  // namespace mrziphoto

@@ -17,8 +17,8 @@ class Value;
 [[nodiscard]] std::string describe(const Array& array);
 [[nodiscard]] std::string describe(const Dictionary& dictionary);
 
-/// What a message says of a value that it complains about: its description where that is one short
-/// line; of long texts and bytes and of all objects only the class name in angle brackets.
+/// What a message says of a value that it complains about: its description where that is short,
+/// else only the class name in angle brackets.
 [[nodiscard]] std::string describeBriefly(const Value& value);
 
 /// The bytes that a description may still grow by, `Limits::description` at first. Parts that an

@@ -233,6 +233,17 @@ Data FileManager::readContents(const std::string& path) {
   return *bytes;
 }
 
+Data FileManager::readHead(const std::string& path, std::size_t count) {
+  FileFailure failure;
+  const std::unique_ptr<detail::OpenFile> file = detail::OpenFile::atPath(path, &failure);
+  if (!file) {
+    throw FileException(std::move(failure));
+  }
+  const Data head = file->read(0, count);
+  // A read that fails says nothing; reading the file whole tells why.
+  return head.size() < std::min<std::uint64_t>(count, file->size()) ? readContents(path) : head;
+}
+
 std::optional<FileFailure> FileManager::obstacle(const std::string& path) {
   const std::optional<std::string> place = locate(path);
   Status status{};

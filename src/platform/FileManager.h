@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -43,6 +44,8 @@ class MRZIPHOTO_EXPORT FileManager {
                                                     FileFailure* failure = nullptr);
   /// The same. Throws FileException for what cannot be read.
   [[nodiscard]] static Data readContents(const std::string& path);
+  /// The first `count` bytes of the file, or all that it has. Throws FileException likewise.
+  [[nodiscard]] static Data readHead(const std::string& path, std::size_t count);
   /// Why nothing is known of the entry at that path: nothing is there, or the way to it is barred.
   /// Nothing when something is there.
   [[nodiscard]] static std::optional<FileFailure> obstacle(const std::string& path);

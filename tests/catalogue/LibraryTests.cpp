@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <filesystem>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -6,6 +7,7 @@
 #include <MRZiPhoto/catalogue/TVQiPhotoLibrary.h>
 #include <MRZiPhoto/photos/RecordDatabase.h>
 #include <MRZiPhoto/platform/Array.h>
+#include <MRZiPhoto/platform/Limits.h>
 #include <MRZiPhoto/platform/NSException.h>
 
 #include "support/CodedLibrary.h"
@@ -59,6 +61,9 @@ TEST(TVQiPhotoLibrary, TellsTheVersionOfACatalogueFile) {
     }
   }
   library.writeArchivedVersion("archive", 42);
+  EXPECT_EQ(TVQiPhotoLibrary::iPhotoVersionForFilename(library.root + "/archive"), 42);
+  // Only its beginning is read: a file that is too large to be read whole tells its version, too.
+  std::filesystem::resize_file(library.root + "/archive", Limits().fileSize + 1);
   EXPECT_EQ(TVQiPhotoLibrary::iPhotoVersionForFilename(library.root + "/archive"), 42);
   library.writeArchive("objects", {"text"});
   CollectedLog log;

@@ -122,7 +122,9 @@ TEST(Description, HasOneBudgetForAllOfIt) {
 }
 
 TEST(Description, IsBriefInMessages) {
-  const std::string text(300, 'x');
+  const std::string text(1100, 'x');
+  const Ref<Array> large = make<Array>();
+  large->append(text);
   const std::vector<std::pair<Value, std::string>> cases{{{}, "(null)"},
                                                          {1, "1"},
                                                          {Date{0}, "2001-01-01 00:00:00 +0000"},
@@ -130,8 +132,8 @@ TEST(Description, IsBriefInMessages) {
                                                          {text, "<NSString>"},
                                                          {Data::copyOf("ab"), "<6162>"},
                                                          {Data::copyOf(text), "<NSData>"},
-                                                         {make<Array>(), "<NSArray>"},
-                                                         {make<Dictionary>(), "<NSDictionary>"}};
+                                                         {make<Array>(), "(\n)"},
+                                                         {large, "<NSArray>"}};
   for (const auto& [value, expected] : cases) {
     EXPECT_EQ(describeBriefly(value), expected);
   }
