@@ -127,34 +127,26 @@ List<Album> Album::children() const {
   return List<Album>(std::move(albums));
 }
 
-namespace {
-
-const Album& self(const Object& object) { return static_cast<const Album&>(object); }
-
-constexpr std::array kAccessors{
-    Accessor{"albumId", [](const Object& o) { return self(o).albumId(); }},
-    Accessor{"albumName", [](const Object& o) -> Value { return self(o).albumName(); }},
-    Accessor{"annotation", [](const Object& o) -> Value { return self(o).annotation(); }},
-    Accessor{"attributes", [](const Object& o) -> Value { return self(o).attributes(); }},
-    Accessor{"children", [](const Object& o) { return self(o).children().value(); }},
-    Accessor{"comments", [](const Object& o) -> Value { return self(o).comments(); }},
-    Accessor{"defaultAlbumName",
-             [](const Object& o) -> Value { return self(o).defaultAlbumName(); }},
-    Accessor{"key", [](const Object& o) { return self(o).key(); }},
-    Accessor{"modificationDate",
-             [](const Object& o) -> Value { return self(o).modificationDate(); }},
-    Accessor{"photoKeys", [](const Object& o) -> Value { return self(o).photoKeys(); }},
-    Accessor{"photos", [](const Object& o) { return self(o).photos().value(); }},
-    Accessor{"roll", [](const Object& o) { return self(o).roll(); }},
-    Accessor{"rollKey", [](const Object& o) { return self(o).rollKey(); }},
-    Accessor{"title", [](const Object& o) -> Value { return self(o).title(); }},
-};
-static_assert(accessorsAreSorted(kAccessors));
-
-}  // namespace
-
 const Accessor* Album::accessorNamed(std::string_view name) const {
-  return findAccessor(kAccessors, name);
+  static constexpr std::array kAccessors{
+      accessor<&Album::albumId>("albumId"),
+      accessor<&Album::albumName>("albumName"),
+      accessor<&Album::annotation>("annotation"),
+      accessor<&Album::attributes>("attributes"),
+      accessor<&Album::children>("children"),
+      accessor<&Album::comments>("comments"),
+      Accessor{"database",
+               [](const Object& o) { return static_cast<const Album&>(o)._database.value(); }},
+      accessor<&Album::defaultAlbumName>("defaultAlbumName"),
+      accessor<&Album::key>("key"),
+      accessor<&Album::modificationDate>("modificationDate"),
+      accessor<&Album::photoKeys>("photoKeys"),
+      accessor<&Album::photos>("photos"),
+      accessor<&Album::roll>("roll"),
+      accessor<&Album::rollKey>("rollKey"),
+      accessor<&Album::title>("title"),
+  };
+  return findAccessor<kAccessors>(name, ArchivedRecord::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

@@ -6,14 +6,13 @@
 
 #include "../photos/ArchivedRecord.h"
 #include "../photos/AttributeMgr.h"
+#include "../photos/DatabaseReference.h"
 #include "../photos/ImageRecRef.h"
 #include "../platform/List.h"
 #include "AlbumKind.h"
 #include "KeyMgr.h"
 
 namespace mrziphoto {
-
-class RecordDatabase;
 
 /// A named group of photos: a plain album, and the base of the twelve other kinds.
 ///
@@ -53,7 +52,7 @@ class MRZIPHOTO_EXPORT Album : public ArchivedRecord {
 
   /// The database is not owned.
   virtual void setDatabase(RecordDatabase* database);
-  [[nodiscard]] RecordDatabase* database() const { return _database; }
+  [[nodiscard]] RecordDatabase* database() const { return _database.get(); }
 
   /// A `Key` or a number, as the archive or the album data gave it.
   [[nodiscard]] Value key() const { return entry(kKey); }
@@ -106,7 +105,7 @@ class MRZIPHOTO_EXPORT Album : public ArchivedRecord {
  private:
   void startWithDefaultName();
 
-  RecordDatabase* _database = nullptr;
+  DatabaseReference _database;
 };
 
 }  // namespace mrziphoto

@@ -1,5 +1,6 @@
 #include "ArchiveAlbum.h"
 
+#include <array>
 #include <unordered_set>
 #include <vector>
 
@@ -44,9 +45,10 @@ void ArchiveAlbum::setDatabase(RecordDatabase* database) {
 }
 
 const Accessor* ArchiveAlbum::accessorNamed(std::string_view name) const {
-  static constexpr Accessor kRolls{
-      "rolls", [](const Object& o) { return static_cast<const ArchiveAlbum&>(o).rolls().value(); }};
-  return name == kRolls.name ? &kRolls : Album::accessorNamed(name);
+  static constexpr std::array kAccessors{
+      accessor<&ArchiveAlbum::rolls>("rolls"),
+  };
+  return findAccessor<kAccessors>(name, Album::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

@@ -1,3 +1,6 @@
+#include <array>
+
+#include "../platform/KeyValue.h"
 #include "Book.h"
 #include "Filter.h"
 #include "KeyMgr.h"
@@ -14,5 +17,12 @@ const Class KeyMgr::kClass{"KeyMgr", nullptr, 1, &makeEmpty<KeyMgr>};
 const Class Filter::kClass{"Filter", nullptr, 1, &makeEmpty<Filter>};
 const Class Book::kClass{"Book", nullptr, 3, &makeEmpty<Book>};
 const Class Page::kClass{"Page", nullptr, 9, &makeEmpty<Page>};
+
+const Accessor* Filter::accessorNamed(std::string_view name) const {
+  static constexpr std::array kAccessors{
+      accessor<&Filter::arguments>("arguments"),
+  };
+  return findAccessor<kAccessors>(name, ArchivedRecord::accessorNamed(name));
+}
 
 }  // namespace mrziphoto

@@ -11,6 +11,7 @@ class MRZIPHOTO_EXPORT Filter final : public ArchivedRecord {
   /// The arguments; nothing when an archive held something else in their place.
   [[nodiscard]] Ref<Dictionary> arguments() const { return _dictionary; }
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
 };
 
 }  // namespace mrziphoto

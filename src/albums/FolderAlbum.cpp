@@ -1,6 +1,7 @@
 #include "FolderAlbum.h"
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 #include "../platform/KeyValue.h"
@@ -55,10 +56,10 @@ List<Album> FolderAlbum::albums() const {
 }
 
 const Accessor* FolderAlbum::accessorNamed(std::string_view name) const {
-  static constexpr Accessor kAlbums{"albums", [](const Object& o) {
-                                      return static_cast<const FolderAlbum&>(o).albums().value();
-                                    }};
-  return name == kAlbums.name ? &kAlbums : Album::accessorNamed(name);
+  static constexpr std::array kAccessors{
+      accessor<&FolderAlbum::albums>("albums"),
+  };
+  return findAccessor<kAccessors>(name, Album::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

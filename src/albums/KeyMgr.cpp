@@ -1,9 +1,11 @@
 #include "KeyMgr.h"
 
 #include <algorithm>
+#include <array>
 
 #include "../photos/RecordDatabase.h"
 #include "../platform/Array.h"
+#include "../platform/KeyValue.h"
 #include "../platform/Log.h"
 #include "../stream/TVQStreamData.h"
 
@@ -19,17 +21,11 @@ List<Key> keysOf(const std::vector<std::uint32_t>& numbers) {
   return List<Key>(std::move(keys));
 }
 
-/// A key may hold more than its number.
-const Value* storedNumber(const Key& key) {
-  const Ref<Dictionary>& stored = key.storedDictionary();
-  return stored ? stored->find(Key::kKey) : nullptr;
-}
-
 }  // namespace
 
 Ref<KeyMgr> KeyMgr::initWithKeys(List<Key> keys) {
   Ref<KeyMgr> result = make<KeyMgr>();
-  result->_keys = std::move(keys);
+  result->_keys = keys.isNothing() ? List<Key>::makeEmpty() : std::move(keys);
   return result;
 }
 
@@ -39,48 +35,46 @@ Ref<KeyMgr> KeyMgr::initWithKeyNumbers(std::vector<std::uint32_t> numbers) {
   return result;
 }
 
-void KeyMgr::initWithCoder(NSUnarchiver& coder) {
-  ArchivedRecord::initWithCoder(coder);
-  if (const Ref<Array> stored = entry(kKeys).array()) {
-    List<Key>::Items keys;
-    keys.reserve(stored->size());
-    for (const Value& element : *stored) {
-      // A weak element refers back to an object around this one; to own it would close a circle.
-      if (const Ref<Key> key = element.object<Key>(); key && !element.isWeak()) {
-        keys.push_back(key);
-      }
-    }
-    _keys = List<Key>(std::move(keys));
-  }
-}
-
-const Ref<Dictionary>& KeyMgr::storedDictionary() const {
-  if (!_dictionary && (_numbers || !_keys.isNothing())) {
-    _dictionary = make<Dictionary>();
-    _dictionary->set(kKeys, imageKeys().value());
-  }
-  return _dictionary;
+Ref<Dictionary> KeyMgr::storedDictionary() const {
+  return _dictionary ? _dictionary
+                     : make<Dictionary>(std::initializer_list<std::pair<std::string_view, Value>>{
+                           {kKeys, imageKeys().value()}});
 }
 
 List<Key> KeyMgr::imageKeys() const {
-  if (_keys.isNothing() && _numbers) {
+  if (_numbers) {
     _keys = keysOf(*_numbers);
+    _numbers.reset();
   }
-  return _keys.isNothing() ? keysOf(packedNumbers()) : _keys;
+  if (!_dictionary) {
+    return _keys;
+  }
+  const Ref<Array> stored = entry(kKeys).array();
+  if (!stored) {
+    return keysOf(packedNumbers());
+  }
+  List<Key>::Items keys;
+  keys.reserve(stored->size());
+  for (const Value& element : *stored) {
+    // A weak element refers back to an object around this one; to own it would close a circle.
+    if (!element.isWeak()) {
+      keys.push_back(element.object<Key>());
+    }
+  }
+  return List<Key>(std::move(keys));
 }
 
 std::vector<std::uint32_t> KeyMgr::keyNumbers() const {
   if (_numbers) {
     return *_numbers;
   }
-  if (_keys.isNothing()) {
+  if (_dictionary && !entry(kKeys).array()) {
     return packedNumbers();
   }
   std::vector<std::uint32_t> numbers;
-  numbers.reserve(_keys.size());
-  for (const Ref<Key>& key : _keys) {
-    if (const Value* number = storedNumber(*key)) {
-      numbers.push_back(number->unsignedIntValue());
+  for (const Ref<Key>& key : imageKeys()) {
+    if (const Value number = key->number(); !number.isNothing()) {
+      numbers.push_back(number.unsignedIntValue());
     }
   }
   return numbers;
@@ -111,7 +105,17 @@ List<ImageRecRef> KeyMgr::photos() const {
     return {};
   }
   // A large album's keys are made for this one question and not kept.
-  return _database->photosForKeys(_numbers && _keys.isNothing() ? keysOf(*_numbers) : imageKeys());
+  return _database->photosForKeys(_numbers ? keysOf(*_numbers) : imageKeys());
+}
+
+const Accessor* KeyMgr::accessorNamed(std::string_view name) const {
+  static constexpr std::array kAccessors{
+      Accessor{"database",
+               [](const Object& o) { return static_cast<const KeyMgr&>(o)._database.value(); }},
+      accessor<&KeyMgr::imageKeys>("imageKeys"),
+      accessor<&KeyMgr::photos>("photos"),
+  };
+  return findAccessor<kAccessors>(name, ArchivedRecord::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

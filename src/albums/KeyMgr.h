@@ -5,13 +5,12 @@
 #include <vector>
 
 #include "../photos/ArchivedRecord.h"
+#include "../photos/DatabaseReference.h"
 #include "../photos/ImageRecRef.h"
 #include "../photos/Key.h"
 #include "../platform/List.h"
 
 namespace mrziphoto {
-
-class RecordDatabase;
 
 /// The image keys of an album's photos, in album order.
 class MRZIPHOTO_EXPORT KeyMgr final : public ArchivedRecord {
@@ -26,11 +25,11 @@ class MRZIPHOTO_EXPORT KeyMgr final : public ArchivedRecord {
 
   /// The database is not owned.
   void setDatabase(RecordDatabase* database) { _database = database; }
-  [[nodiscard]] RecordDatabase* database() const { return _database; }
+  [[nodiscard]] RecordDatabase* database() const { return _database.get(); }
 
-  /// The keys: the list itself where there is one, else those of the packed form, made anew at
-  /// every call. A packed form whose count disagrees with its length is logged and yields the keys
-  /// that are there.
+  /// The keys: the list itself of a key manager made in memory; of an archived one a new list at
+  /// every call, from its list or its packed form. A packed form whose count disagrees with its
+  /// length is logged and yields the keys that are there.
   [[nodiscard]] List<Key> imageKeys() const;
   /// The numbers of `imageKeys`, at less cost; a key without a number is left out.
   [[nodiscard]] std::vector<std::uint32_t> keyNumbers() const;
@@ -38,8 +37,9 @@ class MRZIPHOTO_EXPORT KeyMgr final : public ArchivedRecord {
   [[nodiscard]] List<ImageRecRef> photos() const;
 
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
-  [[nodiscard]] const Ref<Dictionary>& storedDictionary() const override;
-  void initWithCoder(NSUnarchiver& coder) override;
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
+  /// The archived dictionary itself; for a key manager made in memory a new one over its keys.
+  [[nodiscard]] Ref<Dictionary> storedDictionary() const override;
 
   static constexpr std::string_view kKeys = "Keys";
   static constexpr std::string_view kKeyList = "KeyList";
@@ -47,10 +47,11 @@ class MRZIPHOTO_EXPORT KeyMgr final : public ArchivedRecord {
  private:
   [[nodiscard]] std::vector<std::uint32_t> packedNumbers() const;
 
-  RecordDatabase* _database = nullptr;
-  // The entry "Keys": the list, or the numbers from which it is made.
-  mutable List<Key> _keys;
-  std::optional<std::vector<std::uint32_t>> _numbers;
+  DatabaseReference _database;
+  // The keys stand in one place: in the archived dictionary, in this list, or, until somebody asks
+  // for the list, in these numbers.
+  mutable List<Key> _keys = List<Key>::makeEmpty();
+  mutable std::optional<std::vector<std::uint32_t>> _numbers;
 };
 
 }  // namespace mrziphoto

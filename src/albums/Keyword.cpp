@@ -17,16 +17,6 @@ const std::string& tickString() {
   return text;
 }
 
-const Keyword& self(const Object& object) { return static_cast<const Keyword&>(object); }
-
-constexpr std::array kAccessors{
-    Accessor{"key", [](const Object& o) { return self(o).key(); }},
-    Accessor{"keyValue", [](const Object& o) { return self(o).keyValue(); }},
-    Accessor{"keyword", [](const Object& o) -> Value { return self(o).keyword(); }},
-    Accessor{"string", [](const Object& o) -> Value { return self(o).string(); }},
-};
-static_assert(accessorsAreSorted(kAccessors));
-
 }  // namespace
 
 Ref<Keyword> Keyword::initWithDictionary(const Dictionary& dictionary) {
@@ -54,7 +44,13 @@ std::optional<std::string> Keyword::keyword() const {
 }
 
 const Accessor* Keyword::accessorNamed(std::string_view name) const {
-  return findAccessor(kAccessors, name);
+  static constexpr std::array kAccessors{
+      accessor<&Keyword::key>("key"),
+      accessor<&Keyword::keyValue>("keyValue"),
+      accessor<&Keyword::keyword>("keyword"),
+      accessor<&Keyword::string>("string"),
+  };
+  return findAccessor<kAccessors>(name, ArchivedRecord::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

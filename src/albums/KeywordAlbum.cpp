@@ -18,14 +18,10 @@ std::optional<std::string> KeywordAlbum::comments() const {
 
 const Accessor* KeywordAlbum::accessorNamed(std::string_view name) const {
   static constexpr std::array kAccessors{
-      Accessor{"archiveDate",
-               [](const Object& o) -> Value { return static_cast<const Album&>(o).archiveDate(); }},
-      Accessor{"date",
-               [](const Object& o) -> Value { return static_cast<const Album&>(o).date(); }},
+      accessor<&KeywordAlbum::archiveDate>("archiveDate"),
+      accessor<&KeywordAlbum::date>("date"),
   };
-  static_assert(accessorsAreSorted(kAccessors));
-  const Accessor* own = findAccessor(kAccessors, name);
-  return own != nullptr ? own : Album::accessorNamed(name);
+  return findAccessor<kAccessors>(name, Album::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

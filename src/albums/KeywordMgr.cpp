@@ -1,10 +1,12 @@
 #include "KeywordMgr.h"
 
+#include <array>
 #include <limits>
 #include <vector>
 
 #include "../photos/Key.h"
 #include "../platform/Array.h"
+#include "../platform/KeyValue.h"
 #include "../platform/NumberIndex.h"
 
 namespace mrziphoto {
@@ -98,6 +100,14 @@ Ref<Keyword> KeywordMgr::keywordForKeyNumber(const Value& key) const {
     _used = std::make_unique<UsedKeywords>(entry(kUsedKeywords).array());
   }
   return _used->find(key);
+}
+
+const Accessor* KeywordMgr::accessorNamed(std::string_view name) const {
+  static constexpr std::array kAccessors{
+      accessor<&KeywordMgr::count>("count"),
+      accessor<&KeywordMgr::keywords>("keywords"),
+  };
+  return findAccessor<kAccessors>(name, ArchivedRecord::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

@@ -28,6 +28,7 @@ class MRZIPHOTO_EXPORT KeywordMgr final : public ArchivedRecord {
   [[nodiscard]] std::size_t count() const { return keywords().size(); }
 
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
 
   static constexpr std::string_view kKeywordList = "KeywordList";
   static constexpr std::string_view kUsedKeywords = "UsedKeywords";

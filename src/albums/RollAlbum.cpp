@@ -47,17 +47,11 @@ std::optional<Date> RollAlbum::archiveDate() const {
 
 const Accessor* RollAlbum::accessorNamed(std::string_view name) const {
   static constexpr std::array kAccessors{
-      Accessor{
-          "_rollRecRef",
-          [](const Object& o) -> Value { return static_cast<const RollAlbum&>(o)._rollRecRef(); }},
-      Accessor{"archiveDate",
-               [](const Object& o) -> Value { return static_cast<const Album&>(o).archiveDate(); }},
-      Accessor{"date",
-               [](const Object& o) -> Value { return static_cast<const Album&>(o).date(); }},
+      accessor<&RollAlbum::_rollRecRef>("_rollRecRef"),
+      accessor<&RollAlbum::archiveDate>("archiveDate"),
+      accessor<&RollAlbum::date>("date"),
   };
-  static_assert(accessorsAreSorted(kAccessors));
-  const Accessor* own = findAccessor(kAccessors, name);
-  return own != nullptr ? own : Album::accessorNamed(name);
+  return findAccessor<kAccessors>(name, Album::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

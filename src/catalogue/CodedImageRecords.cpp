@@ -222,7 +222,7 @@ CodedImageRecords::Record CodedImageRecords::pass(TVQiPhotoCodedStreamData& stre
   return check.record;
 }
 
-void CodedImageRecords::makeStores(ImageRecRef& record, std::uint32_t position) const {
+RecordStores CodedImageRecords::stores(std::uint32_t position) const {
   TVQiPhotoCodedStreamData stream(_catalogue);
   stream.setShouldSwapMode(TVQStreamData::bigEndian);
   stream.seekToDataOffset(position);
@@ -232,16 +232,15 @@ void CodedImageRecords::makeStores(ImageRecRef& record, std::uint32_t position) 
     contents.at(ImageValue::thumbnailPath) = contents[ImageValue::thumbnailFile];
   }
   const bool isPhoto = contents[ImageValue::rollKey].intValue() != 0;
-  const Ref<Dictionary> locations =
-      isPhoto ? makePhotoStores(record, contents) : makeRollStores(record, contents);
-  record.setImageInfoForKey(locations, contents[ImageValue::imageKey].unsignedIntValue());
+  return isPhoto ? photoStores(contents) : rollStores(contents);
 }
 
-Ref<Dictionary> CodedImageRecords::makeRollStores(ImageRecRef& record, Contents& contents) const {
+RecordStores CodedImageRecords::rollStores(Contents& contents) const {
+  RecordStores stores;
   if (_version > kLastVersionWithoutStores) {
-    record.setImageAttributes(attributesStore(contents[ImageValue::modificationDate],
-                                              entriesOf<kRollAttributes>(contents)));
-    record.setInfo(ImageRec::initWithDictionary(entriesOf<kRollInfo>(contents)));
+    stores.imageAttributes = attributesStore(contents[ImageValue::modificationDate],
+                                             entriesOf<kRollAttributes>(contents));
+    stores.info = ImageRec::initWithDictionary(entriesOf<kRollInfo>(contents));
   }
   // The roll's files lie in the folder in which the folder of its thumbnails lies.
   const std::optional<std::string> thumbnail = contents[ImageValue::thumbnailPath].text();
@@ -252,26 +251,29 @@ Ref<Dictionary> CodedImageRecords::makeRollStores(ImageRecRef& record, Contents&
     file = path::join(path::join(_directory, folder), *name);
   }
   contents.at(ImageValue::imageFile) = std::move(file);
-  return entriesOf<kRollLocations>(contents);
+  stores.imageInfo = entriesOf<kRollLocations>(contents);
+  return stores;
 }
 
-Ref<Dictionary> CodedImageRecords::makePhotoStores(ImageRecRef& record, Contents& contents) const {
+RecordStores CodedImageRecords::photoStores(Contents& contents) const {
   Value& image = contents.at(ImageValue::imageFile);
   Value& name = contents.at(ImageValue::fileName);
   if (const std::optional<std::string> file = (name.isNothing() ? image : name).text()) {
     name = path::lastComponent(*file);
   }
   contents.at(ImageValue::keywordKeys) = keywordsForKeys(contents.keywordKeys);
-  record.setImageAttributes(attributesStore(contents[ImageValue::modificationDate],
-                                            entriesOf<kPhotoAttributes>(contents)));
-  record.setInfo(ImageRec::initWithDictionary(entriesOf<kPhotoInfo>(contents)));
+  RecordStores stores;
+  stores.imageAttributes = attributesStore(contents[ImageValue::modificationDate],
+                                           entriesOf<kPhotoAttributes>(contents));
+  stores.info = ImageRec::initWithDictionary(entriesOf<kPhotoInfo>(contents));
 
   image = inDirectory(image);
   Value& original = contents.at(ImageValue::originalFile);
   original = original.isNothing() ? image : inDirectory(original);
   Value& thumbnail = contents.at(ImageValue::thumbnailPath);
   thumbnail = inDirectory(thumbnail);
-  return entriesOf<kPhotoLocations>(contents);
+  stores.imageInfo = entriesOf<kPhotoLocations>(contents);
+  return stores;
 }
 
 Value CodedImageRecords::keywordsForKeys(const std::vector<std::int32_t>& keys) const {

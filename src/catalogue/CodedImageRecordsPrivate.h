@@ -35,15 +35,14 @@ class CodedImageRecords final : public RecordSource {
   /// for a record that cannot be read.
   static Record pass(TVQiPhotoCodedStreamData& stream);
 
-  void makeStores(ImageRecRef& record, std::uint32_t position) const override;
+  [[nodiscard]] RecordStores stores(std::uint32_t position) const override;
   [[nodiscard]] const Class& objectClass() const override;
 
   class Contents;
 
  private:
-  // Each makes the record's info and attributes, and answers its file locations.
-  Ref<Dictionary> makePhotoStores(ImageRecRef& record, Contents& contents) const;
-  Ref<Dictionary> makeRollStores(ImageRecRef& record, Contents& contents) const;
+  [[nodiscard]] RecordStores photoStores(Contents& contents) const;
+  [[nodiscard]] RecordStores rollStores(Contents& contents) const;
   [[nodiscard]] Value keywordsForKeys(const std::vector<std::int32_t>& keys) const;
   /// The full path of a file whose path the record tells; nothing when it does not.
   [[nodiscard]] Value inDirectory(const Value& file) const;

@@ -88,9 +88,14 @@ Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::initWithContentsOfFile(const std::string
   const std::string file = FileManager::exists(path) ? path : path::join(folder, kLibraryDotIPhoto);
   const Data bytes = FileManager::readContents(file);
   Ref<TVQiPhotoLibrary> library = Ref<TVQiPhotoLibrary>::adopt(new TVQiPhotoLibrary);
-  library->_version = versionOf(bytes, file);
   library->_loadedFrom = file;
-  bool isDecoded = library->initWithData(bytes);
+  bool isDecoded = false;
+  try {
+    library->_version = versionOf(bytes, file);
+    isDecoded = library->decode(bytes);
+  } catch (const NSException& exception) {
+    library->noticeDamage(file, exception);
+  }
   if (isDecoded && library->libraryVersion() >= kFirstVersionWithAlbumData) {
     try {
       library->loadFromXML(folder);
@@ -112,6 +117,12 @@ void TVQiPhotoLibrary::noticeDamage(const std::string& file, const NSException& 
   log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
   _notices.push_back(
       {'\'' + file + "' is damaged: " + exception.reason(), file, exception.offset()});
+}
+
+Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::initWithData(const Data& bytes, std::int32_t version) {
+  Ref<TVQiPhotoLibrary> library = Ref<TVQiPhotoLibrary>::adopt(new TVQiPhotoLibrary);
+  library->_version = version;
+  return library->decode(bytes) ? library : nullptr;
 }
 
 const std::string& TVQiPhotoLibrary::directory() const {

@@ -11,6 +11,7 @@
 #include "../albums/ArchiveAlbum.h"
 #include "../albums/Keyword.h"
 #include "../albums/RollAlbum.h"
+#include "../photos/DatabaseReference.h"
 #include "../photos/ImageRecRef.h"
 #include "../photos/Key.h"
 #include "../platform/Data.h"
@@ -51,6 +52,10 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   /// album data that cannot be is passed over, see `albumDataFailure`.
   static Ref<TVQiPhotoLibrary> initWithContentsOfFile(const std::string& path,
                                                       Notice* failure = nullptr);
+  /// The catalogue of a catalogue file's bytes alone, laid out by that version, which
+  /// `iPhotoVersionForFilename` tells; of version 0 nothing is decoded. Nothing when the bytes
+  /// cannot be decoded; the log says why.
+  static Ref<TVQiPhotoLibrary> initWithData(const Data& bytes, std::int32_t version = 0);
   /// An empty catalogue.
   static Ref<TVQiPhotoLibrary> init();
 
@@ -63,7 +68,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
 
   /// The database is not owned; it is handed on to every record and album.
   void setDatabase(RecordDatabase* database);
-  [[nodiscard]] RecordDatabase* database() const { return _database; }
+  [[nodiscard]] RecordDatabase* database() const { return _database.get(); }
 
   /// The records with a roll key, in load order.
   [[nodiscard]] const List<ImageRecRef>& photos() const;
@@ -136,7 +141,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
 
   /// Takes in the catalogue file's bytes, laid out by `_version`. False, and a log line, for bytes
   /// that cannot be decoded: the catalogue is then of no use.
-  [[nodiscard]] bool initWithData(const Data& bytes);
+  [[nodiscard]] bool decode(const Data& bytes);
   /// Takes in "AlbumData.xml" of a folder. Throws NSException for a file that is no property list.
   void loadFromXML(const std::string& folder);
   /// Logs and keeps that a file cannot be decoded.
@@ -165,7 +170,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   void loadRolls(const Value& listOfRolls);
   void loadKeywords(const Value& listOfKeywords);
 
-  RecordDatabase* _database = nullptr;
+  DatabaseReference _database;
   std::string _loadedFrom;
   mutable std::optional<std::string> _directory;
   std::optional<std::string> _archivePath;

@@ -118,7 +118,7 @@ void TVQiPhotoLibrary::addAlbum(const Ref<Album>& album) {
     return;
   }
   _albums.append(album);
-  album->setDatabase(_database);
+  album->setDatabase(_database.get());
 }
 
 void TVQiPhotoLibrary::addAlbums(const List<Album>& albums) {
@@ -133,7 +133,7 @@ void TVQiPhotoLibrary::insertAlbumAtIndex(const Ref<Album>& album, std::int32_t 
   }
   const auto last = static_cast<std::int32_t>(numberOfAlbums());
   _albums.insert(album, static_cast<std::size_t>(std::clamp(position, 0, last)));
-  album->setDatabase(_database);
+  album->setDatabase(_database.get());
 }
 
 void TVQiPhotoLibrary::removeAllAlbums() {

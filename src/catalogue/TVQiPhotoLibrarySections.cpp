@@ -36,7 +36,7 @@ struct TVQiPhotoLibrary::Section {
   std::int32_t size;
 };
 
-bool TVQiPhotoLibrary::initWithData(const Data& bytes) {
+bool TVQiPhotoLibrary::decode(const Data& bytes) {
   try {
     if (_version > kLastCodedVersion) {
       log("New iPhoto library version %d", _version);

@@ -55,10 +55,8 @@ bool isInFolder(const std::string& place, const std::string& folder) {
 const Class TVQiPhotoDatabase::kClass{"TVQiPhotoDatabase"};
 
 TVQiPhotoDatabase::~TVQiPhotoDatabase() {
-  // Records and albums that a host still holds outlive the database without it.
-  if (_library) {
-    _library->setDatabase(nullptr);
-  }
+  // Before the first of its parts goes.
+  letGoOfRecords();
 }
 
 std::string TVQiPhotoDatabase::defaultDirectory() {

@@ -123,42 +123,32 @@ void TVQiPhotoDatabase::removeAllAlbums() {
   }
 }
 
-namespace {
-
-const TVQiPhotoDatabase& self(const Object& object) {
-  return static_cast<const TVQiPhotoDatabase&>(object);
-}
-
-constexpr std::array kAccessors{
-    Accessor{"albumDataDirectory",
-             [](const Object& o) -> Value { return self(o).albumDataDirectory(); }},
-    Accessor{"albumDataFile", [](const Object& o) -> Value { return self(o).albumDataFile(); }},
-    Accessor{"albums", [](const Object& o) { return self(o).albums().value(); }},
-    Accessor{"archivePath", [](const Object& o) -> Value { return self(o).archivePath(); }},
-    Accessor{"currentLibraryDataFilename",
-             [](const Object& o) -> Value { return self(o).currentLibraryDataFilename(); }},
-    Accessor{"directoriesDataFilename",
-             [](const Object& o) -> Value { return self(o).directoriesDataFilename(); }},
-    Accessor{"directory", [](const Object& o) -> Value { return self(o).directory(); }},
-    Accessor{"iPhotoDataVersion",
-             [](const Object& o) -> Value { return self(o).iPhotoDataVersion(); }},
-    Accessor{"iPhotoLibraryVersion",
-             [](const Object& o) -> Value { return self(o).iPhotoLibraryVersion(); }},
-    Accessor{"iPhotoVersion", [](const Object& o) -> Value { return self(o).iPhotoVersion(); }},
-    Accessor{"keywords", [](const Object& o) { return self(o).keywords().value(); }},
-    Accessor{"library6DataFilename",
-             [](const Object& o) -> Value { return self(o).library6DataFilename(); }},
-    Accessor{"libraryDataFilename",
-             [](const Object& o) -> Value { return self(o).libraryDataFilename(); }},
-    Accessor{"photos", [](const Object& o) { return self(o).photos().value(); }},
-    Accessor{"rolls", [](const Object& o) { return self(o).rolls().value(); }},
-};
-static_assert(accessorsAreSorted(kAccessors));
-
-}  // namespace
-
 const Accessor* TVQiPhotoDatabase::accessorNamed(std::string_view name) const {
-  return findAccessor(kAccessors, name);
+  static constexpr std::array kAccessors{
+      accessor<&TVQiPhotoDatabase::albumDataDirectory>("albumDataDirectory"),
+      accessor<&TVQiPhotoDatabase::albumDataFile>("albumDataFile"),
+      accessor<&TVQiPhotoDatabase::albums>("albums"),
+      accessor<&TVQiPhotoDatabase::archivePath>("archivePath"),
+      accessor<&TVQiPhotoDatabase::currentLibraryDataFilename>("currentLibraryDataFilename"),
+      accessor<&TVQiPhotoDatabase::directoriesDataFilename>("directoriesDataFilename"),
+      accessor<&TVQiPhotoDatabase::directory>("directory"),
+      accessor<&TVQiPhotoDatabase::iPhotoDataVersion>("iPhotoDataVersion"),
+      accessor<&TVQiPhotoDatabase::iPhotoLibraryVersion>("iPhotoLibraryVersion"),
+      accessor<&TVQiPhotoDatabase::iPhotoVersion>("iPhotoVersion"),
+      accessor<&TVQiPhotoDatabase::keywords>("keywords"),
+      accessor<&TVQiPhotoDatabase::library6DataFilename>("library6DataFilename"),
+      accessor<&TVQiPhotoDatabase::libraryDataFilename>("libraryDataFilename"),
+      accessor<&TVQiPhotoDatabase::photos>("photos"),
+      // The one operation that changes something; a database is never made const.
+      Accessor{"reloadIfChanged",
+               [](const Object& o) -> Value {
+                 const auto& database = static_cast<const TVQiPhotoDatabase&>(o);
+                 return const_cast<TVQiPhotoDatabase&>(database).reloadIfChanged();
+               }},
+      accessor<&TVQiPhotoDatabase::rolls>("rolls"),
+      accessor<&TVQiPhotoDatabase::thumbnailSegmentCache>("thumbnailSegmentCache"),
+  };
+  return findAccessor<kAccessors>(name, Object::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

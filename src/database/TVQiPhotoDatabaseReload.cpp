@@ -22,6 +22,7 @@ bool TVQiPhotoDatabase::reloadIfChanged() {
   if (!libraryChanged && !directoriesChanged) {
     return false;
   }
+  letGoOfRecords();
   removeAllAlbums();
   _library = nullptr;
   _directories = nullptr;

@@ -65,7 +65,7 @@ void TVQiPhotoDatabase::noticeThumbnailCache(const std::string& file) const {
 
 Ref<NSBitmapImageRep> TVQiPhotoDatabase::cacheThumbnailForKey(const Value& key) const {
   const Ref<iPhotoSegmentCache> cache = thumbnailSegmentCache();
-  const Value number = cache ? keyNumber(key) : Value();
+  const Value number = cache ? findKeyNumber(key) : Value();
   if (number.isNothing()) {
     return {};
   }
@@ -81,7 +81,7 @@ Ref<NSBitmapImageRep> TVQiPhotoDatabase::cacheThumbnailForKey(const Value& key) 
 }
 
 Ref<NSImage> TVQiPhotoDatabase::thumbnailForKeyImageSize(const Value& key, NSSize size) const {
-  const Value value = keyNumber(key);
+  const Value value = findKeyNumber(key);
   if (value.isNothing()) {
     return {};
   }

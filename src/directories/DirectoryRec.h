@@ -20,6 +20,7 @@ class MRZIPHOTO_EXPORT DirectoryRec final : public ArchivedRecord {
   [[nodiscard]] std::optional<std::string> directory() const { return entry(kPath).text(); }
 
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
 
   static constexpr std::string_view kKey = "Key";
   static constexpr std::string_view kPath = "Path";

@@ -1,7 +1,10 @@
 #include "TVQiPhotoDirectories.h"
 
+#include <array>
+
 #include "../photos/Key.h"
 #include "../platform/FileManager.h"
+#include "../platform/KeyValue.h"
 #include "../platform/Log.h"
 #include "../platform/NSException.h"
 #include "../platform/NSUnarchiver.h"
@@ -11,15 +14,6 @@ namespace mrziphoto {
 namespace {
 
 Ref<DirectoryRec> recordOf(const Value& element) { return element.object<DirectoryRec>(); }
-
-/// The number of an entry's key; nothing for an entry that no number can find.
-Value numberOf(const Ref<DirectoryRec>& record) {
-  try {
-    return record->directoryKeyValue();
-  } catch (const NSException&) {
-    return {};
-  }
-}
 
 void logException(const NSException& exception) {
   log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
@@ -35,7 +29,8 @@ class TVQiPhotoDirectories::Index : public NumberIndex {
   explicit Index(const Array& entries) : NumberIndex(entries.size()) {
     for (std::size_t i = 0; i < entries.size(); ++i) {
       const Ref<DirectoryRec> record = recordOf(entries[i]);
-      if (const auto number = wholeNumber(record ? numberOf(record) : Value())) {
+      if (const auto number =
+              wholeNumber(record ? findKeyNumber(record->directoryKey()) : Value())) {
         add(*number, i);
       }
     }
@@ -79,7 +74,7 @@ Ref<TVQiPhotoDirectories> TVQiPhotoDirectories::initWithData(const Data& bytes) 
 }
 
 std::optional<std::string> TVQiPhotoDirectories::directoryForKey(const Value& key) const {
-  const Value number = keyNumber(key);
+  const Value number = findKeyNumber(key);
   if (!directories || number.isNothing()) {
     return std::nullopt;
   }
@@ -95,13 +90,13 @@ std::optional<std::string> TVQiPhotoDirectories::directoryForKey(const Value& ke
 }
 
 std::optional<std::string> TVQiPhotoDirectories::directoryByWalk(const Value& key) const {
-  const Value number = keyNumber(key);
+  const Value number = findKeyNumber(key);
   if (!directories || number.isNothing()) {
     return std::nullopt;
   }
   for (const Value& element : *directories) {
     const Ref<DirectoryRec> record = recordOf(element);
-    if (record && numberOf(record) == number) {
+    if (record && findKeyNumber(record->directoryKey()) == number) {
       return record->directory();
     }
   }
@@ -111,6 +106,16 @@ std::optional<std::string> TVQiPhotoDirectories::directoryByWalk(const Value& ke
 std::string TVQiPhotoDirectories::description() const {
   return format("%@: directoriesKey = %@, directories = %@", className(), directoriesKey,
                 directories);
+}
+
+const Accessor* TVQiPhotoDirectories::accessorNamed(std::string_view name) const {
+  static constexpr std::array kAccessors{
+      Accessor{"database",
+               [](const Object& o) {
+                 return static_cast<const TVQiPhotoDirectories&>(o)._database.value();
+               }},
+  };
+  return findAccessor<kAccessors>(name, Object::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

@@ -30,10 +30,10 @@ class MRZIPHOTO_EXPORT TVQiPhotoDirectories final : public Object {
 
   /// The database is not owned.
   void setDatabase(RecordDatabase* database) { _database = database; }
-  [[nodiscard]] RecordDatabase* database() const { return _database; }
+  [[nodiscard]] RecordDatabase* database() const { return _database.get(); }
 
   /// The relative folder of the first entry with that key (a number or a `Key`); nothing when no
-  /// entry has it.
+  /// entry has it, and for a `Key` without a number.
   [[nodiscard]] std::optional<std::string> directoryForKey(const Value& key) const;
   /// The same by a walk from the first entry to the last.
   [[nodiscard]] std::optional<std::string> directoryByWalk(const Value& key) const;
@@ -41,12 +41,13 @@ class MRZIPHOTO_EXPORT TVQiPhotoDirectories final : public Object {
   /// "%@: directoriesKey = %@, directories = %@".
   [[nodiscard]] std::string description() const override;
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
 
  private:
   class Index;
   TVQiPhotoDirectories();
 
-  RecordDatabase* _database = nullptr;
+  DatabaseReference _database;
   Value directoriesKey;
   Ref<Array> directories;
   mutable std::unique_ptr<Index> _index;

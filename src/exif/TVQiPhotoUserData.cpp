@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "../photos/ImageRecRef.h"
 #include "../platform/KeyValue.h"
 #include "../platform/Log.h"
 #include "../platform/MacRoman.h"
@@ -230,50 +231,44 @@ std::string TVQiPhotoUserData::meteringModeDescription() const {
 
 namespace {
 
-const TVQiPhotoUserData& self(const Object& object) {
-  return static_cast<const TVQiPhotoUserData&>(object);
-}
-
 template <std::size_t row>
 Value recordedValue(const Object& object) {
-  return self(object).dataForKey(kCameraRecords[row].code);
+  return static_cast<const TVQiPhotoUserData&>(object).dataForKey(kCameraRecords[row].code);
 }
-
-/// A row for the operation of that name.
-#define MRZIPHOTO_ANSWER(name)                                               \
-  Accessor {                                                                 \
-#name, [](const Object& object) -> Value { return self(object).name(); } \
-  }
 
 /// What the records are called by, and the answers that are made from them, sorted by name.
 template <std::size_t... row>
 constexpr auto makeAccessors(std::index_sequence<row...> /*records*/) {
+  using Camera = TVQiPhotoUserData;
   std::array accessors{
       Accessor{kCameraRecords[row].accessor, recordedValue<row>}...,
-      MRZIPHOTO_ANSWER(cameraMaker),
-      MRZIPHOTO_ANSWER(cameraModel),
-      MRZIPHOTO_ANSWER(cameraSoftware),
-      MRZIPHOTO_ANSWER(flashDescription),
-      MRZIPHOTO_ANSWER(fractionalExposure),
-      MRZIPHOTO_ANSWER(lightSourceDescription),
-      MRZIPHOTO_ANSWER(meteringModeDescription),
-      MRZIPHOTO_ANSWER(sensingMethodDescription),
-      MRZIPHOTO_ANSWER(shutter),
-      MRZIPHOTO_ANSWER(speed),
+      accessor<&Camera::cameraMaker>("cameraMaker"),
+      accessor<&Camera::cameraModel>("cameraModel"),
+      accessor<&Camera::cameraSoftware>("cameraSoftware"),
+      accessor<&Camera::flashDescription>("flashDescription"),
+      accessor<&Camera::fractionalExposure>("fractionalExposure"),
+      accessor<&Camera::lightSourceDescription>("lightSourceDescription"),
+      accessor<&Camera::meteringModeDescription>("meteringModeDescription"),
+      accessor<&Camera::sensingMethodDescription>("sensingMethodDescription"),
+      accessor<&Camera::shutter>("shutter"),
+      accessor<&Camera::speed>("speed"),
+      Accessor{"photo",
+               [](const Object& o) -> Value {
+                 return Ref<Object>(
+                     const_cast<ImageRecRef*>(static_cast<const Camera&>(o).photo()));
+               }},
   };
   std::ranges::sort(accessors, {}, &Accessor::name);
   return accessors;
 }
-#undef MRZIPHOTO_ANSWER
 
 constexpr auto kAccessors = makeAccessors(std::make_index_sequence<kCameraRecords.size()>());
-static_assert(accessorsAreSorted(kAccessors));
 
 }  // namespace
 
-const Accessor* TVQiPhotoUserData::accessorNamed(std::string_view key) const {
+const Accessor* TVQiPhotoUserData::accessorNamed(std::string_view name) const {
   // The name of a record without an accessor is empty.
-  return key.empty() ? nullptr : findAccessor(kAccessors, key);
+  return name.empty() ? nullptr : findAccessor<kAccessors>(name, Object::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

@@ -31,7 +31,8 @@ class MRZIPHOTO_EXPORT TVQiPhotoUserData final : public Object {
   /// Throws NSException "NSInvalidArgumentException" for a fraction whose denominator is 0.
   static Ref<TVQiPhotoUserData> initWithData(const Data& data);
 
-  /// The photo that the values belong to. It is not owned.
+  /// The photo that the values belong to; nothing once that has gone or was unloaded. It is not
+  /// owned.
   void setPhoto(const ImageRecRef* photo) { _imageRecord = photo; }
   [[nodiscard]] const ImageRecRef* photo() const { return _imageRecord; }
 
@@ -63,8 +64,8 @@ class MRZIPHOTO_EXPORT TVQiPhotoUserData final : public Object {
   /// Millimetres.
   [[nodiscard]] std::optional<Decimal> focalLength() const;
 
-  /// The n of an exposure time written as 1/n, rounded to a whole number. 0 when there is no
-  /// exposure time, when it is 0, and when it is too short for n to be a 64-bit number.
+  /// The n of an exposure time written as 1/n, rounded to a whole number of at most 18 or 19 digits
+  /// and zeros behind them. 0 when there is no exposure time and when it is 0.
   [[nodiscard]] Decimal shutter() const;
 
   /// The settings in words, in the language of the library's texts. A setting that is missing
@@ -82,7 +83,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoUserData final : public Object {
   [[nodiscard]] std::optional<std::uint16_t> speed() const { return isoSpeed(); }
 
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
-  [[nodiscard]] const Accessor* accessorNamed(std::string_view key) const override;
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
 
  private:
   struct Entry {

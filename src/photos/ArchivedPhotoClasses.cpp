@@ -1,3 +1,6 @@
+#include <array>
+
+#include "../platform/KeyValue.h"
 #include "AttributeMgr.h"
 #include "DBCopySource.h"
 #include "DBSource.h"
@@ -17,5 +20,13 @@ const Class ImageSource::kClass{"ImageSource", nullptr, 0, &makeEmpty<ImageSourc
 const Class DBSource::kClass{"DBSource", &ImageSource::kClass, 0, &makeEmpty<DBSource>};
 const Class DBCopySource::kClass{"DBCopySource", &ImageSource::kClass, 0, &makeEmpty<DBCopySource>};
 const Class ImageRecRef::kClass{"ImageRecRef", nullptr, 4, &makeEmpty<ImageRecRef>};
+
+const Accessor* ImageSource::accessorNamed(std::string_view name) const {
+  static constexpr std::array kAccessors{
+      accessor<&ImageSource::directoryKey>("directoryKey"),
+      accessor<&ImageSource::filename>("filename"),
+  };
+  return findAccessor<kAccessors>(name, ArchivedRecord::accessorNamed(name));
+}
 
 }  // namespace mrziphoto

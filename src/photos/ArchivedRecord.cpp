@@ -30,8 +30,7 @@ void ArchivedRecord::logNewerVersion(const Class& /*olderClass*/, const NSUnarch
 }
 
 Value ArchivedRecord::entry(std::string_view name) const {
-  const Ref<Dictionary>& dictionary = storedDictionary();
-  return dictionary ? dictionary->get(name) : Value();
+  return _dictionary ? _dictionary->get(name) : Value();
 }
 
 void ArchivedRecord::setEntry(std::string_view name, Value value) {

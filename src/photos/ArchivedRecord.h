@@ -14,7 +14,7 @@ namespace mrziphoto {
 class MRZIPHOTO_EXPORT ArchivedRecord : public Object {
  public:
   /// The dictionary; nothing when an archive held something else in its place.
-  [[nodiscard]] virtual const Ref<Dictionary>& storedDictionary() const { return _dictionary; }
+  [[nodiscard]] virtual Ref<Dictionary> storedDictionary() const { return _dictionary; }
 
   /// "class name: dictionary".
   [[nodiscard]] std::string description() const override;

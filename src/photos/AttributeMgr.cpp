@@ -1,5 +1,9 @@
 #include "AttributeMgr.h"
 
+#include <array>
+
+#include "../platform/KeyValue.h"
+
 namespace mrziphoto {
 
 Ref<AttributeMgr> AttributeMgr::init() { return initWithDictionary(make<Dictionary>()); }
@@ -27,6 +31,15 @@ Value AttributeMgr::attributeForKey(std::string_view name) const {
 std::optional<Date> AttributeMgr::modificationDate() const {
   const std::optional<Date> date = entry(kModificationDate).date();
   return date ? date : entry(kModicationDate).date();
+}
+
+const Accessor* AttributeMgr::accessorNamed(std::string_view name) const {
+  static constexpr std::array kAccessors{
+      accessor<&AttributeMgr::attributes>("attributes"),
+      accessor<&AttributeMgr::imageUserData>("imageUserData"),
+      accessor<&AttributeMgr::modificationDate>("modificationDate"),
+  };
+  return findAccessor<kAccessors>(name, ArchivedRecord::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

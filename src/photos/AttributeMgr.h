@@ -33,6 +33,7 @@ class MRZIPHOTO_EXPORT AttributeMgr final : public ArchivedRecord {
   [[nodiscard]] Value imageUserData() const { return attributeForKey(kImageUserData); }
 
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
 
   static constexpr std::string_view kAttributes = "Attributes";
   static constexpr std::string_view kModificationDate = "Modification_Date";

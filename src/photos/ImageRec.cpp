@@ -1,5 +1,9 @@
 #include "ImageRec.h"
 
+#include <array>
+
+#include "../platform/KeyValue.h"
+
 namespace mrziphoto {
 
 Ref<ImageRec> ImageRec::init() { return initWithDictionary(make<Dictionary>()); }
@@ -31,6 +35,21 @@ Ref<ImageSource> ImageRec::imageSource() const { return entry(kImageSource).obje
 Value ImageRec::directoryKey() const {
   const Ref<ImageSource> source = imageSource();
   return source ? source->directoryKey() : Value();
+}
+
+const Accessor* ImageRec::accessorNamed(std::string_view name) const {
+  static constexpr std::array kAccessors{
+      accessor<&ImageRec::date>("date"),
+      accessor<&ImageRec::directoryKey>("directoryKey"),
+      accessor<&ImageRec::fileName>("fileName"),
+      accessor<&ImageRec::imageHeight>("imageHeight"),
+      accessor<&ImageRec::imageSource>("imageSource"),
+      accessor<&ImageRec::imageWidth>("imageWidth"),
+      accessor<&ImageRec::key>("key"),
+      accessor<&ImageRec::rollKey>("rollKey"),
+      accessor<&ImageRec::rotation>("rotation"),
+  };
+  return findAccessor<kAccessors>(name, ArchivedRecord::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

@@ -45,6 +45,7 @@ class MRZIPHOTO_EXPORT ImageRec final : public ArchivedRecord {
   [[nodiscard]] Value directoryKey() const;
 
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
 
   static constexpr std::string_view kFileName = "FileName";
   static constexpr std::string_view kImageHeight = "Image_Height";

@@ -15,7 +15,6 @@
 #include "ImageRecRefOnRequestPrivate.h"
 #include "PhotoFolder.h"
 #include "RecordDatabase.h"
-#include "RecordSource.h"
 
 namespace mrziphoto {
 
@@ -30,9 +29,7 @@ ImageRecRef::OnRequest& ImageRecRef::onRequest() const {
 }
 
 void ImageRecRef::setImageInfoForKey(Ref<Dictionary> imageInfo, std::uint32_t key) {
-  takeFromSource();
-  _source = nullptr;  // what is given now must not be made anew
-  _imageInfo = std::move(imageInfo);
+  givenStores().imageInfo = std::move(imageInfo);
   takeKey(key);
 }
 
@@ -40,6 +37,7 @@ void ImageRecRef::setSourceForKey(Ref<RecordSource> source, std::uint32_t positi
                                   std::uint32_t key) {
   _source = std::move(source);
   _sourcePosition = position;
+  _isTakenFromSource = false;
   takeKey(key);
 }
 
@@ -60,44 +58,41 @@ void ImageRecRef::takeKey(std::uint32_t key) {
   _hasImageKey = true;
 }
 
-void ImageRecRef::takeFromSource() const {
+/// The record's stores, asked of its source when that was not done yet.
+RecordStores& ImageRecRef::stores() const {
   if (_source && !_isTakenFromSource) {
-    // Set first: making the stores must not ask for them again.
+    _stores = _source->stores(_sourcePosition);
     _isTakenFromSource = true;
-    const Ref<RecordSource> source = std::move(_source);
-    source->makeStores(const_cast<ImageRecRef&>(*this), _sourcePosition);
-    _source = source;
   }
+  return _stores;
+}
+
+/// The stores that a host sets one of: from now on they are what was given, and not the source's.
+RecordStores& ImageRecRef::givenStores() {
+  RecordStores& given = stores();
+  _source = nullptr;
+  return given;
 }
 
 void ImageRecRef::unload() {
   if (_source && _isTakenFromSource) {
-    _imageInfo = nullptr;
-    _attributes = nullptr;
-    _info = nullptr;
+    _stores = {};
     _infoAttempted = false;
     _isTakenFromSource = false;
   }
   if (_onRequest) {
-    OnRequest handedIn;
-    handedIn._dbAttributes = std::move(_onRequest->_dbAttributes);
-    handedIn._dbInfo = std::move(_onRequest->_dbInfo);
-    _onRequest = handedIn._dbAttributes || handedIn._dbInfo
-                     ? std::make_unique<OnRequest>(std::move(handedIn))
-                     : nullptr;
+    auto handedIn = std::make_unique<OnRequest>();
+    handedIn->_dbAttributes = std::move(_onRequest->_dbAttributes);
+    handedIn->_dbInfo = std::move(_onRequest->_dbInfo);
+    const bool isAny = handedIn->_dbAttributes || handedIn->_dbInfo;
+    _onRequest = isAny ? std::move(handedIn) : nullptr;
   }
 }
 
-void ImageRecRef::setInfo(Ref<ImageRec> info) {
-  takeFromSource();
-  _source = nullptr;
-  _info = std::move(info);
-}
+void ImageRecRef::setInfo(Ref<ImageRec> info) { givenStores().info = std::move(info); }
 
 void ImageRecRef::setImageAttributes(Ref<AttributeMgr> attributes) {
-  takeFromSource();
-  _source = nullptr;
-  _attributes = std::move(attributes);
+  givenStores().imageAttributes = std::move(attributes);
 }
 
 void ImageRecRef::setImageInfoForKeyString(Ref<Dictionary> imageInfo, std::string_view key) {
@@ -118,13 +113,11 @@ Value ImageRecRef::archived(std::string_view name) const {
   return _dictionary ? _dictionary->get(name) : Value();
 }
 
-const Ref<Dictionary>& ImageRecRef::imageInfo() const {
-  takeFromSource();
-  return _imageInfo;
-}
+const Ref<Dictionary>& ImageRecRef::imageInfo() const { return stores().imageInfo; }
 
 Value ImageRecRef::imageInfo(std::string_view name) const {
-  return imageInfo() ? _imageInfo->get(name) : Value();
+  const Ref<Dictionary>& entries = imageInfo();
+  return entries ? entries->get(name) : Value();
 }
 
 Value ImageRecRef::attribute(std::string_view name) const {

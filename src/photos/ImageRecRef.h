@@ -11,15 +11,16 @@
 #include "../platform/NSSize.h"
 #include "../platform/Object.h"
 #include "AttributeMgr.h"
+#include "DatabaseReference.h"
 #include "ImageRec.h"
 #include "Key.h"
+#include "RecordSource.h"
 
 namespace mrziphoto {
 
 class NSImage;
 class PhotoFolder;
 class RecordDatabase;
-class RecordSource;
 class TVQiPhotoUserData;
 
 /// One photo of a library; a record without a roll key stands for a film roll instead.
@@ -45,14 +46,14 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   /// The same with a decimal text for the key, read as `Key::initWithKeyString` reads it.
   void setImageInfoForKeyString(Ref<Dictionary> imageInfo, std::string_view key);
   /// Gives the record its image key now, and leaves the image info and the stores to `source`,
-  /// which makes them when they are first asked for.
+  /// which is asked when the first of them is. What a source throws is thrown to whoever asked.
   void setSourceForKey(Ref<RecordSource> source, std::uint32_t position, std::uint32_t key);
   /// Lets go of what can be worked out again: stores that a source makes, camera values, images.
   /// What was given to the record stays. For hosts that go through a large library once.
   void unload();
   /// The database is not owned.
   void setDatabase(RecordDatabase* database) { _database = database; }
-  [[nodiscard]] RecordDatabase* database() const { return _database; }
+  [[nodiscard]] RecordDatabase* database() const { return _database.get(); }
 
   /// The photo's own stores.
   void setInfo(Ref<ImageRec> info);
@@ -171,7 +172,7 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   /// The value that the camera values have for a key which is no operation of the record's; throws
   /// NSException "NSUnknownKeyException" when they have none either.
   [[nodiscard]] Value valueForUndefinedKey(std::string_view key) const override;
-  [[nodiscard]] const Accessor* accessorNamed(std::string_view key) const override;
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
   /// True when key-value access to this record answers that key.
   [[nodiscard]] bool respondsToSelector(std::string_view key) const;
 
@@ -213,8 +214,9 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   [[nodiscard]] Value archived(std::string_view name) const;
   [[nodiscard]] const Ref<Dictionary>& imageInfo() const;
   [[nodiscard]] Value imageInfo(std::string_view name) const;
-  void takeFromSource() const;
   void takeKey(std::uint32_t key);
+  [[nodiscard]] RecordStores& stores() const;
+  [[nodiscard]] RecordStores& givenStores();
   [[nodiscard]] Value attribute(std::string_view name) const;
   [[nodiscard]] std::optional<std::string> attributeText(std::string_view attributeName,
                                                          std::string_view infoName) const;
@@ -237,15 +239,13 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   mutable bool _updatedImagePath : 1 = false;
   mutable bool _hasBeenEditedIsValid : 1 = false;
   mutable bool _hasBeenEdited : 1 = false;
-  RecordDatabase* _database = nullptr;
+  DatabaseReference _database;
   Ref<Dictionary> _dictionary;
-  mutable Ref<AttributeMgr> _attributes;
-  mutable Ref<ImageRec> _info;
-  Ref<Dictionary> _imageInfo;
+  mutable RecordStores _stores;
   mutable Ref<PhotoFolder> _directory;
   // What only some photos are ever asked for.
   mutable std::unique_ptr<OnRequest> _onRequest;
-  mutable Ref<RecordSource> _source;
+  Ref<RecordSource> _source;
   std::uint32_t _sourcePosition = 0;
   std::uint32_t _imageKey = 0;
 };

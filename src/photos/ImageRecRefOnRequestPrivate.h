@@ -11,6 +11,16 @@ namespace mrziphoto {
 
 /// What a photo record works out on first request and keeps.
 struct ImageRecRef::OnRequest {
+  OnRequest() = default;
+  OnRequest(const OnRequest&) = delete;
+  OnRequest& operator=(const OnRequest&) = delete;
+  ~OnRequest() {
+    // A host may hold on to the camera values for longer than to their photo.
+    if (_exifData) {
+      _exifData->setPhoto(nullptr);
+    }
+  }
+
   Ref<AttributeMgr> _dbAttributes;
   Ref<ImageRec> _dbInfo;
   std::optional<std::string> _relativeDirectory;

@@ -110,7 +110,7 @@ Ref<NSImage> ImageRecRef::imageWithPath(const std::string& path) {
 }
 
 Ref<NSImage> ImageRecRef::image() const {
-  const ReadingRules::Scope scope(rulesOf(_database));
+  const ReadingRules::Scope scope(rulesOf(_database.get()));
   const std::optional<std::string> path = imagePath();
   return path ? imageWithPath(*path) : nullptr;
 }
@@ -125,7 +125,7 @@ Ref<NSImage> ImageRecRef::keptThumbnail(Ref<NSImage>& kept) const {
   if (kept) {
     return kept;
   }
-  const ReadingRules::Scope scope(rulesOf(_database));
+  const ReadingRules::Scope scope(rulesOf(_database.get()));
   const std::optional<std::string> path = thumbnailPath();
   Ref<NSImage> found = path ? NSImage::initByReferencingFile(*path, imageClass()) : nullptr;
   if (!found || !found->isValid()) {

@@ -35,29 +35,33 @@ void noteUnreadableStore(const RecordDatabase* database, const std::string& file
   }
 }
 
-/// The root object of an archive when it is a `T`.
+/// The root object of an archive; nothing, and a log line, when it is no `T`.
 template <class T>
 Ref<T> decodeRoot(const Data& bytes, const std::string& path) {
   const auto reader = NSUnarchiver::initForReadingWithData(bytes);
   if (!reader) {
     NSException::raise(kNSInvalidArgumentException, "'%@' is no archive", path);
   }
-  return reader->decodeObject().template object<T>();
+  const Value root = reader->decodeObject();
+  Ref<T> store = root.object<T>();
+  if (!store) {
+    log("'%@' holds %@ in place of %@", path, root.className(), T::kClass.name);
+  }
+  return store;
 }
 
 }  // namespace
 
 Ref<ImageRec> ImageRecRef::info() const {
-  takeFromSource();
-  if (!_info && !_infoAttempted) {
+  if (!stores().info && !_infoAttempted) {
     _infoAttempted = true;
     loadInfo();
   }
-  return _info;
+  return _stores.info;
 }
 
 void ImageRecRef::loadInfo() const {
-  const ReadingRules::Scope scope(rulesOf(_database));
+  const ReadingRules::Scope scope(rulesOf(_database.get()));
   const Ref<ImageRec> handedIn = dbInfo();
   const bool inDataFolder = handedIn || imageInfo();
   const Ref<PhotoFolder> found = folder();
@@ -65,28 +69,28 @@ void ImageRecRef::loadInfo() const {
   if (found && found->holdsStore(inDataFolder, name)) {
     const std::string file = path::join(found->storeFolder(inDataFolder), name);
     try {
-      _info = decodeRoot<ImageRec>(FileManager::readContents(file), file);
+      _stores.info = decodeRoot<ImageRec>(FileManager::readContents(file), file);
     } catch (const NSException& exception) {
       logException(exception);
-      noteUnreadableStore(_database, file, exception);
+      noteUnreadableStore(_database.get(), file, exception);
     }
   }
-  if (!_info && handedIn) {
-    _info = handedIn;
+  if (!_stores.info && handedIn) {
+    _stores.info = handedIn;
     log("%@ using database INFO for image %@ at %@", className(), key(), imagePath());
   }
 }
 
 Ref<AttributeMgr> ImageRecRef::imageAttributes() const {
-  takeFromSource();
-  if (!_attributes) {
+  if (!stores().imageAttributes) {
     loadImageAttributes();
   }
-  return _attributes;
+  return _stores.imageAttributes;
 }
 
 void ImageRecRef::loadImageAttributes() const {
-  const ReadingRules::Scope scope(rulesOf(_database));
+  const ReadingRules::Scope scope(rulesOf(_database.get()));
+  Ref<AttributeMgr>& kept = _stores.imageAttributes;
   const Ref<AttributeMgr> handedIn = _onRequest ? _onRequest->_dbAttributes : Ref<AttributeMgr>();
   // Without a database the version counts as 0, as every unanswered number does.
   const std::int32_t version = _database != nullptr ? _database->iPhotoLibraryVersion() : 0;
@@ -102,22 +106,23 @@ void ImageRecRef::loadImageAttributes() const {
       FileFailure failure;
       const std::optional<Data> bytes =
           file ? FileManager::contents(*file, &failure) : std::nullopt;
-      if (bytes) {
-        _attributes = decodeRoot<AttributeMgr>(*bytes, *file);
-      } else {
+      if (!bytes) {
         log("No data for image attributes at %@", file);
         if (failure.cause != FileFailure::Cause::notThere) {
-          noteUnreadableStore(_database, *file, FileException(failure));
+          noteUnreadableStore(_database.get(), *file, FileException(failure));
         }
-        _attributes = AttributeMgr::init();
+      }
+      kept = bytes ? decodeRoot<AttributeMgr>(*bytes, *file) : AttributeMgr::init();
+      if (!kept && !handedIn) {
+        kept = AttributeMgr::init();  // the file would say the same each time
       }
     } catch (const NSException& exception) {
       logException(exception);
-      noteUnreadableStore(_database, *file, exception);
+      noteUnreadableStore(_database.get(), *file, exception);
     }
   }
-  if (!_attributes && handedIn) {
-    _attributes = handedIn;
+  if (!kept && handedIn) {
+    kept = handedIn;
     log("Using database attributes for image %@ at %@", key(), imagePath());
   }
 }
@@ -161,81 +166,63 @@ void ImageRecRef::initWithCoder(NSUnarchiver& coder) {
 
 void ImageRecRef::encodeWithCoder(NSArchiver& coder) const { coder.encodeObject(_dictionary); }
 
-namespace {
-
-const ImageRecRef& self(const Object& object) { return static_cast<const ImageRecRef&>(object); }
-
-/// A row for the operation of that name.
-#define MRZIPHOTO_ANSWER(name)                                               \
-  Accessor {                                                                 \
-#name, [](const Object& object) -> Value { return self(object).name(); } \
-  }
-
-constexpr std::array kPhotoAccessors{
-    MRZIPHOTO_ANSWER(_filename),
-    MRZIPHOTO_ANSWER(_imageDirectory),
-    MRZIPHOTO_ANSWER(_originalImageFilename),
-    MRZIPHOTO_ANSWER(_thumbnailFilename),
-    MRZIPHOTO_ANSWER(annotation),
-    MRZIPHOTO_ANSWER(archiveDate),
-    MRZIPHOTO_ANSWER(caption),
-    MRZIPHOTO_ANSWER(comments),
-    Accessor{"database",
-             [](const Object& object) -> Value {
-               const RecordDatabase* database = self(object).database();
-               return database != nullptr ? Value(database->object()) : Value();
-             }},
-    MRZIPHOTO_ANSWER(date),
-    MRZIPHOTO_ANSWER(dbInfo),
-    MRZIPHOTO_ANSWER(description),
-    MRZIPHOTO_ANSWER(directory),
-    MRZIPHOTO_ANSWER(directoryKey),
-    MRZIPHOTO_ANSWER(displayImage),
-    MRZIPHOTO_ANSWER(displayThumbnail),
-    MRZIPHOTO_ANSWER(exifData),
-    MRZIPHOTO_ANSWER(extension),
-    MRZIPHOTO_ANSWER(fileSize),
-    MRZIPHOTO_ANSWER(filename),
-    MRZIPHOTO_ANSWER(filepath),
-    MRZIPHOTO_ANSWER(hasBeenEdited),
-    MRZIPHOTO_ANSWER(image),
-    MRZIPHOTO_ANSWER(imageAttributes),
-    MRZIPHOTO_ANSWER(imageHeight),
-    MRZIPHOTO_ANSWER(imagePath),
-    Accessor{"imageSize",
-             [](const Object& object) -> Value {
-               const NSSize size = self(object).imageSize();
-               return make<Dictionary>(std::initializer_list<std::pair<std::string_view, Value>>{
-                   {"width", size.width}, {"height", size.height}});
-             }},
-    MRZIPHOTO_ANSWER(imageWidth),
-    MRZIPHOTO_ANSWER(info),
-    MRZIPHOTO_ANSWER(key),
-    MRZIPHOTO_ANSWER(keyStringValue),
-    MRZIPHOTO_ANSWER(keywords),
-    MRZIPHOTO_ANSWER(modificationDate),
-    MRZIPHOTO_ANSWER(originalExtension),
-    MRZIPHOTO_ANSWER(originalFilename),
-    MRZIPHOTO_ANSWER(originalImage),
-    MRZIPHOTO_ANSWER(originalImageDirectory),
-    MRZIPHOTO_ANSWER(originalImagePath),
-    MRZIPHOTO_ANSWER(originalThumbnail),
-    MRZIPHOTO_ANSWER(photoId),
-    MRZIPHOTO_ANSWER(relativeDirectory),
-    MRZIPHOTO_ANSWER(rollKey),
-    MRZIPHOTO_ANSWER(rotation),
-    MRZIPHOTO_ANSWER(thumbnail),
-    MRZIPHOTO_ANSWER(thumbnailDirectory),
-    MRZIPHOTO_ANSWER(thumbnailPath),
-    MRZIPHOTO_ANSWER(title),
-};
-#undef MRZIPHOTO_ANSWER
-static_assert(accessorsAreSorted(kPhotoAccessors));
-
-}  // namespace
-
-const Accessor* ImageRecRef::accessorNamed(std::string_view key) const {
-  return findAccessor(kPhotoAccessors, key);
+const Accessor* ImageRecRef::accessorNamed(std::string_view name) const {
+  static constexpr std::array kAccessors{
+      accessor<&ImageRecRef::_filename>("_filename"),
+      accessor<&ImageRecRef::_imageDirectory>("_imageDirectory"),
+      accessor<&ImageRecRef::_originalImageFilename>("_originalImageFilename"),
+      accessor<&ImageRecRef::_thumbnailFilename>("_thumbnailFilename"),
+      accessor<&ImageRecRef::annotation>("annotation"),
+      accessor<&ImageRecRef::archiveDate>("archiveDate"),
+      accessor<&ImageRecRef::caption>("caption"),
+      accessor<&ImageRecRef::comments>("comments"),
+      Accessor{
+          "database",
+          [](const Object& o) { return static_cast<const ImageRecRef&>(o)._database.value(); }},
+      accessor<&ImageRecRef::date>("date"),
+      accessor<&ImageRecRef::dbInfo>("dbInfo"),
+      accessor<&ImageRecRef::directory>("directory"),
+      accessor<&ImageRecRef::directoryKey>("directoryKey"),
+      accessor<&ImageRecRef::displayImage>("displayImage"),
+      accessor<&ImageRecRef::displayThumbnail>("displayThumbnail"),
+      accessor<&ImageRecRef::exifData>("exifData"),
+      accessor<&ImageRecRef::extension>("extension"),
+      accessor<&ImageRecRef::fileSize>("fileSize"),
+      accessor<&ImageRecRef::filename>("filename"),
+      accessor<&ImageRecRef::filepath>("filepath"),
+      accessor<&ImageRecRef::hasBeenEdited>("hasBeenEdited"),
+      accessor<&ImageRecRef::image>("image"),
+      accessor<&ImageRecRef::imageAttributes>("imageAttributes"),
+      accessor<&ImageRecRef::imageHeight>("imageHeight"),
+      accessor<&ImageRecRef::imagePath>("imagePath"),
+      Accessor{"imageSize",
+               [](const Object& o) -> Value {
+                 const NSSize size = static_cast<const ImageRecRef&>(o).imageSize();
+                 return make<Dictionary>(std::initializer_list<std::pair<std::string_view, Value>>{
+                     {"width", size.width}, {"height", size.height}});
+               }},
+      accessor<&ImageRecRef::imageWidth>("imageWidth"),
+      accessor<&ImageRecRef::info>("info"),
+      accessor<&ImageRecRef::key>("key"),
+      accessor<&ImageRecRef::keyStringValue>("keyStringValue"),
+      accessor<&ImageRecRef::keywords>("keywords"),
+      accessor<&ImageRecRef::modificationDate>("modificationDate"),
+      accessor<&ImageRecRef::originalExtension>("originalExtension"),
+      accessor<&ImageRecRef::originalFilename>("originalFilename"),
+      accessor<&ImageRecRef::originalImage>("originalImage"),
+      accessor<&ImageRecRef::originalImageDirectory>("originalImageDirectory"),
+      accessor<&ImageRecRef::originalImagePath>("originalImagePath"),
+      accessor<&ImageRecRef::originalThumbnail>("originalThumbnail"),
+      accessor<&ImageRecRef::photoId>("photoId"),
+      accessor<&ImageRecRef::relativeDirectory>("relativeDirectory"),
+      accessor<&ImageRecRef::rollKey>("rollKey"),
+      accessor<&ImageRecRef::rotation>("rotation"),
+      accessor<&ImageRecRef::thumbnail>("thumbnail"),
+      accessor<&ImageRecRef::thumbnailDirectory>("thumbnailDirectory"),
+      accessor<&ImageRecRef::thumbnailPath>("thumbnailPath"),
+      accessor<&ImageRecRef::title>("title"),
+  };
+  return findAccessor<kAccessors>(name, Object::accessorNamed(name));
 }
 
 }  // namespace mrziphoto

@@ -18,6 +18,7 @@ class MRZIPHOTO_EXPORT ImageSource : public ArchivedRecord {
   [[nodiscard]] std::optional<std::string> filename() const { return entry(kFilename).text(); }
 
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
 
   static constexpr std::string_view kDirectory = "Directory";
   // The info store spells its own entry "FileName".

@@ -8,22 +8,9 @@
 #include "../platform/NSException.h"
 
 namespace mrziphoto {
-namespace {
-
-const Key& self(const Object& object) { return static_cast<const Key&>(object); }
-
-constexpr std::array kAccessors{
-    Accessor{"key", [](const Object& o) -> Value { return self(o).key(); }},
-    Accessor{"stringValue", [](const Object& o) -> Value { return self(o).stringValue(); }},
-    Accessor{"value", [](const Object& o) { return self(o).value(); }},
-};
-static_assert(accessorsAreSorted(kAccessors));
-
-}  // namespace
-
 Ref<Key> Key::initWithKeyValue(Value value) {
   Ref<Key> result = make<Key>();
-  result->_value = std::move(value);
+  result->_number = std::move(value);
   return result;
 }
 
@@ -33,17 +20,20 @@ Ref<Key> Key::initWithKeyString(std::string_view text) {
   return initWithKey(Value(String({}, text)).unsignedIntValue());
 }
 
-const Ref<Dictionary>& Key::storedDictionary() const {
-  if (!_dictionary && !_value.isNothing()) {
+Ref<Dictionary> Key::storedDictionary() const {
+  if (!_number.isNothing()) {
     // The text of the one entry is shared by all keys.
     static const DictionaryKey kName(kKey);
-    _dictionary = make<Dictionary>(std::vector<Dictionary::Entry>{{kName, _value}});
+    _dictionary = make<Dictionary>(std::vector<Dictionary::Entry>{{kName, std::move(_number)}});
+    _number = {};
   }
   return _dictionary;
 }
 
+Value Key::number() const { return _number.isNothing() ? entry(kKey) : _number; }
+
 Value Key::value() const {
-  Value result = _value.isNothing() ? entry(kKey) : _value;
+  Value result = number();
   if (result.isNothing()) {
     NSException::raise(kNSInternalInconsistencyException, "%@ with no Key value", className());
   }
@@ -53,8 +43,8 @@ Value Key::value() const {
 std::string Key::stringValue() const { return value().description(); }
 
 std::optional<std::int64_t> Key::plainNumber() const {
-  if (!_value.isNothing()) {
-    return wholeNumber(_value);
+  if (!_number.isNothing()) {
+    return wholeNumber(_number);
   }
   const Value* only = _dictionary && _dictionary->size() == 1 ? _dictionary->find(kKey) : nullptr;
   return only != nullptr ? wholeNumber(*only) : std::nullopt;
@@ -78,15 +68,25 @@ std::size_t Key::hash() const {
 }
 
 const Accessor* Key::accessorNamed(std::string_view name) const {
-  return findAccessor(kAccessors, name);
+  static constexpr std::array kAccessors{
+      accessor<&Key::key>("key"),
+      accessor<&Key::stringValue>("stringValue"),
+      accessor<&Key::value>("value"),
+  };
+  return findAccessor<kAccessors>(name, ArchivedRecord::accessorNamed(name));
 }
 
 Value keyNumber(const Value& key) {
+  const Ref<Key> object = key.object<Key>();
+  return object ? object->value() : findKeyNumber(key);
+}
+
+Value findKeyNumber(const Value& key) {
   if (key.isNumber()) {
     return key;
   }
   const Ref<Key> object = key.object<Key>();
-  return object ? object->value() : Value();
+  return object ? object->number() : Value();
 }
 
 std::optional<std::int64_t> wholeNumber(const Value& number) {

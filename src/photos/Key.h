@@ -23,9 +23,11 @@ class MRZIPHOTO_EXPORT Key : public ArchivedRecord {
   /// 32-bit range the largest key.
   static Ref<Key> initWithKeyString(std::string_view text);
 
-  /// The dictionary itself.
-  [[nodiscard]] const Ref<Dictionary>& key() const { return storedDictionary(); }
-  [[nodiscard]] const Ref<Dictionary>& storedDictionary() const override;
+  /// The dictionary itself: what is set in it is the key's number from then on.
+  [[nodiscard]] Ref<Dictionary> key() const { return storedDictionary(); }
+  [[nodiscard]] Ref<Dictionary> storedDictionary() const override;
+  /// The key's number; nothing when it has none.
+  [[nodiscard]] Value number() const;
   /// The key's number. Throws NSException "NSInternalInconsistencyException" with the reason
   /// "%@ with no Key value" when the dictionary has none.
   [[nodiscard]] Value value() const;
@@ -44,12 +46,16 @@ class MRZIPHOTO_EXPORT Key : public ArchivedRecord {
   static constexpr std::string_view kKey = "Key";
 
  private:
-  Value _value;  // of a key made in memory, which needs no dictionary until somebody asks for it
+  // The number, until somebody asks for the dictionary, which holds it from then on.
+  mutable Value _number;
 };
 
 /// The number of a key that may be a `Key` or stand as a bare number; nothing for other values.
 /// Throws what `Key::value` throws.
 [[nodiscard]] MRZIPHOTO_EXPORT Value keyNumber(const Value& key);
+
+/// The same, and nothing for a `Key` without a number.
+[[nodiscard]] MRZIPHOTO_EXPORT Value findKeyNumber(const Value& key);
 
 /// The whole number that a number stands for; nothing for fractions, for numbers beyond the exact
 /// range, and for values that are no numbers. Numbers are equal when these are.

@@ -10,6 +10,7 @@
 #include "../platform/NSSize.h"
 #include "../platform/ReadingRules.h"
 #include "../platform/Value.h"
+#include "DatabaseReference.h"
 
 namespace mrziphoto {
 
@@ -19,8 +20,8 @@ class Keyword;
 class NSImage;
 class PhotoFolder;
 
-/// The questions that photo records and albums put to the database that holds them. The database
-/// outlives its records' use of it: it takes itself back (`setDatabase(nullptr)`) before it goes.
+/// The questions that photo records and albums put to the database that holds them. What outlives
+/// its database has none.
 class MRZIPHOTO_EXPORT RecordDatabase {
  public:
   /// The database itself, for key-value access; nothing for one that is no object.
@@ -66,9 +67,18 @@ class MRZIPHOTO_EXPORT RecordDatabase {
 
  protected:
   RecordDatabase() = default;
-  RecordDatabase(const RecordDatabase&) = default;
-  RecordDatabase& operator=(const RecordDatabase&) = default;
-  ~RecordDatabase() = default;
+  // Nobody refers to a copy yet.
+  RecordDatabase(const RecordDatabase& /*other*/) {}
+  RecordDatabase& operator=(const RecordDatabase& /*other*/) { return *this; }
+  ~RecordDatabase();
+
+  /// Leaves all that had this database without one.
+  void letGoOfRecords();
+
+ private:
+  friend class DatabaseReference;
+
+  DatabaseReference _references;
 };
 
 /// The rules by which a record of that database reads; the database may be absent.

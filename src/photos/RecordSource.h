@@ -7,16 +7,24 @@
 
 namespace mrziphoto {
 
-class ImageRecRef;
+class AttributeMgr;
+class Dictionary;
+class ImageRec;
+
+/// What a record knows of its photo; each part may be nothing.
+struct RecordStores {
+  Ref<Dictionary> imageInfo;
+  Ref<AttributeMgr> imageAttributes;
+  Ref<ImageRec> info;
+};
 
 /// Where a record's image info and stores come from when somebody first asks for one of them.
 /// Most records of a large library are never asked; they stay a position in their file.
 class MRZIPHOTO_EXPORT RecordSource : public Object {
  public:
-  /// Gives the record what the file holds for it at that position. Called anew for
-  /// a record that was unloaded; what the file holds there was found sound when the file was
-  /// loaded.
-  virtual void makeStores(ImageRecRef& record, std::uint32_t position) const = 0;
+  /// What the file holds for the record at that position, made anew at every call. A record keeps
+  /// the answer until it is unloaded; after an exception it asks again when it is asked itself.
+  [[nodiscard]] virtual RecordStores stores(std::uint32_t position) const = 0;
 };
 
 }  // namespace mrziphoto

@@ -1,5 +1,6 @@
 #include "Decimal.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -23,15 +24,18 @@ Wide magnitude(std::int64_t value) {
   return value < 0 ? 0 - bits : bits;
 }
 
-/// Multiplies by ten, `times` times; false when there is no room for the product.
-bool shiftLeft(Wide& number, std::int64_t times) {
-  for (; times > 0; --times) {
-    if (number > std::numeric_limits<Wide>::max() / 10) {
-      return false;
-    }
+/// Multiplies by ten, `times` times or as often as there is room for the product; answers how often
+/// there was none.
+std::int64_t shiftLeft(Wide& number, std::int64_t times) {
+  for (; times > 0 && number <= std::numeric_limits<Wide>::max() / 10; --times) {
     number *= 10;
   }
-  return true;
+  return std::max<std::int64_t>(times, 0);
+}
+
+Wide roundedQuotient(Wide numerator, Wide denominator) {
+  const Wide remainder = numerator % denominator;
+  return numerator / denominator + (remainder >= denominator - remainder ? 1U : 0U);
 }
 
 }  // namespace
@@ -120,22 +124,25 @@ Decimal Decimal::dividing(const Decimal& divisor, const NSDecimalNumberBehaviors
   Wide denominator = magnitude(right.mantissa);
   const std::int64_t places =
       static_cast<std::int64_t>(left.exponent) - right.exponent + behaviors.scale();
-  // A mantissa has less than 2^63, so that a numerator without room means a quotient without room,
-  // and a denominator without room a quotient far below one half.
-  if (!shiftLeft(numerator, places)) {
-    return fail(NSCalculationError::overflow);
-  }
-  if (!shiftLeft(denominator, -places)) {
+  // A denominator without room means a quotient far below one half.
+  if (shiftLeft(denominator, -places) > 0) {
     return {};
   }
-  const Wide remainder = numerator % denominator;
-  const Wide quotient = numerator / denominator + (remainder >= denominator - remainder ? 1U : 0U);
-  if (quotient > static_cast<Wide>(std::numeric_limits<std::int64_t>::max())) {
+  // Where a mantissa has no room for all digits of the quotient, the last ones become zeros.
+  std::int64_t zeros = shiftLeft(numerator, places);
+  Wide quotient = roundedQuotient(numerator, denominator);
+  while (quotient > static_cast<Wide>(std::numeric_limits<std::int64_t>::max())) {
+    ++zeros;
+    denominator *= 10;
+    quotient = roundedQuotient(numerator, denominator);
+  }
+  const std::int64_t resultExponent = zeros - behaviors.scale();
+  if (resultExponent > std::numeric_limits<std::int32_t>::max()) {
     return fail(NSCalculationError::overflow);
   }
   const auto whole = static_cast<std::int64_t>(quotient);
   const bool isNegative = (left.mantissa < 0) != (right.mantissa < 0);
-  return {isNegative ? -whole : whole, -behaviors.scale()};
+  return {isNegative ? -whole : whole, static_cast<std::int32_t>(resultExponent)};
 }
 
 bool Decimal::operator==(const Decimal& other) const {

@@ -23,8 +23,8 @@ struct MRZIPHOTO_EXPORT Decimal {
   [[nodiscard]] std::string description() const;
   /// The same number without trailing zeros in its mantissa; equal numbers have one such form.
   [[nodiscard]] Decimal normalized() const;
-  /// The quotient, rounded once, as `behaviors` says. Fails on division by zero and when the
-  /// quotient has more digits than a mantissa can hold.
+  /// The quotient, rounded once: as `behaviors` says, or to the 18 or 19 digits that a mantissa can
+  /// hold. Fails on division by zero and when the quotient is beyond all exponents.
   [[nodiscard]] Decimal dividing(const Decimal& divisor,
                                  const NSDecimalNumberBehaviors& behaviors) const;
   /// Equal as numbers: 28 × 10^-1 equals 280 × 10^-2.

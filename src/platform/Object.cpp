@@ -1,5 +1,6 @@
 #include "Object.h"
 
+#include <array>
 #include <mutex>
 #include <unordered_map>
 
@@ -41,7 +42,10 @@ void Object::encodeWithCoder(NSArchiver& /*coder*/) const {
                      className());
 }
 
-const Accessor* Object::accessorNamed(std::string_view /*key*/) const { return nullptr; }
+const Accessor* Object::accessorNamed(std::string_view key) const {
+  static constexpr std::array kAccessors{accessor<&Object::description>("description")};
+  return findAccessor<kAccessors>(key, nullptr);
+}
 
 Value Object::valueForKey(std::string_view key) const {
   const Accessor* accessor = accessorNamed(key);

@@ -69,7 +69,8 @@ class MRZIPHOTO_EXPORT Object {
   /// Writes what `initWithCoder` reads. Throws NSException for classes that no archive holds.
   virtual void encodeWithCoder(NSArchiver& coder) const;
 
-  /// The named operation that key-value access may call, or nullptr.
+  /// The named operation that key-value access may call, or nullptr. Every object has
+  /// "description".
   [[nodiscard]] virtual const Accessor* accessorNamed(std::string_view key) const;
   /// The value of the operation of that name; what `valueForUndefinedKey` says when there is none.
   [[nodiscard]] Value valueForKey(std::string_view key) const;

@@ -22,6 +22,10 @@ namespace mrziphoto {
 class MRZIPHOTO_EXPORT TVQiPhotoCodedStreamData : public TVQStreamData {
  public:
   using TVQStreamData::TVQStreamData;
+  /// A reader at offset 0 that keeps the buffer alive. Its swap mode is `host`.
+  static TVQiPhotoCodedStreamData initWithData(Data data) {
+    return TVQiPhotoCodedStreamData(std::move(data));
+  }
 
   [[nodiscard]] std::uint32_t readCode();
   /// The integer at the position, which stays where it is.

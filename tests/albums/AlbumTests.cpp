@@ -1,7 +1,10 @@
+#include <memory>
+
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/albums/ArchiveAlbum.h>
 #include <MRZiPhoto/albums/DynamicAlbum.h>
+#include <MRZiPhoto/albums/Filter.h>
 #include <MRZiPhoto/albums/FolderAlbum.h>
 #include <MRZiPhoto/albums/KeywordAlbum.h>
 #include <MRZiPhoto/albums/LastImportAlbum.h>
@@ -15,6 +18,7 @@
 
 #include "support/ArchivedAs.h"
 #include "support/CollectedLog.h"
+#include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
 #include "support/TemporaryFolder.h"
 
@@ -136,6 +140,89 @@ TEST(Album, ComesFromAlbumData) {
   EXPECT_EQ(roll->photoKeys()->keyNumbers(), std::vector<std::uint32_t>{12});
 }
 
+TEST(Album, FindsItsPhotosThroughItsDatabase) {
+  const Ref<Album> album = Album::initWithDictionary<Album>(
+      Dictionary{{"KeyList", make<Array>(std::vector<Value>{"7", "9", "8"})}});
+  auto database = std::make_unique<StandInDatabase>();
+  database->photos = {{7, ImageRecRef::init()}, {8, ImageRecRef::init()}};
+  EXPECT_TRUE(album->photos().empty());
+  album->setDatabase(database.get());
+  ASSERT_EQ(album->photos().size(), 2U);
+  EXPECT_EQ(album->photos()[0], database->photos[7]);
+  EXPECT_EQ(album->photos()[1], database->photos[8]);
+  EXPECT_EQ(album->photoKeys()->photos().size(), 2U);
+  // A host may keep the album, and keys that are the album's no more.
+  const Ref<KeyMgr> keys = album->photoKeys();
+  album->storedDictionary()->set(Album::kKeys, {});
+  database.reset();
+  EXPECT_EQ(album->database(), nullptr);
+  EXPECT_EQ(keys->database(), nullptr);
+  EXPECT_TRUE(keys->photos().empty());
+}
+
+TEST(Album, EveryClassAnswersItsOperationsByName) {
+  StandInDatabase database;
+  database.itself = Key::initWithKey(1);
+  const Ref<ImageRecRef> photo = ImageRecRef::init();
+  database.photos[7] = photo;
+  const Ref<Array> photos = make<Array>(std::vector<Value>{photo});
+  const Ref<AttributeMgr> attributes = AttributeMgr::init();
+  attributes->setModificationDate(Date{4});
+  const auto filled = [&](const Ref<Album>& album) {
+    album->storedDictionary()->set(Album::kKey, 5);
+    album->storedDictionary()->set(Album::kRoll, 6);
+    album->storedDictionary()->set(Album::kAnnotation, "note");
+    album->setAttributes(attributes);
+    album->storedDictionary()->set(Album::kKeys, KeyMgr::initWithKeyNumbers({7}));
+    album->setDatabase(&database);
+  };
+  for (const AlbumKind* kind : albumKinds()) {
+    const auto album = Ref<Object>::adopt(kind->make()).as<Album>();
+    album->setAlbumName("name");
+    filled(album);
+    const CollectedLog log;
+    const bool asksRolls = kind == &KeywordAlbum::kClass;
+    expectAnswers(*album, {{"albumId", 5},
+                           {"albumName", "name"},
+                           {"annotation", "note"},
+                           {"attributes", attributes},
+                           {"children", make<Array>()},
+                           {"comments", asksRolls ? Value() : Value("note")},
+                           {"database", Key::initWithKey(1)},
+                           {"defaultAlbumName", kind->defaultName},
+                           {"key", 5},
+                           {"modificationDate", Date{4}},
+                           {"photoKeys", album->photoKeys()},
+                           {"photos", photos},
+                           {"roll", 6},
+                           {"rollKey", 6},
+                           {"title", "name"}});
+    album->setDatabase(nullptr);
+    EXPECT_TRUE(album->valueForKey("database").isNothing());
+  }
+  const CollectedLog log;
+  const Ref<RollAlbum> roll = Album::init<RollAlbum>();
+  const Ref<ArchiveAlbum> archive = containing<ArchiveAlbum>({roll});
+  const Ref<Album> plain = named("A");
+  filled(roll);
+  database.rolls[5] = photo;
+  photo->setImageInfoForKey(dictionary({{"DateAsTimerInterval", 9}}), 5);
+  expectAnswers(*roll, {{"_rollRecRef", photo}, {"archiveDate", Date{9}}, {"date", {}}});
+  expectAnswers(*archive, {{"rolls", make<Array>(std::vector<Value>{roll})}});
+  expectAnswers(*containing<FolderAlbum>({plain, roll}),
+                {{"albums", make<Array>(std::vector<Value>{plain})}});
+  const Ref<KeyMgr> keys = KeyMgr::initWithKeyNumbers({7});
+  keys->setDatabase(&database);
+  expectAnswers(*keys, {{"database", Key::initWithKey(1)},
+                        {"imageKeys", make<Array>(std::vector<Value>{Key::initWithKey(7)})},
+                        {"photos", photos}});
+  NSArchiver archiver;
+  archiver.encodeObject(make<ArchivedAs<Filter>>(dictionary({{"a", 1}})));
+  expectAnswers(
+      *NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject().object(),
+      {{"arguments", dictionary({{"a", 1}})}});
+}
+
 TEST(RollAlbum, AsksItsRollRecordBeforeItself) {
   const Ref<RollAlbum> roll =
       Album::initWithDictionary<RollAlbum>(Dictionary{{"AlbumName", "Alpha"},
@@ -227,23 +314,20 @@ TEST(ArchiveAlbum, HandsItsDatabaseToEveryAlbumInIt) {
 
 TEST(Album, AlbumFilesThatHoldNoAlbumGiveNothing) {
   const TemporaryFolder folder;
-  struct Case {
-    std::string_view name, contents;
-    std::size_t lines;
-  };
   NSArchiver number;
   number.encodeObject(7);
-  const std::string stored(number.archivedData().bytes());
-  for (const Case& each : {Case{".DS_Store", "x", 0}, {"text", "x", 1}, {"number", stored, 0}}) {
-    folder.write(std::string(each.name), each.contents);
-    CollectedLog log;
-    EXPECT_FALSE(Album::albumWithContentsOfFile(folder.path() + "/" + std::string(each.name)));
-    EXPECT_EQ(log.lines().size(), each.lines) << each.name;
+  folder.write(".DS_Store", "x");
+  folder.write("text", "x");
+  folder.write("number", number.archivedData().bytes());
+  const CollectedLog log;
+  for (const std::string_view name : {"/.DS_Store", "/text", "/number"}) {
+    EXPECT_FALSE(Album::albumWithContentsOfFile(folder.path() + std::string(name)));
   }
-  CollectedLog log;
+  EXPECT_EQ(log.lines(), std::vector<std::string>{"NSInvalidArgumentException - '" + folder.path() +
+                                                  "/text' is no archive = (null)"});
   EXPECT_FALSE(Album::albumWithContentsOfFile(folder.path() + "/missing"));
   EXPECT_FALSE(Album::albumWithContentsOfFile(""));
-  EXPECT_EQ(log.lines().size(), 1U);
+  EXPECT_EQ(log.lines().size(), 2U);
 }
 
 TEST(KeyMgr, ReadsThePackedForm) {
@@ -261,13 +345,8 @@ TEST(KeyMgr, ReadsThePackedForm) {
         {"\xFF\xFF\xFF\xFF\0\0\0\x10\0"sv, {16}, {"KeyMgr count = -1, but entries = 2"}},
         {"\0\0\0"sv, {}, {}}}) {
     NSArchiver archiver;
-    class Packed final : public ArchivedRecord {
-     public:
-      explicit Packed(std::string_view bytes)
-          : ArchivedRecord(dictionary({{"KeyList", Data::copyOf(bytes)}})) {}
-      const Class& objectClass() const override { return KeyMgr::kClass; }
-    };
-    archiver.encodeObject(make<Packed>(each.packed));
+    archiver.encodeObject(
+        make<ArchivedAs<KeyMgr>>(dictionary({{"KeyList", Data::copyOf(each.packed)}})));
     const Ref<KeyMgr> keys = NSUnarchiver::initForReadingWithData(archiver.archivedData())
                                  ->decodeObject()
                                  .object<KeyMgr>();
@@ -290,7 +369,23 @@ TEST(KeyMgr, ReadsArchivedKeys) {
   EXPECT_EQ(keys->imageKeys().size(), 3U) << "a text is no key";
   EXPECT_EQ(keys->imageKeys()[0]->stringValue(), "5");
   EXPECT_EQ(keys->keyNumbers(), (std::vector<std::uint32_t>{5, 0xFFFFFFFF}));
+}
 
+TEST(KeyMgr, KeepsItsKeysInOnePlace) {
+  // What a host sets in a key or in the archived list is what the numbers tell.
+  const Ref<KeyMgr> numbers = KeyMgr::initWithKeyNumbers({4, 5});
+  numbers->imageKeys()[1]->key()->set("Key", 9);
+  EXPECT_EQ(numbers->keyNumbers(), (std::vector<std::uint32_t>{4, 9}));
+  NSArchiver archiver;
+  archiver.encodeObject(numbers);
+  const Ref<KeyMgr> archived = NSUnarchiver::initForReadingWithData(archiver.archivedData())
+                                   ->decodeObject()
+                                   .object<KeyMgr>();
+  EXPECT_EQ(archived->keyNumbers(), (std::vector<std::uint32_t>{4, 9}));
+  archived->storedDictionary()->set("Keys", make<Array>(std::vector<Value>{Key::initWithKey(1)}));
+  EXPECT_EQ(archived->keyNumbers(), (std::vector<std::uint32_t>{1}));
+  EXPECT_EQ(archived->imageKeys().size(), 1U);
+  EXPECT_EQ(KeyMgr::initWithKeys(List<Key>({make<Key>(), nullptr}))->keyNumbers().size(), 0U);
   const List<Key> list({Key::initWithKey(4), Key::initWithKey(9)});
   EXPECT_TRUE(KeyMgr::initWithKeys(list)->imageKeys().isSameList(list));
 }

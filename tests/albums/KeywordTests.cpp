@@ -6,20 +6,17 @@
 #include <MRZiPhoto/platform/NSArchiver.h>
 #include <MRZiPhoto/platform/NSUnarchiver.h>
 
+#include "support/ArchivedAs.h"
 #include "support/CollectedLog.h"
+#include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
 
 namespace mrziphoto {
 namespace {
 
 Ref<KeywordMgr> managerOver(const Ref<Dictionary>& stored) {
-  class Holder final : public ArchivedRecord {
-   public:
-    explicit Holder(Ref<Dictionary> entries) : ArchivedRecord(std::move(entries)) {}
-    const Class& objectClass() const override { return KeywordMgr::kClass; }
-  };
   NSArchiver archiver;
-  archiver.encodeObject(make<Holder>(stored));
+  archiver.encodeObject(make<ArchivedAs<KeywordMgr>>(stored));
   return NSUnarchiver::initForReadingWithData(archiver.archivedData())
       ->decodeObject()
       .object<KeywordMgr>();
@@ -37,6 +34,8 @@ TEST(Keyword, ComesFromTextsDictionariesAndAnythingElse) {
   EXPECT_TRUE(birthday->key().isNothing());
   EXPECT_TRUE(birthday->keyValue().isNothing());
   EXPECT_EQ(keyword("x", Key::initWithKey(3))->keyValue(), Value(3));
+  expectAnswers(*keyword("x", Key::initWithKey(3)),
+                {{"key", Key::initWithKey(3)}, {"keyValue", 3}, {"keyword", "x"}, {"string", "x"}});
   EXPECT_EQ(keyword("x", 3)->keyValue(), Value(3));
   EXPECT_TRUE(log.lines().empty());
   EXPECT_EQ(Keyword::initWithString(5)->string(), std::nullopt);
@@ -56,7 +55,7 @@ TEST(KeywordMgr, ListsOneEntryAndSearchesTheOther) {
        {"UsedKeywords",
         make<Array>(std::vector<Value>{"text", keyword("used", 1), keyword("later", 1),
                                        keyword("object", Key::initWithKey(2))})}}));
-  EXPECT_EQ(manager->count(), 3U);
+  expectAnswers(*manager, {{"count", 3}, {"keywords", manager->keywords().value()}});
   EXPECT_EQ(manager->keywords()[2]->string(), "c");
   EXPECT_TRUE(manager->keywords().isSameList(manager->keywords()));
   ASSERT_TRUE(manager->keywordForKeyNumber(1));

@@ -10,10 +10,12 @@
 #include <MRZiPhoto/platform/Limits.h>
 #include <MRZiPhoto/platform/NSException.h>
 
+#include "support/CodedBuilder.h"
 #include "support/CodedLibrary.h"
 #include "support/CollectedLog.h"
 #include "support/LibraryFolder.h"
 #include "support/StandInDatabase.h"
+#include "support/TemporaryFolder.h"
 
 namespace mrziphoto {
 namespace {
@@ -257,6 +259,21 @@ TEST(TVQiPhotoLibrary, FindsKeywordsAndRollsByKeysOfEveryKind) {
     const Ref<ImageRecRef> roll = library->rollRecRefForKey(each.key);
     EXPECT_EQ(roll ? roll->keyStringValue() : "", each.roll);
   }
+}
+
+TEST(TVQiPhotoLibrary, IsMadeFromBytesOfAVersion) {
+  const Data bytes = Data::copyOf(CodedBuilder().item("dbVS", 60).bytes());
+  const CollectedLog log;
+  ASSERT_TRUE(TVQiPhotoLibrary::initWithData(bytes, 60));
+  EXPECT_EQ(TVQiPhotoLibrary::initWithData(bytes, 60)->libraryVersion(), 60);
+  EXPECT_EQ(TVQiPhotoLibrary::initWithData(bytes)->libraryVersion(), 0);
+  EXPECT_TRUE(log.lines().empty());
+  EXPECT_FALSE(TVQiPhotoLibrary::initWithData(bytes, 61));
+  EXPECT_EQ(log.lines().size(), 1U);
+  // Too short for a version.
+  const TemporaryFolder folder;
+  folder.write("Library6.iPhoto", "db");
+  EXPECT_FALSE(TVQiPhotoLibrary::initWithContentsOfFile(folder.path() + "/Library6.iPhoto"));
 }
 
 TEST(TVQiPhotoLibrary, KeepsItsAlbumList) {

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <sys/stat.h>
@@ -16,6 +17,7 @@
 #include "support/CodedLibrary.h"
 #include "support/CollectedLog.h"
 #include "support/EnvironmentVariable.h"
+#include "support/KeyValueAnswers.h"
 #include "support/LibraryFolder.h"
 #include "support/TemporaryFolder.h"
 
@@ -23,6 +25,7 @@ namespace mrziphoto {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 /// The catalogue file of a version, and what lies beside it in a library of any generation.
 void writeLibrary(const LibraryFolder& library, std::int32_t version,
@@ -310,6 +313,58 @@ TEST(TVQiPhotoDatabase, RefusesACatalogueOfTwoVersions) {
             std::to_string(each.first) + " vs. " + std::to_string(each.second) + " = (null)"}));
     EXPECT_EQ(database->iPhotoLibraryVersion(), 0);
   }
+}
+
+TEST(TVQiPhotoDatabase, AnswersItsOperationsByName) {
+  const LibraryFolder library;
+  writeLibrary(library, 120);
+  const std::string& root = library.root;
+  fs::remove(root + "/Dir.data");
+  const CollectedLog log;
+  const Ref<TVQiPhotoDatabase> database = library.open();
+  ASSERT_TRUE(database);
+  expectAnswers(*database, {{"albumDataDirectory", root + "/Albums"},
+                            {"albumDataFile", root + "/AlbumData.xml"},
+                            {"albums", make<Array>()},
+                            {"archivePath", root},
+                            {"currentLibraryDataFilename", root + "/Library6.iPhoto"},
+                            {"directoriesDataFilename", root + "/Dir.data"},
+                            {"directory", root},
+                            {"iPhotoDataVersion", "70"},
+                            {"iPhotoLibraryVersion", 120},
+                            {"iPhotoVersion", database->iPhotoVersion()},
+                            {"keywords", make<Array>()},
+                            {"library6DataFilename", root + "/Library6.iPhoto"},
+                            {"libraryDataFilename", root + "/Library.iPhoto"},
+                            {"photos", make<Array>()},
+                            {"reloadIfChanged", false},
+                            {"rolls", make<Array>()},
+                            {"thumbnailSegmentCache", {}}});
+  fs::last_write_time(root + "/Library6.iPhoto", fs::file_time_type::clock::now() + 1h);
+  EXPECT_EQ(database->valueForKey("reloadIfChanged"), Value(true));
+}
+
+TEST(TVQiPhotoDatabase, WhatAHostKeepsOutlivesIt) {
+  const LibraryFolder library;
+  writeLibrary(library, 120);
+  const CollectedLog log;
+  Ref<TVQiPhotoDatabase> database = library.open();
+  const Ref<Album> album = Album::initWithDictionary<Album>(
+      Dictionary{{"KeyList", make<Array>(std::vector<Value>{"7"})}});
+  database->addAlbum(album);
+  const Ref<KeyMgr> keys = album->photoKeys();
+  album->storedDictionary()->set(Album::kKeys, {});
+  const List<Album> albums = database->albums();
+  fs::last_write_time(library.root + "/Library6.iPhoto", fs::file_time_type::clock::now() + 1h);
+  EXPECT_TRUE(database->reloadIfChanged());
+  EXPECT_EQ(keys->database(), nullptr);
+  EXPECT_TRUE(albums.empty());
+  database->addAlbum(album);
+  keys->setDatabase(database.get());
+  database = nullptr;
+  EXPECT_EQ(album->database(), nullptr);
+  EXPECT_TRUE(album->photos().empty());
+  EXPECT_TRUE(keys->photos().isNothing());
 }
 
 TEST(TVQiPhotoDatabase, GoesOnWithoutACatalogueThatCannotBeRead) {

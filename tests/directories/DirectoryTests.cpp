@@ -6,9 +6,10 @@
 #include <MRZiPhoto/photos/Key.h>
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/NSArchiver.h>
-#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/platform/NSUnarchiver.h>
 
 #include "support/CollectedLog.h"
+#include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
 #include "support/TemporaryFolder.h"
 
@@ -40,9 +41,19 @@ TEST(TVQiPhotoDirectories, FindsFoldersByKey) {
   EXPECT_EQ(directories->directoryForKey(2.0), "b");
   EXPECT_EQ(directories->directoryForKey(3), std::nullopt);
   EXPECT_EQ(directories->directoryForKey("1"), std::nullopt);
+  EXPECT_EQ(directories->directoryForKey(make<Key>()), std::nullopt) << "a key without a number";
   EXPECT_EQ(TVQiPhotoDirectories::init()->directoryForKey(1), std::nullopt);
   EXPECT_EQ(TVQiPhotoDirectories::init()->description(),
             "TVQiPhotoDirectories: directoriesKey = (null), directories = (null)");
+}
+
+TEST(DirectoryRec, AnswersItsOperationsByName) {
+  NSArchiver archiver;
+  archiver.encodeObject(make<Entry>(Key::initWithKey(2), "b"));
+  const Value entry = NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject();
+  expectAnswers(
+      *entry.object(),
+      {{"directory", "b"}, {"directoryKey", Key::initWithKey(2)}, {"directoryKeyValue", 2}});
 }
 
 TEST(TVQiPhotoDirectories, IndexAndWalkAgree) {
@@ -62,15 +73,19 @@ TEST(TVQiPhotoDirectories, IndexAndWalkAgree) {
 TEST(TVQiPhotoDirectories, LogsWhatItCannotRead) {
   const TemporaryFolder folder;
   const Data whole = table({make<Entry>(1, "a")});
-  const auto logged = [&](std::string_view contents) {
+  const std::string file = folder.path() + "/Dir.data";
+  for (const auto& [contents, line] :
+       {std::pair<std::string_view, std::string>{
+            "no archive",
+            "NSInvalidArgumentException - the directory table is no archive = (null)"},
+        {whole.bytes().substr(0, whole.size() - 1), "NSArchiverArchiveInconsistency - "}}) {
     folder.write("Dir.data", contents);
-    CollectedLog log;
-    EXPECT_FALSE(TVQiPhotoDirectories::initWithContentsOfFile(folder.path() + "/Dir.data"));
-    return log.lines().size();
-  };
-  EXPECT_EQ(logged("no archive"), 1U);
-  EXPECT_EQ(logged(whole.bytes().substr(0, whole.size() - 1)), 1U);
-  CollectedLog log;
+    const CollectedLog log;
+    EXPECT_FALSE(TVQiPhotoDirectories::initWithContentsOfFile(file));
+    ASSERT_EQ(log.lines().size(), 1U);
+    EXPECT_TRUE(log.lines()[0].starts_with(line)) << log.lines()[0];
+  }
+  const CollectedLog log;
   EXPECT_FALSE(TVQiPhotoDirectories::initWithContentsOfFile(folder.path() + "/missing"));
   EXPECT_EQ(log.lines().size(), 1U);
   const Ref<TVQiPhotoDirectories> newer =

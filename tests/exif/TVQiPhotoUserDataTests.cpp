@@ -12,6 +12,7 @@
 #include <MRZiPhoto/platform/NSException.h>
 
 #include "sample/ExifBlockWriter.h"
+#include "support/KeyValueAnswers.h"
 
 namespace mrziphoto {
 namespace {
@@ -79,7 +80,9 @@ TEST(TVQiPhotoUserData, WorksOutExposureTimes) {
                            {0, 1, 1, "1"},
                            {1, 2, 0.7071067811865475, "1"},
                            {40, 1, 9.094947017729282e-13, "1099511627776"},
-                           {70, 1, 8.470329472543003e-22, "0"},
+                           {62, 1, 2.168404344971009e-19, "4611686018427387623"},
+                           {63, 1, 1.0842021724855044e-19, "9223372036854776100"},
+                           {70, 1, 8.470329472543003e-22, "1180591620717411358000"},
                            {4294967295, 1, 0, "0"},
                            {1, 0, 0, "0"}}) {
     const auto camera =
@@ -185,17 +188,59 @@ TEST(TVQiPhotoUserData, PutsSettingsInWords) {
   }
 }
 
-TEST(TVQiPhotoUserData, AnswersItsOperationsByName) {
-  const auto camera = decoded(
-      ExifBlockWriter().text(kMaker, "Maker").fraction(kExposure, 1, 1).number(kIsoSpeed, 9));
-  for (const CameraRecord& record : kCameraRecords) {
-    if (!record.accessor.empty()) {
-      EXPECT_EQ(camera->valueForKey(record.accessor), camera->dataForKey(record.code));
-    }
-  }
-  EXPECT_EQ(camera->valueForKey("cameraMaker").text(), "Maker");
-  EXPECT_EQ(camera->valueForKey("fractionalExposure").decimal(), (Decimal{2, 0}));
-  EXPECT_EQ(camera->valueForKey("speed").integer(), 9);
+TEST(TVQiPhotoUserData, AnswersEveryRecordUnderItsName) {
+  const auto camera = decoded(ExifBlockWriter()
+                                  .text(0xA96D616B, "Maker")
+                                  .text(0xA96D6F64, "Model")
+                                  .text(0xA9737772, "Software")
+                                  .fraction(0x6578829D, 1, 10)
+                                  .number(0x65788827, 2)
+                                  .fraction(0x65789201, 1, 1)
+                                  .fraction(0x65789203, 4, 10)
+                                  .fraction(0x65789204, 5, 10)
+                                  .fraction(0x65789205, 6, 10)
+                                  .fraction(0x65789206, 7, 10)
+                                  .number(0x65789207, 8)
+                                  .number(0x65789208, 9)
+                                  .number(0x65789209, 10)
+                                  .fraction(0x6578920A, 11, 10)
+                                  .number(0x6578A217, 12));
+  expectAnswers(*camera, {{"maker", "Maker"},
+                          {"model", "Model"},
+                          {"software", "Software"},
+                          {"cameraMaker", "Maker"},
+                          {"cameraModel", "Model"},
+                          {"cameraSoftware", "Software"},
+                          {"aperture", Decimal{1, -1}},
+                          {"isoSpeed", 2},
+                          {"speed", 2},
+                          {"exposure", Decimal{5, -1}},
+                          {"shutter", Decimal{2}},
+                          {"fractionalExposure", Decimal{2}},
+                          {"brightness", Decimal{4, -1}},
+                          {"exposureBias", Decimal{5, -1}},
+                          {"maximumAperture", Decimal{6, -1}},
+                          {"subjectDistance", Decimal{7, -1}},
+                          {"meteringMode", 8},
+                          {"lightSource", 9},
+                          {"flash", 10},
+                          {"focalLength", Decimal{11, -1}},
+                          {"sensingMethod", 12},
+                          {"photo", {}}});
+  EXPECT_EQ(camera->maker(), "Maker");
+  EXPECT_EQ(camera->model(), "Model");
+  EXPECT_EQ(camera->software(), "Software");
+  EXPECT_EQ(camera->aperture(), (Decimal{1, -1}));
+  EXPECT_EQ(camera->isoSpeed(), 2);
+  EXPECT_EQ(camera->brightness(), (Decimal{4, -1}));
+  EXPECT_EQ(camera->exposureBias(), (Decimal{5, -1}));
+  EXPECT_EQ(camera->maximumAperture(), (Decimal{6, -1}));
+  EXPECT_EQ(camera->subjectDistance(), (Decimal{7, -1}));
+  EXPECT_EQ(camera->meteringMode(), 8);
+  EXPECT_EQ(camera->lightSource(), 9);
+  EXPECT_EQ(camera->flash(), 10);
+  EXPECT_EQ(camera->focalLength(), (Decimal{11, -1}));
+  EXPECT_EQ(camera->sensingMethod(), 12);
   EXPECT_THROW((void)camera->valueForKey("caption"), NSException);
   EXPECT_THROW((void)camera->valueForKey(""), NSException);
 }

@@ -1,14 +1,19 @@
+#include <array>
 #include <filesystem>
+#include <memory>
 
 #include <gtest/gtest.h>
 
+#include <MRZiPhoto/exif/TVQiPhotoUserData.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/NSArchiver.h>
 #include <MRZiPhoto/platform/NSException.h>
 #include <MRZiPhoto/platform/NSUnarchiver.h>
 
+#include "support/ArchivedAs.h"
 #include "support/CollectedLog.h"
+#include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
 #include "support/TemporaryFolder.h"
 
@@ -23,55 +28,178 @@ Ref<ImageRecRef> photoOf(const Ref<Dictionary>& imageInfo, RecordDatabase& datab
   return photo;
 }
 
+/// The object after a way through an archive.
+Value again(const Value& object) {
+  NSArchiver archiver;
+  archiver.encodeObject(object);
+  return NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject();
+}
+
 /// A record of the archive generation.
 Ref<ImageRecRef> archivedPhoto(const Ref<Dictionary>& stored, RecordDatabase& database) {
-  // What an archive holds of a record is its dictionary.
-  class Holder final : public ArchivedRecord {
-   public:
-    explicit Holder(Ref<Dictionary> entries) : ArchivedRecord(std::move(entries)) {}
-    const Class& objectClass() const override { return ImageRecRef::kClass; }
-  };
-  NSArchiver records;
-  records.encodeObject(make<Holder>(stored));
-  Ref<ImageRecRef> photo = NSUnarchiver::initForReadingWithData(records.archivedData())
-                               ->decodeObject()
-                               .object<ImageRecRef>();
+  Ref<ImageRecRef> photo = again(make<ArchivedAs<ImageRecRef>>(stored)).object<ImageRecRef>();
   photo->setDatabase(&database);
   return photo;
 }
 
-TEST(ImageRecRef, AnswersFromItsImageInfo) {
+/// Stores in which every entry tells the number that it is given.
+Ref<ImageRec> infoStore(int number) {
+  const std::string text = std::to_string(number);
+  const Ref<ImageRec> info = ImageRec::initWithDictionary(
+      dictionary({{"Key", Key::initWithKeyValue(number)}, {"Roll", number + 10}}));
+  info->setDate(Date{number + 100.0});
+  info->setFileName(text + ".jpg");
+  info->setRotation(number);
+  info->setImageWidth(number);
+  return info;
+}
+
+Ref<AttributeMgr> attributesStore(int number) {
+  const std::string text = std::to_string(number);
+  const Ref<AttributeMgr> attributes = AttributeMgr::init();
+  attributes->setAttributes(dictionary({{"ArchiveDate", Date{number + 200.0}},
+                                        {"ModDate", Date{number + 300.0}},
+                                        {"Annotation", "a" + text},
+                                        {"Caption", "c" + text},
+                                        {"Ext", "e" + text},
+                                        {"OrigExt", "o" + text},
+                                        {"OrigFileName", "f" + text},
+                                        {"FileSize", number},
+                                        {"KeyWords", "k" + text}}));
+  return attributes;
+}
+
+TEST(ImageRecRef, AsksItsSourcesInOrder) {
   StandInDatabase database;
-  const Ref<ImageRecRef> photo =
-      photoOf(dictionary({{"ImagePath", "/old/Library/2004/05/06/a.jpg"},
-                          {"OriginalPath", "/old/Library/2004/05/06/Originals/b.jpg"},
-                          {"Caption", "Köln"},
-                          {"Comment", "c"},
-                          {"Roll", 5},
-                          {"DateAsTimerInterval", 12.5}}),
-              database);
-  EXPECT_EQ(photo->keyStringValue(), "42");
-  EXPECT_EQ(photo->photoId(), Value(42));
-  EXPECT_EQ(photo->rollKey(), Value(5));
-  EXPECT_EQ(photo->caption(), "Köln");
-  EXPECT_EQ(photo->title(), photo->caption());
-  EXPECT_EQ(photo->comments(), "c");
-  EXPECT_EQ(photo->archiveDate(), Date{12.5});
-  EXPECT_EQ(photo->date(), std::nullopt);
-  EXPECT_EQ(photo->originalFilename(), "b.jpg");
-  EXPECT_EQ(photo->extension(), "?ext?");
-  EXPECT_EQ(photo->originalExtension(), "?origExt?");
-  EXPECT_EQ(photo->_filename(), "a.jpg");
-  // `directory` moves the archive path to the library folder; `imagePath` leaves that to
-  // `updateImagePath`.
-  EXPECT_EQ(photo->directory(), "/new/Library/2004/05/06");
-  EXPECT_EQ(photo->imagePath(), "/old/Library/2004/05/06/a.jpg");
-  EXPECT_EQ(photo->relativeDirectory(), "2004/05/06");
-  EXPECT_EQ(photo->filename(), "2004/05/06/a.jpg");
-  EXPECT_EQ(photo->thumbnailPath(), "/new/Library/2004/05/06/Thumbs/42.jpg");
-  EXPECT_EQ(photo->originalImagePath(), "/new/Library/2004/05/06/Originals/42.?origExt?");
-  EXPECT_EQ(photo->recordedOriginalPath(), "/old/Library/2004/05/06/Originals/b.jpg");
-  EXPECT_TRUE(photo->hasBeenEdited());
+  database.folders = {{8, "archived/Data"}, {7, "handed"}};
+  // The sources: 1 the archived dictionary, 2 the image info, 3 the record's own stores, 4 those
+  // that were handed in.
+  const auto made = [&](std::string_view sources) {
+    const auto has = [&](char source) { return sources.find(source) != std::string_view::npos; };
+    const Ref<ImageRecRef> photo = has('1')
+                                       ? archivedPhoto(dictionary({{"Key", Key::initWithKey(1)},
+                                                                   {"Directory", 8},
+                                                                   {"Roll", 11},
+                                                                   {"Date", Date{101}}}),
+                                                       database)
+                                       : ImageRecRef::init();
+    photo->setDatabase(&database);
+    if (has('2')) {
+      photo->setImageInfoForKey(dictionary({{"ImagePath", "/old/Library/i/2.jpg"},
+                                            {"OriginalPath", "/x/f2"},
+                                            {"Roll", 12},
+                                            {"DateAsTimerInterval", 202},
+                                            {"ModDateAsTimerInterval", 302},
+                                            {"Comment", "a2"},
+                                            {"Caption", "c2"},
+                                            {"Keywords", make<Array>(std::vector<Value>{2})}}),
+                                2);
+    }
+    if (has('3')) {
+      photo->setInfo(infoStore(3));
+      photo->setImageAttributes(attributesStore(3));
+    }
+    if (has('4')) {
+      const Ref<ImageRec> info = infoStore(4);
+      info->setObjectForKey(
+          make<ArchivedAs<ImageSource>>(dictionary({{"Directory", 7}, {"Filename", "4.jpg"}})),
+          ImageRec::kImageSource);
+      photo->setDBInfo(again(info).object<ImageRec>());
+      photo->setDBImageAttributes(attributesStore(4));
+    }
+    return photo;
+  };
+  const Value none;
+  const Value two = make<Array>(std::vector<Value>{2});
+  constexpr std::string_view kSources[]{"1", "2", "4", "13", "23", "1234"};
+  struct Case {
+    std::string_view operation;
+    std::array<Value, std::size(kSources)> answers;
+  };
+  const CollectedLog log;
+  for (const Case& each : std::initializer_list<Case>{
+           {"photoId", {1, 2, 4, 1, 2, 2}},
+           {"keyStringValue", {"1", "2", "4", "1", "2", "2"}},
+           {"directoryKey", {8, none, 7, 8, none, 8}},
+           {"rollKey", {11, 12, 14, 11, 13, 11}},
+           {"date", {Date{101}, none, Date{104}, Date{101}, Date{103}, Date{101}}},
+           {"archiveDate", {none, Date{202}, Date{204}, Date{203}, Date{203}, Date{203}}},
+           {"modificationDate", {none, Date{302}, Date{304}, Date{303}, Date{303}, Date{303}}},
+           {"annotation", {none, "a2", "a4", "a3", "a3", "a3"}},
+           {"comments", {none, "a2", "a4", "a3", "a3", "a3"}},
+           {"caption", {none, "c2", "c4", "c3", "c3", "c3"}},
+           {"title", {none, "c2", "c4", "c3", "c3", "c3"}},
+           {"extension", {"?ext?", "?ext?", "e4", "e3", "e3", "e3"}},
+           {"originalExtension", {"?origExt?", "?origExt?", "o4", "o3", "o3", "o3"}},
+           {"originalFilename", {none, "f2", "f4", "f3", "f3", "f3"}},
+           {"fileSize", {none, none, 4, 3, 3, 3}},
+           {"rotation", {none, none, 4, 3, 3, 3}},
+           {"imageWidth", {none, none, 4, 3, 3, 3}},
+           {"imageHeight", {none, none, 0.0F, 0.0F, 0.0F, 0.0F}},
+           {"keywords", {make<Array>(), two, "k4", "k3", "k3", "k3"}},
+           {"_filename", {"1.?ext?", "2.jpg", "4.jpg", "3.jpg", "3.jpg", "3.jpg"}},
+           {"directory",
+            {"/new/Library/archived/Data", "/new/Library/i", "/new/Library/handed",
+             "/new/Library/archived/Data", "/new/Library/i", "/new/Library/i"}},
+           {"_imageDirectory",
+            {"/new/Library/archived", "/new/Library/i", "/new/Library/handed",
+             "/new/Library/archived", "/new/Library/i", "/new/Library"}},
+           {"relativeDirectory",
+            {"archived/Data", "i", "handed", "archived/Data", "i", "archived/Data"}},
+           {"filename",
+            {"archived/1.?ext?", "i/2.jpg", "handed/4.jpg", "archived/3.jpg", "i/3.jpg",
+             "archived/3.jpg"}},
+           // `directory` moves the archive path to the library folder; `imagePath` leaves that to
+           // `updateImagePath`.
+           {"imagePath",
+            {"/new/Library/archived/1.?ext?", "/old/Library/i/2.jpg", "/new/Library/handed/4.jpg",
+             "/new/Library/archived/3.jpg", "/old/Library/i/2.jpg", "/old/Library/i/2.jpg"}}}) {
+    for (std::size_t i = 0; i < std::size(kSources); ++i) {
+      const Value answer = made(kSources[i])->valueForKey(each.operation);
+      EXPECT_EQ(answer, each.answers[i])
+          << each.operation << " of " << kSources[i] << ": " << answer.description();
+    }
+  }
+}
+
+TEST(ImageRecRef, FindsPicturesWhereTheLibraryLiesNow) {
+  StandInDatabase database;
+  database.recorded = "/was";
+  struct Case {
+    std::string_view entry, operation;
+    std::string_view path;
+  };
+  for (const Case& each : {Case{"ImagePath", "imagePath", "/new/Library/p.jpg"},
+                           {"ImageThumbnailPath", "thumbnailPath", "/new/Library/p.jpg"},
+                           {"ThumbPath", "thumbnailPath", "/new/Library/p.jpg"},
+                           {"ImageOriginalPath", "originalImagePath", "/was/p.jpg"}}) {
+    const Ref<ImageRecRef> photo = photoOf(dictionary({{each.entry, "/was/p.jpg"}}), database);
+    const CollectedLog log;
+    EXPECT_EQ(photo->valueForKey(each.operation).text(), each.path) << each.entry;
+  }
+  const Ref<ImageRecRef> both = photoOf(dictionary({{"ImageThumbnailPath", "/was/image.jpg"},
+                                                    {"ThumbPath", "/was/thumb.jpg"},
+                                                    {"ImagePath", "/was/a/p.jpg"},
+                                                    {"OriginalPath", "/was/o.jpg"}}),
+                                        database);
+  EXPECT_EQ(both->thumbnailPath(), "/new/Library/image.jpg");
+  EXPECT_EQ(both->recordedOriginalPath(), "/new/Library/o.jpg");
+  EXPECT_EQ(both->originalImagePath(), "/new/Library/a/Originals/42.?origExt?");
+  EXPECT_TRUE(both->hasBeenEdited());
+  const CollectedLog log;
+  const Ref<ImageRecRef> unmoved = photoOf(dictionary({{"ImagePath", "/was/a/p.jpg"}}), database);
+  EXPECT_EQ(unmoved->thumbnailPath(), "/new/Library/a/Thumbs/42.jpg");
+}
+
+TEST(ImageRecRef, KeepsItsEditState) {
+  StandInDatabase database;
+  const Ref<Dictionary> imageInfo =
+      dictionary({{"ImagePath", "/p.jpg"}, {"ImageOriginalPath", "/p.jpg"}});
+  const Ref<ImageRecRef> photo = photoOf(imageInfo, database);
+  EXPECT_FALSE(photo->hasBeenEdited());
+  imageInfo->set("ImageOriginalPath", "/o.jpg");
+  EXPECT_FALSE(photo->hasBeenEdited());
+  EXPECT_TRUE(photoOf(imageInfo, database)->hasBeenEdited());
 }
 
 TEST(ImageRecRef, AnswersNothingOfOtherKindsOfValues) {
@@ -96,14 +224,39 @@ TEST(ImageRecRef, AsksForARewrittenPathOnceAndSaysWhenThereIsNoFolder) {
   const Ref<ImageRecRef> photo = photoOf(dictionary({}), database);
   CollectedLog log;
   EXPECT_EQ(photo->directory(), std::nullopt);
-  // Looking for the info store asks for the folder as well.
-  ASSERT_FALSE(log.lines().empty());
-  EXPECT_EQ(log.lines().front(),
-            "ImageRecRef - directory '(null)' does not exist for Key: {\n    Key = 42;\n}");
+  EXPECT_EQ(log.lines(),
+            std::vector<std::string>{
+                "ImageRecRef - directory '(null)' does not exist for Key: {\n    Key = 42;\n}"});
+
+  database.recorded = "/was";
+  const Ref<Dictionary> imageInfo = dictionary({{"ImagePath", "/was/a/p.jpg"}});
+  const Ref<ImageRecRef> moved = photoOf(imageInfo, database);
+  EXPECT_EQ(moved->directory(), "/new/Library/a");
+  EXPECT_EQ(moved->directory(), "/new/Library/a");
+  EXPECT_EQ(database.updates, 1);
 
   const Ref<ImageRecRef> alone = ImageRecRef::init();
-  alone->setImageInfoForKeyString(dictionary({{"ImagePath", "/a/b.jpg"}}), "9");
+  alone->setImageInfoForKeyString(imageInfo, "9");
   EXPECT_EQ(alone->imagePath(), std::nullopt) << "without a database nobody rewrites paths";
+  EXPECT_EQ(alone->directory(), std::nullopt);
+  alone->setDatabase(&database);
+  EXPECT_EQ(alone->directory(), "/was/a") << "the one time was without a database";
+  EXPECT_EQ(database.updates, 1);
+}
+
+TEST(ImageRecRef, ResolvesLinksInItsFolder) {
+  const TemporaryFolder library;
+  const std::string root = std::filesystem::canonical(library.path()).string();
+  std::filesystem::create_directories(root + "/real/2004");
+  std::filesystem::create_directory_symlink(root + "/real", root + "/link");
+  StandInDatabase database;
+  database.archive = std::nullopt;
+  database.root = root;
+  database.folders[8] = "link/2004";
+  EXPECT_EQ(photoOf(dictionary({{"ImagePath", root + "/link/2004/p.jpg"}}), database)->directory(),
+            root + "/real/2004");
+  EXPECT_EQ(archivedPhoto(dictionary({{"Directory", 8}}), database)->directory(),
+            root + "/real/2004");
 }
 
 TEST(ImageRecRef, RelativeFolders) {
@@ -144,27 +297,6 @@ TEST(ImageRecRef, KeywordsComeAsRecordsKeysOrAsStored) {
   EXPECT_EQ(photo->keywords().text(), "as stored");
 }
 
-TEST(ImageRecRef, ArchivedRecordsAskTheDirectoryTable) {
-  StandInDatabase database;
-  database.version = 20;
-  database.generation = "20";
-  database.folders[8] = "2004/05/06/Data";
-  const Ref<ImageRecRef> photo = archivedPhoto(
-      dictionary({{"Directory", 8}, {"Key", Key::initWithKey(11)}, {"Roll", 2}}), database);
-  CollectedLog log;
-  EXPECT_EQ(photo->keyStringValue(), "11");
-  EXPECT_EQ(photo->rollKey(), Value(2));
-  EXPECT_EQ(photo->directory(), "/new/Library/2004/05/06/Data");
-  EXPECT_EQ(photo->relativeDirectory(), "2004/05/06/Data");
-  EXPECT_EQ(photo->imagePath(), "/new/Library/2004/05/06/11.?ext?");
-  EXPECT_EQ(photo->filename(), "2004/05/06/11.?ext?");
-  EXPECT_EQ(photo->originalImagePath(), "/new/Library/2004/05/06/Originals/11.?ext?");
-  photo->setInfo(ImageRec::init());
-  EXPECT_EQ(photo->date(), std::nullopt) << "the archived dictionary decides";
-  EXPECT_EQ(log.lines(), std::vector<std::string>{"No data for image attributes at "
-                                                  "/new/Library/2004/05/06/Data/11.attr"});
-}
-
 TEST(ImageRecRef, ReadsStoresBesideThePhoto) {
   const TemporaryFolder library;
   StandInDatabase database;
@@ -185,57 +317,175 @@ TEST(ImageRecRef, ReadsStoresBesideThePhoto) {
   write("1.attr", attributes);
   library.write("2004/Data/2", "no archive");
   library.write("2004/Data/2.attr", "no archive");
+  write("4", attributes);
+  write("4.attr", info);
   const Ref<Dictionary> imageInfo =
       dictionary({{"ImagePath", database.root + "/2004/p.jpg"}, {"Caption", "from the list"}});
+  const std::string data = database.root + "/2004/Data/";
+  const auto keyText = [](int key) { return "Key: {\n    Key = " + std::to_string(key) + ";\n}"; };
 
-  CollectedLog log;
-  const Ref<ImageRecRef> whole = photoOf(imageInfo, database, 1);
-  EXPECT_EQ(whole->caption(), "from the file");
-  EXPECT_EQ(whole->imageWidth(), Value(640));
-  EXPECT_EQ(whole->imageHeight(), Value(0.0F));
-  EXPECT_TRUE(log.lines().empty());
+  struct Case {
+    std::uint32_t key;
+    bool handsStoresIn;
+    std::string caption;
+    Value width;
+    std::vector<std::string> lines;  // of asking for both twice
+  };
+  const std::string damaged =
+      "NSInvalidArgumentException - '" + data + "2.attr' is no archive = (null)";
+  const std::string damagedInfo =
+      "NSInvalidArgumentException - '" + data + "2' is no archive = (null)";
+  const std::string otherRoot = "'" + data + "4.attr' holds ImageRec in place of AttributeMgr";
+  const std::string otherInfo = "'" + data + "4' holds AttributeMgr in place of ImageRec";
+  const auto usingInfo = [&](int key) {
+    return "ImageRecRef using database INFO for image " + keyText(key) + " at " + database.root +
+           "/2004/p.jpg";
+  };
+  const auto usingAttributes = [&](int key) {
+    return "Using database attributes for image " + keyText(key) + " at " + database.root +
+           "/2004/p.jpg";
+  };
+  for (const Case& each : std::initializer_list<Case>{
+           {1, false, "from the file", 640, {}},
+           {1, true, "from the file", 640, {}},
+           {2, false, "from the list", {}, {damaged, damagedInfo, damaged}},
+           {2, true, "c4", 4, {damaged, usingAttributes(2), damagedInfo, usingInfo(2)}},
+           {3, false, "from the list", {}, {"No data for image attributes at " + data + "3.attr"}},
+           {3,
+            true,
+            "from the list",
+            4,
+            {"No data for image attributes at " + data + "3.attr", usingInfo(3)}},
+           {4, false, "from the list", {}, {otherRoot, otherInfo}},
+           {4, true, "c4", 4, {otherRoot, usingAttributes(4), otherInfo, usingInfo(4)}}}) {
+    const Ref<ImageRecRef> photo = photoOf(imageInfo, database, each.key);
+    if (each.handsStoresIn) {
+      photo->setDBInfo(infoStore(4));
+      photo->setDBImageAttributes(attributesStore(4));
+    }
+    const CollectedLog log;
+    for (int times = 0; times < 2; ++times) {
+      EXPECT_EQ(photo->caption(), each.caption) << each.key << each.handsStoresIn;
+      EXPECT_EQ(photo->info() ? photo->imageWidth() : Value(), each.width) << each.key;
+    }
+    EXPECT_EQ(log.lines(), each.lines) << each.key << each.handsStoresIn;
+  }
 
   {
-    const CollectedLog ofLost;
+    const CollectedLog log;
     const auto place = std::filesystem::current_path();
     std::filesystem::current_path(library.path() + "/2004/Data");
     const Ref<ImageRecRef> lost = photoOf(dictionary({{"Caption", "of no folder"}}), database, 1);
     EXPECT_EQ(lost->caption(), "of no folder") << "no store is taken from where the process runs";
     std::filesystem::current_path(place);
-    EXPECT_EQ(ofLost.lines().back(), "No data for image attributes at (null)");
+    EXPECT_EQ(log.lines().back(), "No data for image attributes at (null)");
   }
-
-  const Ref<ImageRecRef> damaged = photoOf(imageInfo, database, 2);
-  EXPECT_EQ(damaged->caption(), "from the list");
-  EXPECT_FALSE(damaged->info());
-  EXPECT_FALSE(damaged->info()) << "the info file is looked for once";
-  EXPECT_EQ(log.lines().size(), 2U);
-
-  const Ref<ImageRecRef> missing = photoOf(imageInfo, database, 3);
-  missing->setDBInfo(info);
-  static_cast<void>(missing->caption());
-  static_cast<void>(missing->caption());
-  EXPECT_EQ(missing->info(), info);
-  EXPECT_EQ(log.lines().size(), 4U) << "one line for the attributes, one for the handed-in store";
-
   database.version = 150;
   const Ref<ImageRecRef> newer = photoOf(imageInfo, database, 1);
   EXPECT_FALSE(newer->imageAttributes());
   EXPECT_EQ(newer->caption(), "from the list");
 }
 
+/// Answers stores, but throws whenever it is told to.
+class Faulty final : public RecordSource {
+ public:
+  RecordStores stores(std::uint32_t position) const override {
+    ++asked;
+    if (throws) {
+      NSException::raise(kNSRangeException, "%u", position);
+    }
+    return {dictionary({{"Caption", "made"}}), AttributeMgr::init(), infoStore(7)};
+  }
+  const Class& objectClass() const override {
+    static constexpr Class kClass{"Faulty"};
+    return kClass;
+  }
+  bool throws = false;
+  mutable int asked = 0;
+};
+
+TEST(ImageRecRef, AsksItsSourceAgainAfterAFault) {
+  const Ref<Faulty> source = make<Faulty>();
+  const Ref<ImageRecRef> photo = ImageRecRef::init();
+  photo->setSourceForKey(source, 3, 7);
+  EXPECT_EQ(photo->photoId(), Value(7));
+  EXPECT_EQ(source->asked, 0) << "the key is there without it";
+  source->throws = true;
+  EXPECT_THROW((void)photo->caption(), NSException);
+  source->throws = false;
+  EXPECT_EQ(photo->caption(), "made");
+  EXPECT_EQ(photo->imageWidth(), Value(7));
+  EXPECT_EQ(source->asked, 2);
+  photo->unload();
+  EXPECT_EQ(photo->caption(), "made");
+  EXPECT_EQ(source->asked, 3);
+  photo->setImageAttributes(attributesStore(1));
+  photo->unload();
+  EXPECT_EQ(photo->caption(), "c1") << "what was given is not made anew";
+  EXPECT_EQ(photo->imageWidth(), Value(7));
+  EXPECT_EQ(source->asked, 3);
+}
+
+TEST(ImageRecRef, WhatOutlivesItsDatabaseOrItsPhotoHasNone) {
+  const CollectedLog log;
+  auto database = std::make_unique<StandInDatabase>();
+  Ref<ImageRecRef> photo = photoOf(dictionary({{"ImagePath", "/old/Library/a/p.jpg"}}), *database);
+  const Ref<TVQiPhotoUserData> camera = photo->exifData();
+  EXPECT_EQ(camera->photo(), photo.get());
+  EXPECT_EQ(camera->valueForKey("photo").object(), Ref<Object>(photo));
+  const StandInDatabase copy = *database;
+  database.reset();
+  EXPECT_EQ(photo->database(), nullptr);
+  EXPECT_EQ(photo->imagePath(), std::nullopt);
+  EXPECT_TRUE(photo->valueForKey("database").isNothing());
+  photo->unload();
+  EXPECT_EQ(camera->photo(), nullptr);
+  const Ref<TVQiPhotoUserData> later = photo->exifData();
+  photo = nullptr;
+  EXPECT_EQ(later->photo(), nullptr);
+  EXPECT_TRUE(later->valueForKey("photo").isNothing());
+}
+
 TEST(ImageRecRef, KeyValueAccessReachesItsOperationsAndThenTheCameraValues) {
   StandInDatabase database;
-  const Ref<ImageRecRef> photo =
-      photoOf(dictionary({{"ImagePath", "/x/a.jpg"}, {"Caption", "c"}}), database);
-  EXPECT_EQ(photo->valueForKey("caption").text(), "c");
-  EXPECT_EQ(photo->valueForKey("photoId"), Value(42));
-  EXPECT_EQ(photo->valueForKey("hasBeenEdited"), Value(true));
-  EXPECT_TRUE(photo->valueForKey("maker").isNothing());
+  const Ref<ImageRecRef> photo = photoOf(dictionary({{"ImagePath", "/new/Library/a/p.jpg"},
+                                                     {"ImageThumbnailPath", "/t.jpg"},
+                                                     {"ImageOriginalPath", "/o.jpg"}}),
+                                         database);
+  const Ref<ImageRec> info = infoStore(3);
+  const Ref<AttributeMgr> attributes = attributesStore(3);
+  photo->setInfo(info);
+  photo->setImageAttributes(attributes);
+  photo->setDBInfo(info);
+  expectAnswers(*photo, {{"_filename", "3.jpg"},
+                         {"_imageDirectory", "/new/Library/a"},
+                         {"_originalImageFilename", "42.o3"},
+                         {"_thumbnailFilename", "42.jpg"},
+                         {"dbInfo", info},
+                         {"directory", "/new/Library/a"},
+                         {"exifData", photo->exifData()},
+                         {"filename", "a/3.jpg"},
+                         {"filepath", "/new/Library/a/3.jpg"},
+                         {"hasBeenEdited", true},
+                         {"imageAttributes", attributes},
+                         {"imagePath", "/new/Library/a/p.jpg"},
+                         {"imageSize", dictionary({{"width", 3.0F}, {"height", 0.0F}})},
+                         {"info", info},
+                         {"key", Key::initWithKey(42)},
+                         {"originalImageDirectory", "/new/Library/a/Originals"},
+                         {"originalImagePath", "/o.jpg"},
+                         {"thumbnailDirectory", "/new/Library/a/Thumbs"},
+                         {"thumbnailPath", "/t.jpg"},
+                         {"photo", photo},
+                         {"maker", {}},
+                         {"shutter", Decimal{}}});
   EXPECT_TRUE(photo->respondsToSelector("flashDescription"));
+  EXPECT_TRUE(photo->respondsToSelector("photo"));
   EXPECT_FALSE(photo->respondsToSelector("_imageInfo"));
   EXPECT_THROW(static_cast<void>(photo->valueForKey("_imageInfo")), NSException);
-  EXPECT_TRUE(photo->description().starts_with("ImageRecRef: <no dictionary>, directory = /x, "));
+  const Ref<ImageRecRef> bare = photoOf(dictionary({{"ImagePath", "/x/a.jpg"}}), database);
+  EXPECT_EQ(bare->description(),
+            "ImageRecRef: <no dictionary>, directory = /x, attributes = (null), info = (null)");
 }
 
 TEST(ImageRecRef, DumpsBytes) {

@@ -8,7 +8,9 @@
 #include <MRZiPhoto/platform/NSException.h>
 #include <MRZiPhoto/platform/NSUnarchiver.h>
 
+#include "support/ArchivedAs.h"
 #include "support/CollectedLog.h"
+#include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
 
 namespace mrziphoto {
@@ -45,6 +47,12 @@ TEST(Key, EqualsByItsWholeDictionary) {
   EXPECT_TRUE(made->isEqual(*Key::initWithKeyValue(7.0)));
   EXPECT_FALSE(made->isEqual(*Key::initWithKeyValue("7")));
   EXPECT_EQ(made->description(), "Key: {\n    Key = 7;\n}");
+  // What a host sets in the dictionary is what the key is.
+  made->key()->set("Key", 9);
+  EXPECT_EQ(made->value(), Value(9));
+  EXPECT_EQ(made->plainNumber(), 9);
+  EXPECT_TRUE(made->isEqual(*Key::initWithKey(9)));
+  expectAnswers(*made, {{"key", dictionary({{"Key", 9}})}, {"stringValue", "9"}, {"value", 9}});
 }
 
 TEST(Key, WithoutAValueRaises) {
@@ -60,6 +68,12 @@ TEST(Key, WithoutAValueRaises) {
 
 TEST(ImageRec, PrefersItsImageSource) {
   const Ref<ImageRec> info = ImageRec::init();
+  expectAnswers(*info, {{"fileName", {}},
+                        {"imageHeight", 0.0F},
+                        {"imageWidth", 0.0F},
+                        {"rotation", 0.0F},
+                        {"imageSource", {}},
+                        {"directoryKey", {}}});
   EXPECT_EQ(info->imageWidth(), Value(0.0F));
   info->setFileName({});
   EXPECT_EQ(info->fileName(), std::nullopt);
@@ -70,6 +84,26 @@ TEST(ImageRec, PrefersItsImageSource) {
   EXPECT_EQ(info->imageWidth().intValue(), 640);
   info->setObjectForKey(make<DBSource>(), ImageRec::kImageSource);
   EXPECT_EQ(info->fileName(), std::nullopt) << "the source decides, even without a name";
+
+  NSArchiver archiver;
+  const Value source = archivedAndRead(
+      archiver, make<ArchivedAs<ImageSource>>(dictionary({{"Directory", 8}, {"Filename", "s"}})));
+  expectAnswers(*source.object(), {{"directoryKey", 8}, {"filename", "s"}});
+  const Ref<ImageRec> full = ImageRec::initWithDictionary(dictionary({{"Key", 1}, {"Roll", 2}}));
+  full->setObjectForKey(source, "ImageSource");
+  full->setImageHeight(3);
+  full->setImageWidth(4);
+  full->setRotation(5);
+  full->setDate(Date{6});
+  expectAnswers(*full, {{"key", 1},
+                        {"rollKey", 2},
+                        {"imageHeight", 3},
+                        {"imageWidth", 4},
+                        {"rotation", 5},
+                        {"date", Date{6}},
+                        {"fileName", "s"},
+                        {"imageSource", source},
+                        {"directoryKey", 8}});
 }
 
 TEST(AttributeMgr, KeepsAttributesApartFromItsOwnEntries) {
@@ -82,8 +116,14 @@ TEST(AttributeMgr, KeepsAttributesApartFromItsOwnEntries) {
   store->setAttributeForKey("Köln", "Caption");
   EXPECT_EQ(store->attributeForKey("Caption").text(), "Köln");
   EXPECT_EQ(store->modificationDate(), std::nullopt);
+  // The name as some libraries misspell it counts only where the right one is missing.
+  store->storedDictionary()->set("Modication_Date", Date{4});
+  EXPECT_EQ(store->modificationDate(), Date{4});
   store->setModificationDate(Date{5});
-  EXPECT_EQ(store->modificationDate(), Date{5});
+  store->setImageUserData(Data::copyOf("block"));
+  expectAnswers(*store, {{"attributes", store->attributes()},
+                         {"imageUserData", Data::copyOf("block")},
+                         {"modificationDate", Date{5}}});
 }
 
 TEST(ArchivedStores, LogNewerVersionsAndReadOn) {

@@ -63,9 +63,11 @@ TEST(DecimalArithmetic, DividesExactlyAndRoundsOnce) {
            {{2}, {3}, 4, "0.6667"},
            {{kLeast}, {-2}, 0, "4611686018427387904"},
            {{1}, {kMost, 1000000}, 0, "0"},
-           {{kMost}, {1, -1}, 0, "-3"},  // overflow
-           {{1}, {1, -1000000}, 0, "-3"},
-           {{1}, {0, 5}, 0, "-4"},  // division by zero
+           {{kMost}, {1, -1}, 0, "92233720368547758070"},
+           {{kMost}, {3, -1}, 0, "30744573456182586020"},  // 30744573456182586023.3
+           {{1}, {1, -1000000}, 0, "1e1000000"},
+           {{kMost, 2147483647}, {1, -40}, 0, "-3"},  // overflow
+           {{1}, {0, 5}, 0, "-4"},                    // division by zero
        }) {
     EXPECT_EQ(each.left.dividing(each.right, Rounding(each.digits)).description(), each.quotient);
   }

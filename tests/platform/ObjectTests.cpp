@@ -22,13 +22,13 @@ class Animal : public Object {
   const Class& objectClass() const override { return kClass; }
   const Accessor* accessorNamed(std::string_view key) const override {
     static constexpr std::array kAccessors{
-        Accessor{"legs", [](const Object&) { return Value(4); }},
+        accessor<&Animal::legs>("legs"),
         Accessor{"name",
                  [](const Object& o) -> Value { return static_cast<const Animal&>(o).name; }},
     };
-    static_assert(accessorsAreSorted(kAccessors));
-    return findAccessor(kAccessors, key);
+    return findAccessor<kAccessors>(key, Object::accessorNamed(key));
   }
+  [[nodiscard]] int legs() const { return 4; }
   std::string name = "Rex";
   Value friendOfMine;
 };

@@ -25,6 +25,9 @@ struct StandInDatabase final : RecordDatabase {
   std::int32_t version = 200;
   std::string generation = "80";
   mutable int updates = 0;
+  Ref<Object> itself;  // for key-value access
+
+  Ref<Object> object() const override { return itself; }
 
   std::string directory() const override { return root; }
   std::optional<std::string> archivePath() const override { return archive; }
