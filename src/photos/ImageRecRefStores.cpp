@@ -35,9 +35,9 @@ void noteUnreadableStore(const RecordDatabase* database, const std::string& file
   }
 }
 
-/// The root object of an archive; nothing, and a log line, when it is no `T`.
+/// The root object of an archive; nothing, which is logged and told, when it is no `T`.
 template <class T>
-Ref<T> decodeRoot(const Data& bytes, const std::string& path) {
+Ref<T> decodeRoot(const RecordDatabase* database, const Data& bytes, const std::string& path) {
   const auto reader = NSUnarchiver::initForReadingWithData(bytes);
   if (!reader) {
     NSException::raise(kNSInvalidArgumentException, "'%@' is no archive", path);
@@ -45,7 +45,11 @@ Ref<T> decodeRoot(const Data& bytes, const std::string& path) {
   const Value root = reader->decodeObject();
   Ref<T> store = root.object<T>();
   if (!store) {
-    log("'%@' holds %@ in place of %@", path, root.className(), T::kClass.name);
+    const NSException otherRoot(
+        kNSInvalidArgumentException,
+        format("'%@' holds %@ in place of %@", path, root.className(), T::kClass.name));
+    log("%@", otherRoot.reason());
+    noteUnreadableStore(database, path, otherRoot);
   }
   return store;
 }
@@ -69,7 +73,7 @@ void ImageRecRef::loadInfo() const {
   if (found && found->holdsStore(inDataFolder, name)) {
     const std::string file = path::join(found->storeFolder(inDataFolder), name);
     try {
-      _stores.info = decodeRoot<ImageRec>(FileManager::readContents(file), file);
+      _stores.info = decodeRoot<ImageRec>(_database.get(), FileManager::readContents(file), file);
     } catch (const NSException& exception) {
       logException(exception);
       noteUnreadableStore(_database.get(), file, exception);
@@ -112,7 +116,8 @@ void ImageRecRef::loadImageAttributes() const {
           noteUnreadableStore(_database.get(), *file, FileException(failure));
         }
       }
-      kept = bytes ? decodeRoot<AttributeMgr>(*bytes, *file) : AttributeMgr::init();
+      kept =
+          bytes ? decodeRoot<AttributeMgr>(_database.get(), *bytes, *file) : AttributeMgr::init();
       if (!kept && !handedIn) {
         kept = AttributeMgr::init();  // the file would say the same each time
       }

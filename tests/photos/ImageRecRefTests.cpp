@@ -369,6 +369,8 @@ TEST(ImageRecRef, ReadsStoresBesideThePhoto) {
       EXPECT_EQ(photo->info() ? photo->imageWidth() : Value(), each.width) << each.key;
     }
     EXPECT_EQ(log.lines(), each.lines) << each.key << each.handsStoresIn;
+    EXPECT_EQ(database.unreadable.empty(), each.key % 2 != 0) << "damaged, or of another kind";
+    database.unreadable.clear();
   }
 
   {

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include <MRZiPhoto/albums/Keyword.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
@@ -27,7 +28,12 @@ struct StandInDatabase final : RecordDatabase {
   mutable int updates = 0;
   Ref<Object> itself;  // for key-value access
 
+  mutable std::vector<std::string> unreadable;
+
   Ref<Object> object() const override { return itself; }
+  void noteUnreadable(std::string_view /*what*/, const std::string& reason) const override {
+    unreadable.push_back(reason);
+  }
 
   std::string directory() const override { return root; }
   std::optional<std::string> archivePath() const override { return archive; }
