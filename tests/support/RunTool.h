@@ -2,8 +2,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <pty.h>
 #include <string>
 #include <sys/wait.h>
@@ -31,10 +29,6 @@ inline ToolResult runTool(const std::vector<std::string>& arguments,
     }
     return result + "' ";
   };
-  const auto contents = [](const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-  };
   const TemporaryFolder folder;
   std::string command = "{ " + quoted(MRZIPHOTO_TOOL);
   for (const std::string& argument : arguments) {
@@ -46,8 +40,8 @@ inline ToolResult runTool(const std::vector<std::string>& arguments,
   if (std::system(command.c_str()) == -1) {
     return {};
   }
-  return {std::atoi(contents(folder / "status").c_str()), contents(folder / "out"),
-          contents(folder / "err")};
+  return {std::atoi(fileBytes(folder / "status").c_str()), fileBytes(folder / "out"),
+          fileBytes(folder / "err")};
 }
 
 /// What the tool writes to a terminal of so many columns, standard error included.

@@ -3,11 +3,18 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <unistd.h>
 
 namespace mrziphoto {
+
+/// All bytes of a file; none when it cannot be read.
+inline std::string fileBytes(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
 
 /// An empty folder that goes, with all that is in it, when the test is done.
 class TemporaryFolder {

@@ -20,8 +20,8 @@
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/platform/NSImage.h>
 
-#include "sample/SampleLibrary.h"
 #include "support/RunTool.h"
+#include "support/SampleFolder.h"
 #include "support/TemporaryFolder.h"
 #include "tool/ContactSheet.h"
 #include "tool/Failure.h"
@@ -40,12 +40,7 @@ class Sample {
   TemporaryFolder _folder;
 
  public:
-  explicit Sample(std::int32_t version) {
-    SampleOptions options;
-    options.folder = root;
-    options.libraryVersion = version;
-    writeSampleLibrary(options);
-  }
+  explicit Sample(std::int32_t version) { writeSample(root, version, 24, true); }
 
   const std::string root = _folder / "library";
   [[nodiscard]] std::string operator/(const std::string& name) const { return root + "/" + name; }
@@ -66,18 +61,20 @@ std::string lastLineOf(const std::string& text) {
   return text.substr(before == std::string::npos ? 0 : before + 1);
 }
 
-std::string contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-#define SKIP_WITHOUT_IMAGES()                        \
-  if (!NSImage::isSupported()) {                     \
-    GTEST_SKIP() << "This build reads no pictures."; \
+/// What a build that reads no pictures cannot do.
+class PictureCommands : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!NSImage::isSupported()) {
+      GTEST_SKIP() << "This build reads no pictures.";
+    }
   }
+};
+using Check = PictureCommands;
+using Thumbnail = PictureCommands;
+using ContactSheet = PictureCommands;
 
-TEST(Check, FindsNothingWrongWithAWholeLibrary) {
-  SKIP_WITHOUT_IMAGES();
+TEST_F(Check, FindsNothingWrongWithAWholeLibrary) {
   for (const std::int32_t version : {20, 40, 60, 150, 200}) {
     const Sample library(version);
     // Generations spell the paths of a library that was reached by a link in different ways.
@@ -96,8 +93,7 @@ TEST(Check, FindsNothingWrongWithAWholeLibrary) {
   }
 }
 
-TEST(Check, CallsNothingMissingOrUnnamedThatItCannotTell) {
-  SKIP_WITHOUT_IMAGES();
+TEST_F(Check, CallsNothingMissingOrUnnamedThatItCannotTell) {
   const Sample whole(200);
   const std::string albumData = whole / "AlbumData.xml";
   fs::rename(albumData, whole.outside("AlbumData.xml"));
@@ -129,8 +125,7 @@ TEST(Check, CallsNothingMissingOrUnnamedThatItCannotTell) {
       << unreachable.err;
 }
 
-TEST(Check, TellsWhatIsWrong) {
-  SKIP_WITHOUT_IMAGES();
+TEST_F(Check, TellsWhatIsWrong) {
   const Sample library(60);
   // Macs find this one under its name, too; others are files that no person put there.
   fs::rename(library / ("Originals/" + kFirstRoll + "IMG_0001.JPG"),
@@ -184,24 +179,7 @@ TEST(Check, TellsWhatIsWrong) {
       << records.out;
 }
 
-/// Bytes of the first thumbnail in the cache, that of photo 102: alpha is their last.
-struct FirstSlot {
-  static constexpr std::size_t kOffset = 4096;
-  static constexpr std::size_t kSize = 64 * 64 * 4;
-
-  std::string bytes;
-};
-
-FirstSlot changedFirstSlot(const std::string& file) {
-  std::string all = contents(file);
-  // Half transparent, which a picture with multiplied colours would show darker.
-  all.replace(FirstSlot::kOffset, 4, "\x10\x20\x80\x40");
-  std::ofstream(file, std::ios::binary) << all;
-  return {all.substr(FirstSlot::kOffset, FirstSlot::kSize)};
-}
-
-TEST(Thumbnail, WritesWhatTheCacheHolds) {
-  SKIP_WITHOUT_IMAGES();
+TEST_F(Thumbnail, WritesWhatTheCacheHolds) {
   const Sample library(60);
   const std::string png = library.outside("thumbnail.png");
   EXPECT_EQ(runTool({"thumbnail", library.root, "102", "-o", png, "--quiet"}).status, 0);
@@ -210,32 +188,40 @@ TEST(Thumbnail, WritesWhatTheCacheHolds) {
   EXPECT_EQ(size.height, 180);
 
   library.remove({"Data"});
-  const FirstSlot slot = changedFirstSlot(library / "Thumb64Segment.data");
+  // Half transparent, which a picture with multiplied colours would show darker.
+  std::string cache = fileBytes(library / "Thumb64Segment.data");
+  cache.replace(4096, 4, "\x10\x20\x80\x40");
+  library.write("Thumb64Segment.data", cache);
+  const std::string slot = cache.substr(4096, std::size_t{64} * 64 * 4);  // that of photo 102
   EXPECT_EQ(runTool({"thumbnail", library.root, "102", "-o", png, "--quiet"}).status, 0);
   const Ref<NSBitmapImageRep> bitmap = NSImage::initByReferencingFile(png)->bitmap();
   ASSERT_TRUE(bitmap);
-  ASSERT_EQ(bitmap->bitmapData().size(), FirstSlot::kSize);
-  for (std::size_t i = 0; i < FirstSlot::kSize; ++i) {
+  ASSERT_EQ(bitmap->bitmapData().size(), slot.size());
+  for (std::size_t i = 0; i < slot.size(); ++i) {
     // A slot's pixel has its last byte in front: green, blue, alpha, red become red, green, blue.
     const std::size_t from = i % 4 == 0 ? i + 3 : i - 1;
-    ASSERT_EQ(bitmap->bitmapData()[i], static_cast<std::uint8_t>(slot.bytes[from])) << i;
+    ASSERT_EQ(bitmap->bitmapData()[i], static_cast<std::uint8_t>(slot[from])) << i;
   }
 }
 
-TEST(PictureCommands, WriteNothingWhereTheyFail) {
-  const Sample library(200);
-  if (!NSImage::isSupported()) {
-    const std::vector<std::vector<std::string>> commands{
-        {"check", library.root},
-        {"contact-sheet", library.root, "-o", library.outside("x")},
-        {"thumbnail", library.root, "102", "-o", library.outside("x")}};
-    for (const std::vector<std::string>& words : commands) {
-      const ToolResult result = runTool(words);
-      EXPECT_EQ(result.status, 1);
-      EXPECT_NE(result.err.find("built without images"), std::string::npos) << result.err;
-    }
-    return;
+TEST(WithoutImages, PictureCommandsSaySo) {
+  if (NSImage::isSupported()) {
+    GTEST_SKIP() << "This build reads pictures.";
   }
+  const Sample library(200);
+  const std::string file = library.outside("x");
+  for (const std::vector<std::string>& words :
+       std::vector<std::vector<std::string>>{{"check", library.root},
+                                             {"contact-sheet", library.root, "-o", file},
+                                             {"thumbnail", library.root, "102", "-o", file}}) {
+    const ToolResult result = runTool(words);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("built without images"), std::string::npos) << result.err;
+  }
+}
+
+TEST_F(PictureCommands, WriteNothingWhereTheyFail) {
+  const Sample library(200);
   const Sample empty(15);
   library.remove({"Data", "Thumb64Segment.data"});
   library.write("Data/" + kFirstRoll + "IMG_0002.jpg", "no image");
@@ -260,15 +246,14 @@ TEST(PictureCommands, WriteNothingWhereTheyFail) {
     EXPECT_NE(lastLineOf(result.err).find(named), std::string::npos) << result.err;
     EXPECT_TRUE(lastLineOf(result.err).starts_with("mrziphoto: ")) << result.err;
   }
-  EXPECT_EQ(contents(existing), "stays");
+  EXPECT_EQ(fileBytes(existing), "stays");
   // Nor is anything left over beside it.
   EXPECT_EQ(std::distance(fs::directory_iterator(library.outside("")), {}), 2);
 }
 
-TEST(PictureCommands, LeaveTheLibraryAsItIs) {
-  SKIP_WITHOUT_IMAGES();
+TEST_F(PictureCommands, LeaveTheLibraryAsItIs) {
   const Sample library(200);
-  const std::string catalogue = contents(library / "Library6.iPhoto");
+  const std::string catalogue = fileBytes(library / "Library6.iPhoto");
   fs::create_directory_symlink(library.root, library.outside("folder"));
   fs::create_symlink("folder/Library6.iPhoto", library.outside("file"));
   fs::create_symlink(library / "new", library.outside("dangling"));
@@ -276,7 +261,7 @@ TEST(PictureCommands, LeaveTheLibraryAsItIs) {
   fs::rename(library / "Originals", library.outside("disk"));
   fs::create_directory_symlink(library.outside("disk"), library / "Originals");
   const std::string original = library.outside("disk/" + kFirstRoll + "IMG_0001.JPG");
-  const std::string picture = contents(original);
+  const std::string picture = fileBytes(original);
   for (const std::string& place :
        {library / "Library6.iPhoto", library / "new", library.outside("folder/new"),
         library.outside("file"), library.outside("dangling"), library / "Originals/new",
@@ -294,13 +279,13 @@ TEST(PictureCommands, LeaveTheLibraryAsItIs) {
       EXPECT_EQ(result.status, 1);
     }
   }
-  EXPECT_EQ(contents(library / "Library6.iPhoto"), catalogue);
+  EXPECT_EQ(fileBytes(library / "Library6.iPhoto"), catalogue);
   EXPECT_FALSE(fs::exists(library / "new"));
   fs::rename(original, library.outside("disk/" + kFirstRoll + "IMG_0001.jpg"));
   fs::create_symlink("disk/" + kFirstRoll + "IMG_0001.jpg", library.outside("sheet.jpg"));
   EXPECT_EQ(
       runTool({"contact-sheet", library.root, "-o", library.outside("sheet.jpg"), "-q"}).status, 1);
-  EXPECT_EQ(contents(library.outside("sheet.jpg")), picture);
+  EXPECT_EQ(fileBytes(library.outside("sheet.jpg")), picture);
   // Beside the folders that pictures lie in is somebody else's.
   EXPECT_EQ(
       runTool({"thumbnail", library.root, "102", "-o", library.outside("disk/x"), "-q"}).status, 0);
@@ -308,8 +293,7 @@ TEST(PictureCommands, LeaveTheLibraryAsItIs) {
 
 // Where libvips would keep its code, and its pictures: a folder's time tells of files that are
 // gone.
-TEST(PictureCommands, MakeNoFilesForTheirOwnUse) {
-  SKIP_WITHOUT_IMAGES();
+TEST_F(PictureCommands, MakeNoFilesForTheirOwnUse) {
   const Sample library(60);
   const TemporaryFolder folder;
   const fs::file_time_type before = fs::last_write_time(library.root);
@@ -322,7 +306,7 @@ TEST(PictureCommands, MakeNoFilesForTheirOwnUse) {
   EXPECT_EQ(fs::last_write_time(library.root), before);
 }
 
-TEST(PictureCommands, RefuseTheNamesOfOtherFormats) {
+TEST(OutputFile, HasNoNameOfAnotherFormat) {
   struct Case {
     std::string path;
     std::string format;
@@ -353,8 +337,7 @@ TEST(PictureCommands, RefuseTheNamesOfOtherFormats) {
   EXPECT_EQ(runTool({"contact-sheet", "/nowhere", "-o", "x.png"}).status, 2);
 }
 
-TEST(PictureCommands, KeepTheModeOfWhatTheyReplace) {
-  SKIP_WITHOUT_IMAGES();
+TEST_F(PictureCommands, KeepTheModeOfWhatTheyReplace) {
   const Sample library(200);
   const std::string file = library.outside("x.png");
   for (const mode_t mode : {0600U, 0664U, 0400U}) {
@@ -362,7 +345,7 @@ TEST(PictureCommands, KeepTheModeOfWhatTheyReplace) {
     ASSERT_EQ(chmod(file.c_str(), mode), 0);
     EXPECT_EQ(runTool({"thumbnail", library.root, "102", "-o", file, "-q"}).status, 0);
     EXPECT_EQ(static_cast<mode_t>(fs::status(file).permissions()), mode);
-    EXPECT_TRUE(contents(file).starts_with("\x89PNG"));
+    EXPECT_TRUE(fileBytes(file).starts_with("\x89PNG"));
     fs::remove(file);
   }
 }
@@ -386,11 +369,8 @@ int endingSignalOf(const std::function<void()>& run) {
 
 TEST(NewFile, IsGoneWhenASignalEndsTheProgram) {
   const TemporaryFolder folder;
-  SampleOptions options;
-  options.folder = folder / "library";
-  options.images = false;
-  writeSampleLibrary(options);
-  const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(options.folder);
+  writeSample(folder / "library", 60);
+  const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(folder / "library");
   fs::create_directory(folder / "out");
   std::ofstream(folder / "out/x") << "before";
   std::vector<int> signals{SIGHUP,    SIGINT,    SIGQUIT,  SIGILL,  SIGTRAP, SIGABRT,
@@ -406,7 +386,7 @@ TEST(NewFile, IsGoneWhenASignalEndsTheProgram) {
               }),
               signal);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder / "out"), {}), 1) << signal;
-    EXPECT_EQ(contents(folder / "out/x"), "before") << signal;
+    EXPECT_EQ(fileBytes(folder / "out/x"), "before") << signal;
   }
   // What was ignored stays so, and nothing is handled any more when the file is there.
   EXPECT_EQ(endingSignalOf([&] {
@@ -418,11 +398,10 @@ TEST(NewFile, IsGoneWhenASignalEndsTheProgram) {
               std::raise(SIGTERM);
             }),
             SIGTERM);
-  EXPECT_EQ(contents(folder / "out/x"), "whole");
+  EXPECT_EQ(fileBytes(folder / "out/x"), "whole");
 }
 
-TEST(PictureCommands, TellOfAFileThatMayGrowNoFurther) {
-  SKIP_WITHOUT_IMAGES();
+TEST_F(PictureCommands, TellOfAFileThatMayGrowNoFurther) {
   const Sample library(200);
   const TemporaryFolder folder;
   const auto limited = [&](const std::string& words) {
@@ -431,11 +410,11 @@ TEST(PictureCommands, TellOfAFileThatMayGrowNoFurther) {
   };
   const std::string sheet = library.outside("x.jpg");
   EXPECT_EQ(limited("contact-sheet '" + library.root + "' -o '" + sheet + "'"), 1);
-  EXPECT_EQ(contents(folder / "err"), "mrziphoto: cannot write '" + sheet + "': File too large\n");
+  EXPECT_EQ(fileBytes(folder / "err"), "mrziphoto: cannot write '" + sheet + "': File too large\n");
   EXPECT_EQ(std::distance(fs::directory_iterator(library.outside("")), {}), 1);
 
   EXPECT_EQ(limited("sample '" + folder / "a/b/library" + "'"), 1);
-  EXPECT_TRUE(lastLineOf(contents(folder / "err")).ends_with(": File too large\n"));
+  EXPECT_TRUE(lastLineOf(fileBytes(folder / "err")).ends_with(": File too large\n"));
   EXPECT_FALSE(fs::exists(folder / "a"));
 }
 
@@ -452,7 +431,7 @@ TEST(SampleCommand, WritesArchivesInTheByteOrderAskedFor) {
     words.insert(words.end(), each.option.begin(), each.option.end());
     ASSERT_EQ(runTool(words).status, 0);
     for (const char* file : {"library/Dir.data", "library/Library.iPhoto"}) {
-      EXPECT_TRUE(contents(folder / file).starts_with(each.beginning)) << file;
+      EXPECT_TRUE(fileBytes(folder / file).starts_with(each.beginning)) << file;
     }
     fs::remove_all(folder / "library");
   }
@@ -480,8 +459,7 @@ TEST(SampleCommand, LeavesNothingWhenItIsEnded) {
   EXPECT_FALSE(fs::exists(folder / "a"));
 }
 
-TEST(PictureCommands, FollowLinksAndWriteIntoStreams) {
-  SKIP_WITHOUT_IMAGES();
+TEST_F(PictureCommands, FollowLinksAndWriteIntoStreams) {
   const Sample library(200);
   const std::string file = library.outside("file");
   const auto write = [&](const std::string& place, const std::string& destination) {
@@ -493,7 +471,7 @@ TEST(PictureCommands, FollowLinksAndWriteIntoStreams) {
   fs::create_symlink("file", library.outside("link"));
   write(library.outside("link"), "");
   EXPECT_TRUE(fs::is_symlink(library.outside("link")));
-  const std::string sheet = contents(file);
+  const std::string sheet = fileBytes(file);
   EXPECT_TRUE(sheet.starts_with("\xFF\xD8\xFF"));
   EXPECT_GT(sheet.size(), 64U * 1024) << "more than a pipe holds";
 
@@ -501,7 +479,7 @@ TEST(PictureCommands, FollowLinksAndWriteIntoStreams) {
     fs::remove(file);
     std::ofstream(file) << "before ";
     write(stream, ">>'" + file + '\'');
-    EXPECT_EQ(contents(file), "before " + sheet) << stream;
+    EXPECT_EQ(fileBytes(file), "before " + sheet) << stream;
   }
   write("/dev/stdout", "| true");
 }
@@ -526,8 +504,7 @@ Colour meanOf(const NSBitmapImageRep& bitmap, std::size_t left, std::size_t top,
   return sum;
 }
 
-TEST(ContactSheet, ShowsALibraryWhosePictureFoldersAreGone) {
-  SKIP_WITHOUT_IMAGES();
+TEST_F(ContactSheet, ShowsALibraryWhosePictureFoldersAreGone) {
   const Sample library(200);
   library.remove({"Originals", "Modified", "Data"});
   const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(library.root);
@@ -538,7 +515,7 @@ TEST(ContactSheet, ShowsALibraryWhosePictureFoldersAreGone) {
   const ToolResult result = runTool(words);
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.status, 0);
-  EXPECT_TRUE(contents(sheet).starts_with("\xFF\xD8\xFF"));
+  EXPECT_TRUE(fileBytes(sheet).starts_with("\xFF\xD8\xFF"));
   const Ref<NSBitmapImageRep> drawn = NSImage::initByReferencingFile(sheet)->bitmap();
   ASSERT_TRUE(drawn);
   EXPECT_EQ(drawn->pixelsWide(), 7 * 80U);
@@ -564,7 +541,7 @@ TEST(ContactSheet, ShowsALibraryWhosePictureFoldersAreGone) {
               kLittle);
 }
 
-TEST(ContactSheet, FitsIntoAJpegPicture) {
+TEST(SheetLayout, FitsIntoAJpegPicture) {
   const struct {
     std::size_t photos;
     std::optional<std::uint32_t> columns;
