@@ -24,15 +24,10 @@ Value folderOf(const std::string& name, std::vector<Value> children) {
 /// The names of a catalogue's albums, behind a bar that of its archive album, and what was logged
 /// when it could not be loaded.
 std::string albums(const std::vector<Value>& objects) {
-  NSArchiver archiver;
-  archiver.encodeInt(0);
-  for (const Value& object : objects) {
-    archiver.encodeObject(object);
-  }
   // A roll shows which archive album is kept.
-  const CodedLibrary library(60, CodedBuilder()
-                                     .item("dbAL", std::string(archiver.archivedData().bytes()))
-                                     .rolls({CodedBuilder().item("stKY", 1)}));
+  const CodedLibrary library(
+      60,
+      CodedBuilder().item("dbAL", albumArchive(objects)).rolls({CodedBuilder().item("stKY", 1)}));
   if (!library) {
     return library.log().front();
   }

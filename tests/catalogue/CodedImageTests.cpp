@@ -20,8 +20,6 @@ std::vector<std::string> entriesOf(const Ref<Dictionary>& dictionary) {
 
 using Entries = std::vector<std::string>;
 
-CodedBuilder photo(std::int32_t key) { return CodedBuilder().item("idKY", key).item("idRL", 5); }
-
 CodedBuilder fileBlock(std::uint32_t number, Type type, std::u16string_view path) {
   return CodedBuilder().block(number, type, CodedBuilder().item("idFP", path));
 }
@@ -117,7 +115,7 @@ TEST(CodedImageRecords, PutWhatARollsRecordSaysIntoItsStores) {
 
 TEST(CodedImageRecords, HoldPhotosAboveVersion24) {
   for (const std::int32_t version : {15, 24, 25, 50, 51, 150}) {
-    const CodedLibrary library(version, CodedBuilder().images({photo(1), fullRecord(2, 0)}));
+    const CodedLibrary library(version, CodedBuilder().images({codedPhoto(1), fullRecord(2, 0)}));
     ASSERT_TRUE(library);
     EXPECT_EQ(library->photos().size(), version > 24 ? 1U : 0U) << version;
     EXPECT_EQ(library->rollRecRefs().size(), 1U) << version;
@@ -164,7 +162,7 @@ TEST(CodedImageRecords, GoThroughOddRecordsAsThePlainOnes) {
   Fields catalogue;
   catalogue.item("dbKW", archiveOf(keywordStore({{"one", 1}})));
   for (const Case& each : cases) {
-    catalogue.images({photo(1).raw(each.fields.bytes()).item("idCP", u"after")});
+    catalogue.images({codedPhoto(1).raw(each.fields.bytes()).item("idCP", u"after")});
   }
   const CodedLibrary library(60, catalogue);
   ASSERT_TRUE(library) << library.log().front();
@@ -204,29 +202,27 @@ TEST(CodedImageRecords, AreMadeAnewAfterTheyWereLetGo) {
 }
 
 TEST(CodedImageRecords, RefuseFieldsWhoseSizeDoesNotFit) {
-  const auto refused = [](const CodedBuilder& fields, std::uint32_t code, CodedRead read) {
-    const std::uint32_t size = codedReadKind(read).requiredSize;
-    if (size == 0) {
-      return;
+  const auto refuse = [](const auto& fields, const auto& around) {
+    for (const auto& field : fields) {
+      const CodedReadKind& kind = codedReadKind(field.read);
+      const std::uint32_t size = kind.requiredSize + 1;
+      if (size == 1) {
+        continue;
+      }
+      const CodedLibrary library(
+          60, CodedBuilder().images({around(
+                  CodedBuilder().number(field.code).number(size).raw(std::string(size, 'x')))}));
+      EXPECT_FALSE(library) << fourCharacterText(field.code);
+      EXPECT_EQ(library.log(), Entries{"NSInternalInconsistencyException - Unexpected datasize " +
+                                       std::to_string(size) + " during " +
+                                       std::string(kind.operation) + " = (null)"})
+          << fourCharacterText(field.code);
     }
-    SCOPED_TRACE(fourCharacterText(code));
-    const CodedLibrary library(60, CodedBuilder().images({fields}));
-    EXPECT_FALSE(library);
-    EXPECT_EQ(library.log(), Entries{"NSInternalInconsistencyException - Unexpected datasize " +
-                                     std::to_string(size + 1) + " during " +
-                                     std::string(codedReadKind(read).operation) + " = (null)"});
   };
-  for (const CodedImageField& field : kCodedImageFields) {
-    const std::uint32_t size = codedReadKind(field.read).requiredSize + 1;
-    refused(photo(1).number(field.code).number(size).raw(std::string(size, 'x')), field.code,
-            field.read);
-  }
-  for (const CodedBlockField& field : kCodedBlockFields) {
-    const std::uint32_t size = codedReadKind(field.read).requiredSize + 1;
-    const CodedBuilder wrong =
-        CodedBuilder().number(field.code).number(size).raw(std::string(size, 'x'));
-    refused(photo(1).item("idNI", 1).block(1, wrong), field.code, field.read);
-  }
+  refuse(kCodedImageFields,
+         [](const CodedBuilder& item) { return codedPhoto(1).raw(item.bytes()); });
+  refuse(kCodedBlockFields,
+         [](const CodedBuilder& item) { return codedPhoto(1).item("idNI", 1).block(1, item); });
 }
 
 TEST(CodedImageRecords, RefuseWhatIsNoArchiveAndWhatTheFileDoesNotHold) {
@@ -235,11 +231,12 @@ TEST(CodedImageRecords, RefuseWhatIsNoArchiveAndWhatTheFileDoesNotHold) {
     std::string_view logged;
   };
   for (const Case& each :
-       {Case{photo(1).item("idRS", std::string("no archive")), "NSInvalidArgumentException - "},
-        {photo(1).item("idRS", std::string("\4\13streamtyped\x81\xE8\3\x84", 17)),
+       {Case{codedPhoto(1).item("idRS", std::string("no archive")),
+             "NSInvalidArgumentException - "},
+        {codedPhoto(1).item("idRS", std::string("\4\13streamtyped\x81\xE8\3\x84", 17)),
          "NSArchiverArchiveInconsistency - "},
-        {photo(1).code("idCP").number(100).raw("x"), "NSRangeException - "},
-        {photo(1).item("idNI", 2).raw(fileBlock(1, Type::image, u"a").bytes()),
+        {codedPhoto(1).code("idCP").number(100).raw("x"), "NSRangeException - "},
+        {codedPhoto(1).item("idNI", 2).raw(fileBlock(1, Type::image, u"a").bytes()),
          "NSRangeException - "}}) {
     const CodedLibrary library(60, CodedBuilder().images({each.fields}));
     EXPECT_FALSE(library);
@@ -265,7 +262,7 @@ TEST(CodedImageRecords, ThatSayNothingShareOneRecord) {
 }
 
 TEST(CodedImageRecords, StandBehindEveryMarkerAsManyAsCountedLast) {
-  const CodedBuilder record = CodedBuilder().item("imag", photo(1));
+  const CodedBuilder record = CodedBuilder().item("imag", codedPhoto(1));
   const std::string three = record.bytes() + record.bytes() + record.bytes();
   const CodedLibrary library(51, CodedBuilder()
                                      .item("dbTV", std::string("no records yet"))
@@ -282,7 +279,8 @@ TEST(CodedImageRecords, StandBehindEveryMarkerAsManyAsCountedLast) {
 }
 
 TEST(CodedImageRecords, HaveTheKeywordsOfTheStoreBeforeThem) {
-  const CodedBuilder record = photo(1).item("idNK", 1).item("idKS", std::vector<std::int32_t>{1});
+  const CodedBuilder record =
+      codedPhoto(1).item("idNK", 1).item("idKS", std::vector<std::int32_t>{1});
   const CodedBuilder sections = CodedBuilder()
                                     .images({record})
                                     .item("dbKW", archiveOf(keywordStore({{"new", 1}})))
@@ -322,18 +320,15 @@ bool isLibraryOrRefusal(const TemporaryFolder& folder, const std::string& bytes)
 
 TEST(CodedCatalogue, IsReadOrRefusedWhateverIsDamaged) {
   const TemporaryFolder files;
-  NSArchiver albums;
-  albums.encodeInt(0);
-  albums.encodeObject(Album::init<ArchiveAlbum>());
-  albums.encodeObject(Album::init<FolderAlbum>());
-  albums.encodeObject(0);
+  const std::string albums =
+      albumArchive({Album::init<ArchiveAlbum>(), Album::init<FolderAlbum>(), 0});
   const CodedBuilder roll = CodedBuilder()
                                 .item("stKY", 5)
                                 .item("rlNM", u"roll")
                                 .item("stPK", std::vector<std::int32_t>{1, 2});
   const CodedBuilder sections = CodedBuilder()
                                     .images({fullRecord(1, 5), fullRecord(2, 0)})
-                                    .item("dbAL", std::string(albums.archivedData().bytes()))
+                                    .item("dbAL", albums)
                                     .rolls({roll});
   for (const std::string& whole :
        {catalogueBytes(60, sections),

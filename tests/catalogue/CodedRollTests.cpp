@@ -7,11 +7,8 @@ namespace {
 
 /// "name/comment/keys " of each roll of a catalogue whose roll section holds these bytes.
 std::string rolls(const std::string& section) {
-  NSArchiver albums;
-  albums.encodeInt(0);
-  albums.encodeObject(Album::init<ArchiveAlbum>());
   const CodedLibrary library(60, CodedBuilder()
-                                     .item("dbAL", std::string(albums.archivedData().bytes()))
+                                     .item("dbAL", albumArchive({Album::init<ArchiveAlbum>()}))
                                      .item("dbRL", section));
   if (!library) {
     return library.log().front();

@@ -8,17 +8,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-CodedBuilder photo(std::int32_t key) { return CodedBuilder().item("idKY", key).item("idRL", 5); }
 CodedBuilder roll(std::int32_t key) { return CodedBuilder().item("stKY", key); }
-
-std::string albumArchive(const std::vector<Value>& objects) {
-  NSArchiver archiver;
-  archiver.encodeInt(0);
-  for (const Value& object : objects) {
-    archiver.encodeObject(object);
-  }
-  return std::string(archiver.archivedData().bytes());
-}
 
 /// The text with "L" for the library folder.
 std::string shortened(std::string text, const std::string& folder) {
@@ -56,128 +46,103 @@ TEST(DamagedCatalogue, TellsWhatOfItsPromisesWasRead) {
     std::string logged;                  // behind "Damaged iPhoto library …: "; empty for no line
     std::vector<std::string> noticed{};  // behind "the catalogue … "
   };
-  const auto walkEnd = [](const std::string& read, const std::string& where) {
-    return Lines{"is damaged, and " + read + ": " + where};
+  const auto ended = [](std::string_view what, const CodedBuilder& sections, std::size_t photos,
+                        const std::string& read, const std::string& where, std::size_t rolls = 0) {
+    return Case{what, sections, photos, rolls, where, {"is damaged" + read + ": " + where}};
   };
-  const auto ended = [&](std::string_view what, const CodedBuilder& sections, std::size_t photos,
-                         const std::string& read, const std::string& where) {
-    return Case{what, sections, photos, 0, where, walkEnd(read, where)};
+  const auto odd = [](std::string_view what, const CodedBuilder& sections, std::size_t photos,
+                      const std::string& noticed) {
+    return Case{what, sections, photos, 0, "", {noticed}};
   };
-  const CodedBuilder two = CodedBuilder().images({photo(1), photo(2)});
+  const CodedBuilder two = CodedBuilder().images({codedPhoto(1), codedPhoto(2)});
   for (const Case& each : std::initializer_list<Case>{
            {"nothing", two, 2, 0, ""},
            ended("an unlisted field",
-                 CodedBuilder().images({photo(1), photo(2).code("idZZ").number(-5), photo(3)}), 1,
-                 "1 of 3 photo records were read", "the field 'idZZ' at offset 96 has the size -5"),
-           ended("a block", CodedBuilder().images({photo(1).item("idNI", 1).number(1).number(-8)}),
-                 0, "0 of 1 photo record was read",
+                 CodedBuilder().images(
+                     {codedPhoto(1), codedPhoto(2).code("idZZ").number(-5), codedPhoto(3)}),
+                 1, ", and 1 of 3 photo records were read",
+                 "the field 'idZZ' at offset 96 has the size -5"),
+           ended("a block",
+                 CodedBuilder().images({codedPhoto(1).item("idNI", 1).number(1).number(-8)}), 0,
+                 ", and 0 of 1 photo record was read",
                  "the image-data block 1 at offset 76 has the size -8"),
            ended("a block behind the last",
-                 CodedBuilder().images({photo(1).item("idNI", 1).number(9).number(-1)}), 0,
-                 "0 of 1 photo record was read",
+                 CodedBuilder().images({codedPhoto(1).item("idNI", 1).number(9).number(-1)}), 0,
+                 ", and 0 of 1 photo record was read",
                  "the image-data block 9 at offset 76 has the size -1"),
            ended("a record",
                  CodedBuilder()
                      .item("dbCT", 2)
                      .item("dbTV", std::string())
-                     .item("imag", photo(1))
+                     .item("imag", codedPhoto(1))
                      .code("imag")
                      .number(-1),
-                 1, "1 of 2 photo records were read",
+                 1, ", and 1 of 2 photo records were read",
                  "the photo record 'imag' at offset 64 has the size -1"),
            ended("a section before the table",
                  CodedBuilder().item("dbCT", 2).code("dbXX").number(-8).raw(two.bytes()), 0,
-                 "0 of 2 photo records were read",
+                 ", and 0 of 2 photo records were read",
                  "the section 'dbXX' at offset 24 has the size -8"),
            ended("the albums behind the table", CodedBuilder(two).code("dbAL").number(-9), 2,
-                 "2 of 2 photo records were read",
+                 ", and 2 of 2 photo records were read",
                  "the section 'dbAL' at offset 96 has the size -9"),
-           {"the first section",
-            CodedBuilder().code("dbXX").number(-8).raw(two.bytes()),
-            0,
-            0,
-            "the section 'dbXX' at offset 12 has the size -8",
-            {"is damaged before it counts photo records: the section 'dbXX' at offset 12 has the "
-             "size -8"}},
+           ended("the first section", CodedBuilder().code("dbXX").number(-8).raw(two.bytes()), 0,
+                 " before it counts photo records",
+                 "the section 'dbXX' at offset 12 has the size -8"),
            ended("a section longer than the file",
                  CodedBuilder(two).code("dbXX").number(100).raw("abc"), 2,
-                 "2 of 2 photo records were read",
+                 ", and 2 of 2 photo records were read",
                  "the section 'dbXX' at offset 96, of 100 bytes, reaches beyond the end of the "
                  "file, which has 107"),
-           {"a roll field",
-            withRolls(CodedBuilder().number(1).roll(roll(3)).roll(roll(4).code("rlXX").number(-8)))
-                .raw(two.bytes()),
-            2,
-            1,
-            "the roll field 'rlXX' at offset " + std::to_string(rollsAt + 32) + " has the size -8",
-            {"is damaged, and only 1 roll was read: the roll field 'rlXX' at offset " +
-             std::to_string(rollsAt + 32) + " has the size -8"}},
-           {"a roll record",
-            withRolls(CodedBuilder().number(1).number(-7)),
-            0,
-            0,
-            "the roll record at offset " + std::to_string(rollsAt) + " has the size -7",
-            {"is damaged, and only 0 rolls were read: the roll record at offset " +
-             std::to_string(rollsAt) + " has the size -7"}},
-           {"a count without a table",
-            CodedBuilder().item("dbCT", 3).item("dbMD", 1.0),
-            0,
-            0,
-            "",
-            {"holds 0 of 3 photo records: no table of records follows the count at offset 12"}},
-           {"more records than counted",
-            CodedBuilder().images({photo(1)}).item("imag", photo(2)).item("imag", photo(3)),
-            1,
-            0,
-            "",
-            {"has 2 photo records that its count leaves out, and that were not read, at offset 64 "
-             "first"}},
-           {"records that nothing counts",
-            CodedBuilder().item("dbTV", std::string()).item("imag", photo(2)),
-            0,
-            0,
-            "",
-            {"has 1 photo record that its count leaves out, and that was not read, at offset 20"}},
-           {"fewer records than counted",
-            CodedBuilder()
-                .item("dbCT", 2)
-                .item("dbTV", std::string())
-                .item("imag", photo(1))
-                .item("dbMD", std::string()),
-            1,
-            0,
-            "",
-            {"has 1 photo record too few: another part of the catalogue stands in its place, at "
-             "offset 64"}},
-           {"a field beyond its record",
-            CodedBuilder()
-                .item("dbCT", 1)
-                .item("dbTV", std::string())
-                .code("imag")
-                .number(20)
-                .raw(photo(1).bytes()),
-            1,
-            0,
-            "",
-            {"has 1 photo record whose contents do not fit its size, at offset 32"}},
-           {"blocks that end before the last",
-            CodedBuilder().images({photo(1).item("idNI", 2).number(5).number(0)}),
-            1,
-            0,
-            "",
-            {"has 1 photo record that lacks some of its announced image data, at offset 32"}},
-           {"albums behind the end mark",
-            CodedBuilder().item("dbAL", albumArchive({0, Album::init<Album>(), 7})),
-            0,
-            0,
-            "",
-            {"has 1 album behind the end mark of its albums, not read, at offset 88"}},
-           {"rolls without an archive album",
-            CodedBuilder().rolls({roll(1), roll(2)}),
-            0,
-            0,
-            "",
-            {"has 2 rolls, of which 0 belong to its archive album; the others were left out"}},
+           ended("a roll field",
+                 withRolls(
+                     CodedBuilder().number(1).roll(roll(3)).roll(roll(4).code("rlXX").number(-8)))
+                     .raw(two.bytes()),
+                 2, ", and only 1 roll was read",
+                 "the roll field 'rlXX' at offset " + std::to_string(rollsAt + 32) +
+                     " has the size -8",
+                 1),
+           ended("a roll record", withRolls(CodedBuilder().number(1).number(-7)), 0,
+                 ", and only 0 rolls were read",
+                 "the roll record at offset " + std::to_string(rollsAt) + " has the size -7"),
+           odd("a count without a table", CodedBuilder().item("dbCT", 3).item("dbMD", 1.0), 0,
+               "holds 0 of 3 photo records: no table of records follows the count at offset 12"),
+           odd("more records than counted",
+               CodedBuilder()
+                   .images({codedPhoto(1)})
+                   .item("imag", codedPhoto(2))
+                   .item("imag", codedPhoto(3)),
+               1,
+               "has 2 photo records that its count leaves out, and that were not read, at "
+               "offset 64 first"),
+           odd("records that nothing counts",
+               CodedBuilder().item("dbTV", std::string()).item("imag", codedPhoto(2)), 0,
+               "has 1 photo record that its count leaves out, and that was not read, at offset 20"),
+           odd("fewer records than counted",
+               CodedBuilder()
+                   .item("dbCT", 2)
+                   .item("dbTV", std::string())
+                   .item("imag", codedPhoto(1))
+                   .item("dbMD", std::string()),
+               1,
+               "has 1 photo record too few: another part of the catalogue stands in its place, at "
+               "offset 64"),
+           odd("a field beyond its record",
+               CodedBuilder()
+                   .item("dbCT", 1)
+                   .item("dbTV", std::string())
+                   .code("imag")
+                   .number(20)
+                   .raw(codedPhoto(1).bytes()),
+               1, "has 1 photo record whose contents do not fit its size, at offset 32"),
+           odd("blocks that end before the last",
+               CodedBuilder().images({codedPhoto(1).item("idNI", 2).number(5).number(0)}), 1,
+               "has 1 photo record that lacks some of its announced image data, at offset 32"),
+           odd("albums behind the end mark",
+               CodedBuilder().item("dbAL", albumArchive({0, Album::init<Album>(), 7})), 0,
+               "has 1 album behind the end mark of its albums, not read, at offset 88"),
+           odd("rolls without an archive album", CodedBuilder().rolls({roll(1), roll(2)}), 0,
+               "has 2 rolls, of which 0 belong to its archive album; the others were left out"),
        }) {
     SCOPED_TRACE(each.what);
     const CodedLibrary library(60, each.sections);
@@ -206,7 +171,7 @@ TEST(DamagedCatalogue, TellsWhatOfItsPromisesWasRead) {
 
 TEST(DamagedCatalogue, IsRefusedWhereATypedReadMeetsANegativeSize) {
   const auto inPhoto = [](const CodedBuilder& field) {
-    return CodedBuilder().images({photo(1).raw(field.bytes())});
+    return CodedBuilder().images({codedPhoto(1).raw(field.bytes())});
   };
   const auto inBlock = [&](const CodedBuilder& field) {
     return inPhoto(CodedBuilder().item("idNI", 1).block(1, CodedBlockType::image, field));
@@ -240,7 +205,7 @@ TEST(DamagedCatalogue, IsRefusedWhereATypedReadMeetsANegativeSize) {
                                    {inRoll(item("stPK", -4)), -4, "readCodedIntArray"},
                                    {inRoll(item("rlEM", -2)), -2, "readCodedShort"}}) {
     const CodedLibrary library(
-        60, CodedBuilder().images({photo(1)}).raw(each.sections.bytes()).item("dbMD", 1.0));
+        60, CodedBuilder().images({codedPhoto(1)}).raw(each.sections.bytes()).item("dbMD", 1.0));
     EXPECT_FALSE(library);
     EXPECT_EQ(library.log(), Lines{"NSInternalInconsistencyException - Unexpected datasize " +
                                    std::to_string(each.size) + " during " +
@@ -261,7 +226,7 @@ TEST(DamagedCatalogue, TellsThatAlbumDataStandsInForWhatItLost) {
           .item("dbAL", albumArchive({Album::init<Album>(), Album::init<ArchiveAlbum>()}))
           .item("dbKW", archiveOf(keywordStore({{"one", 1}})))
           .rolls({roll(1)})
-          .images({photo(1)});
+          .images({codedPhoto(1)});
   struct Case {
     CodedBuilder sections;
     std::string albumData;
@@ -272,7 +237,7 @@ TEST(DamagedCatalogue, TellsThatAlbumDataStandsInForWhatItLost) {
        std::initializer_list<Case>{{CodedBuilder(whole).raw(negative), lists + others, {}},
                                    {CodedBuilder(), lists + others, {}},
                                    {CodedBuilder().raw(negative), lists, {"photos"}},
-                                   {CodedBuilder().images({photo(1)}).raw(negative),
+                                   {CodedBuilder().images({codedPhoto(1)}).raw(negative),
                                     lists + others,
                                     {"albums", "rolls", "keywords"}}}) {
     const LibraryFolder folder;

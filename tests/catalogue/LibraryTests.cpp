@@ -38,6 +38,10 @@ std::string image(int key, const std::string& caption, std::optional<int> roll =
                               (roll ? xml::entry("Roll", xml::number(*roll)) : "")));
 }
 
+Ref<TVQiPhotoLibrary> load(const LibraryFolder& library) {
+  return TVQiPhotoLibrary::initWithContentsOfFile(library.root + "/Library.iPhoto");
+}
+
 TEST(TVQiPhotoLibrary, TellsTheVersionOfACatalogueFile) {
   const LibraryFolder library;
   struct Case {
@@ -121,27 +125,26 @@ TEST(TVQiPhotoLibrary, LoadsAlbumDataAboveVersion15) {
 TEST(TVQiPhotoLibrary, AMissingOrDamagedAlbumDataFile) {
   const LibraryFolder library;
   library.writeCodedVersion("Library.iPhoto", 200);
-  const std::string file = library.root + "/Library.iPhoto";
   {
     CollectedLog log;
-    const Ref<TVQiPhotoLibrary> loaded = TVQiPhotoLibrary::initWithContentsOfFile(file);
-    ASSERT_TRUE(loaded);
+    const Ref<TVQiPhotoLibrary> catalogue = load(library);
+    ASSERT_TRUE(catalogue);
     EXPECT_EQ(log.lines().back(),
               "Using " + library.root + " instead of (null) as the archive path");
-    EXPECT_TRUE(loaded->photos().empty());
-    EXPECT_FALSE(loaded->keywords().isNothing());
-    EXPECT_FALSE(loaded->rolls().isNothing());
+    EXPECT_TRUE(catalogue->photos().empty());
+    EXPECT_FALSE(catalogue->keywords().isNothing());
+    EXPECT_FALSE(catalogue->rolls().isNothing());
   }
   library.write("AlbumData.xml", "<plist><dict>");
   CollectedLog log;
-  EXPECT_FALSE(TVQiPhotoLibrary::initWithContentsOfFile(file));
+  EXPECT_FALSE(load(library));
   EXPECT_TRUE(log.lines().back().starts_with("NSParseErrorException - ")) << log.lines().back();
   // Values of other kinds than the entries speak of count as missing.
   library.writeAlbumData(xml::entry("Archive Path", xml::number(1)) +
                          xml::entry("Master Image List", xml::dict(xml::entry("7", "<true/>"))) +
                          xml::entry("List of Albums", xml::text("x")) +
                          xml::entry("List of Keywords", xml::array("")));
-  const Ref<TVQiPhotoLibrary> odd = TVQiPhotoLibrary::initWithContentsOfFile(file);
+  const Ref<TVQiPhotoLibrary> odd = load(library);
   ASSERT_TRUE(odd);
   EXPECT_EQ(odd->numberOfAlbums(), 0U);
   EXPECT_EQ(odd->rollRecRefs().size(), 1U);
@@ -161,18 +164,17 @@ TEST(TVQiPhotoLibrary, LooksUpPhotosAsAWalkOverTheListWould) {
   }
   library.writeAlbumData(xml::entry("Master Image List", xml::dict(images)));
   CollectedLog log;
-  const Ref<TVQiPhotoLibrary> loaded =
-      TVQiPhotoLibrary::initWithContentsOfFile(library.root + "/Library.iPhoto");
-  ASSERT_TRUE(loaded);
+  const Ref<TVQiPhotoLibrary> catalogue = load(library);
+  ASSERT_TRUE(catalogue);
   for (std::uint32_t number = 0; number < 501; ++number) {
     const Ref<Key> key = Key::initWithKey(number);
     Ref<ImageRecRef> walked;
-    for (const Ref<ImageRecRef>& photo : loaded->photos()) {
+    for (const Ref<ImageRecRef>& photo : catalogue->photos()) {
       if (!walked && photo->key().object<Key>()->isEqual(*key)) {
         walked = photo;
       }
     }
-    EXPECT_EQ(loaded->photoForKey(key), walked) << number;
+    EXPECT_EQ(catalogue->photoForKey(key), walked) << number;
   }
   // Many keys at once are answered as one by one, in their order, repeats and all.
   List<Key>::Items keys;
@@ -181,11 +183,11 @@ TEST(TVQiPhotoLibrary, LooksUpPhotosAsAWalkOverTheListWould) {
     const Ref<Key> key =
         Key::initWithKey(i % 70 == 69 ? 9999U : static_cast<std::uint32_t>(random() % 500));
     keys.push_back(key);
-    if (const Ref<ImageRecRef> photo = loaded->photoForKey(key)) {
+    if (const Ref<ImageRecRef> photo = catalogue->photoForKey(key)) {
       expected.push_back(photo);
     }
   }
-  const List<ImageRecRef> found = loaded->photosForKeys(List<Key>(keys));
+  const List<ImageRecRef> found = catalogue->photosForKeys(List<Key>(keys));
   EXPECT_EQ(*found.items(), expected);
   EXPECT_EQ(std::ranges::count(log.lines(), "No photo for key: Key: {\n    Key = 9999;\n}"), 2);
 }
@@ -197,13 +199,12 @@ TEST(TVQiPhotoLibrary, FindsRecordsByTheKeysThatTheyHaveNow) {
       xml::entry("Master Image List", xml::dict(image(1, "a", 5) + image(2, "b", 5) +
                                                 image(3, "c", 5) + image(4, "r") + image(5, "s"))));
   const CollectedLog log;
-  const Ref<TVQiPhotoLibrary> loaded =
-      TVQiPhotoLibrary::initWithContentsOfFile(library.root + "/Library.iPhoto");
-  ASSERT_TRUE(loaded);
+  const Ref<TVQiPhotoLibrary> catalogue = load(library);
+  ASSERT_TRUE(catalogue);
   const auto photos = [&] {
     std::string captions;
     for (std::uint32_t key = 1; key <= 4; ++key) {
-      const Ref<ImageRecRef> photo = loaded->photoForKey(Key::initWithKey(key));
+      const Ref<ImageRecRef> photo = catalogue->photoForKey(Key::initWithKey(key));
       captions += photo ? photo->caption().value_or("?") : "-";
     }
     return captions;
@@ -212,14 +213,14 @@ TEST(TVQiPhotoLibrary, FindsRecordsByTheKeysThatTheyHaveNow) {
     record->setImageInfoForKey(dictionary({{"Caption", record->caption().value_or("?")}}), key);
   };
   EXPECT_EQ(photos(), "abc-");
-  give(loaded->photos()[2], 4);
+  give(catalogue->photos()[2], 4);
   EXPECT_EQ(photos(), "ab-c");
-  give(loaded->photos()[0], 2);
+  give(catalogue->photos()[0], 2);
   EXPECT_EQ(photos(), "-a-c") << "the first of two with one key";
-  EXPECT_EQ(loaded->rollRecRefForKey(5)->caption(), "s");
-  give(loaded->rollRecRefs()[0], 5);
-  EXPECT_EQ(loaded->rollRecRefForKey(5)->caption(), "r");
-  EXPECT_FALSE(loaded->rollRecRefForKey(4));
+  EXPECT_EQ(catalogue->rollRecRefForKey(5)->caption(), "s");
+  give(catalogue->rollRecRefs()[0], 5);
+  EXPECT_EQ(catalogue->rollRecRefForKey(5)->caption(), "r");
+  EXPECT_FALSE(catalogue->rollRecRefForKey(4));
 }
 
 TEST(TVQiPhotoLibrary, FindsKeywordsAndRollsByKeysOfEveryKind) {

@@ -1,6 +1,4 @@
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -10,6 +8,7 @@
 #include <MRZiPhoto/platform/Text.h>
 
 #include "support/ArchiveBytes.h"
+#include "support/TemporaryFolder.h"
 
 namespace mrziphoto {
 namespace {
@@ -150,8 +149,7 @@ TEST(ArchiveDocument, WritesFilesOfOtherProgramsByteForByte) {
   EXPECT_GT(files.size(), 20U);
   for (const fs::path& file : files) {
     SCOPED_TRACE(file);
-    std::ifstream stream(file, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    const std::string bytes = fileBytes(file);
     const ArchiveDocument document = read(bytes);
     EXPECT_EQ(document.trailingLength(), 0U);
     EXPECT_TRUE(document.write().bytes() == bytes);

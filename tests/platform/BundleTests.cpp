@@ -15,7 +15,6 @@
 #include <MRZiPhoto/platform/Bundle.h>
 #include <MRZiPhoto/platform/FileManager.h>
 #include <MRZiPhoto/platform/UserDefaults.h>
-#include <MRZiPhoto/platform/Workspace.h>
 #include <MRZiPhoto/platform/detail/OwnFile.h>
 #include <MRZiPhoto/platform/detail/StringTable.h>
 #include <MRZiPhoto/resources/TVQiPhotoFramework.h>
@@ -167,16 +166,6 @@ TEST(UserDefaults, HostStandsBeforeTheEnvironment) {
     UserDefaults::removeObjectForKey(name);
   }
   EXPECT_FALSE(UserDefaults::boolForKey(name));
-}
-
-TEST(Workspace, AnswersWhatTheHostKnows) {
-  EXPECT_FALSE(Workspace::fullPathForApplication("iPhoto"));
-  Workspace::setApplicationLookup([](std::string_view name) {
-    return std::optional("/Applications/" + std::string(name) + ".app");
-  });
-  EXPECT_EQ(Workspace::fullPathForApplication("iPhoto"), "/Applications/iPhoto.app");
-  Workspace::setApplicationLookup(nullptr);
-  EXPECT_FALSE(Workspace::fullPathForApplication("iPhoto"));
 }
 
 }  // namespace

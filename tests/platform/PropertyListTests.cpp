@@ -1,7 +1,5 @@
 #include <cmath>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <optional>
 #include <string>
@@ -17,6 +15,9 @@
 #include <MRZiPhoto/platform/NSException.h>
 #include <MRZiPhoto/platform/PropertyList.h>
 #include <MRZiPhoto/platform/PropertyListWriter.h>
+
+#include "support/Collections.h"
+#include "support/TemporaryFolder.h"
 
 namespace mrziphoto {
 namespace {
@@ -46,12 +47,6 @@ std::string failure(std::string_view document) {
     return exception.reason();
   }
 }
-
-Value dictionary(std::initializer_list<std::pair<std::string_view, Value>> entries) {
-  return make<Dictionary>(entries);
-}
-
-Value array(std::vector<Value> values) { return make<Array>(std::move(values)); }
 
 std::string repeated(std::string_view text, std::size_t times) {
   std::string result;
@@ -106,10 +101,10 @@ TEST(PropertyList, BuildsTheValueOfEveryElement) {
       {"<date>1904-02-29T12:00:00Z</date>", Date{-3056011200}},
       {"<data>\n\taGVs\r\n\tbG8=\n</data>", Data::copyOf("hello")},
       {"<data/>", Data()},
-      {"<array/>", array({})},
+      {"<array/>", list({})},
       {"<dict></dict>", dictionary({})},
       {"<array><true/><!-- and --><array><string>a</string></array></array>",
-       array({true, array({"a"})})},
+       list({true, list({"a"})})},
       {"<dict><key>b</key><real>1</real><key>a</key><dict/></dict>",
        dictionary({{"b", 1.0}, {"a", dictionary({})}})},
   };
@@ -253,118 +248,52 @@ TEST(PropertyList, ReadsOtherEncodings) {
   EXPECT_FALSE(readIfValid(utf16(u"<?xml version='1.0' encoding='UTF-8'?><true/>", true)));
 }
 
-/// Reads property lists of texts and containers as Expat sees them.
-class ExpatReader {
- public:
-  struct Verdict {
-    XML_Error error;
-    std::optional<Value> value;  // nothing also when the document is no property list
-  };
-
-  static Verdict read(std::string_view document) {
-    ExpatReader reader;
+/// The elements and texts that Expat finds in a document, written in the plainest way.
+struct ExpatReading {
+  explicit ExpatReading(std::string_view document) {
     const XML_Parser parser = XML_ParserCreate(nullptr);
-    XML_SetUserData(parser, &reader);
+    XML_SetUserData(parser, &plain);
     XML_SetElementHandler(
-        parser,
-        [](void* self, const char* name, const char**) {
-          static_cast<ExpatReader*>(self)->begin(name);
-        },
-        [](void* self, const char*) { static_cast<ExpatReader*>(self)->end(); });
-    XML_SetCharacterDataHandler(parser, [](void* self, const char* text, int size) {
-      static_cast<ExpatReader*>(self)->_open.back().text.append(text,
-                                                                static_cast<std::size_t>(size));
+        parser, [](void* plain, const char* name, const char**) { append(plain, "<", name, ">"); },
+        [](void* plain, const char* name) { append(plain, "</", name, ">"); });
+    XML_SetCharacterDataHandler(parser, [](void* plain, const char* text, int size) {
+      for (const char character : std::string_view(text, static_cast<std::size_t>(size))) {
+        const bool isPlain = std::string_view("<>&\r").find(character) == std::string::npos;
+        append(plain,
+               isPlain ? std::string(1, character) : "&#" + std::to_string(int{character}) + ';');
+      }
     });
-    // What an external document type may define, we do not know either; we then give up.
-    XML_SetSkippedEntityHandler(parser, [](void* self, const char*, int) {
-      static_cast<ExpatReader*>(self)->_isPropertyList = false;
-    });
+    // What an external document type may define, we do not know either.
+    XML_SetSkippedEntityHandler(
+        parser, [](void* plain, const char* name, int) { append(plain, "&", name, ";"); });
     XML_Parse(parser, document.data(), static_cast<int>(document.size()), XML_TRUE);
-    const XML_Error error = XML_GetErrorCode(parser);
+    error = XML_GetErrorCode(parser);
     XML_ParserFree(parser);
-    const bool isValid = error == XML_ERROR_NONE && reader._isPropertyList;
-    return {error, isValid ? std::optional(reader._root) : std::nullopt};
   }
+
+  XML_Error error;
+  std::string plain;
 
  private:
-  struct Element {
-    std::string name;
-    std::string text;
-    std::vector<Value> children;
-    std::vector<bool> isKey;
-  };
-
-  void begin(const char* name) {
-    _isPropertyList = _isPropertyList && (_open.empty() || isContainer(_open.back().name));
-    _open.push_back({name, {}, {}, {}});
+  template <class... Text>
+  static void append(void* plain, const Text&... texts) {
+    ((*static_cast<std::string*>(plain) += texts), ...);
   }
-
-  void end() {
-    const Element element = std::move(_open.back());
-    _open.pop_back();
-    Value value = valueOf(element);
-    if (_open.empty()) {
-      _root = value;
-      _isPropertyList = _isPropertyList && element.name != "key";
-    } else {
-      _open.back().children.push_back(value);
-      _open.back().isKey.push_back(element.name == "key");
-      _isPropertyList = _isPropertyList && element.name != "plist";
-    }
-  }
-
-  static bool isContainer(std::string_view name) {
-    return name == "plist" || name == "array" || name == "dict";
-  }
-
-  Value valueOf(const Element& element) {
-    const std::size_t count = element.children.size();
-    if (isContainer(element.name) &&
-        element.text.find_first_not_of(" \t\r\n") != std::string::npos) {
-      _isPropertyList = false;
-    }
-    if (element.name == "key" || element.name == "string") {
-      return element.text;
-    }
-    const Ref<Dictionary> entries = make<Dictionary>();
-    for (std::size_t i = 0; i < count; ++i) {
-      const bool expectsKey = element.name == "dict" && i % 2 == 0;
-      _isPropertyList = _isPropertyList && element.isKey[i] == expectsKey;
-      if (expectsKey && i + 1 < count) {
-        entries->set(element.children[i].description(), element.children[i + 1]);
-      }
-    }
-    if (element.name == "dict") {
-      _isPropertyList = _isPropertyList && count % 2 == 0;
-      return entries;
-    }
-    if (element.name == "array") {
-      return array(element.children);
-    }
-    _isPropertyList =
-        _isPropertyList &&
-        (element.name == "plist" ? count == 1 : element.name == "true" && element.text.empty());
-    return element.name == "plist" && count == 1 ? element.children[0] : Value(true);
-  }
-
-  std::vector<Element> _open;
-  Value _root;
-  bool _isPropertyList = true;
 };
 
-/// Expects that we say of a document what Expat says of it.
+/// Expects that we find in a document what Expat finds in it.
 void compare(const std::string& document) {
-  const ExpatReader::Verdict verdict = ExpatReader::read(document);
-  if (verdict.error == XML_ERROR_UNKNOWN_ENCODING) {
+  const ExpatReading expats(document);
+  if (expats.error == XML_ERROR_UNKNOWN_ENCODING) {
     return;  // Expat knows four encodings
   }
   const std::optional<Value> ours = readIfValid(document);
-  ASSERT_EQ(ours.has_value(), verdict.value.has_value())
+  const std::optional<Value> theirs =
+      expats.error == XML_ERROR_NONE ? readIfValid(expats.plain) : std::nullopt;
+  ASSERT_EQ(ours.has_value(), theirs.has_value())
       << document << '\n'
-      << (ours ? XML_ErrorString(verdict.error) : failure(document));
-  if (ours) {
-    EXPECT_EQ(*ours, *verdict.value) << document;
-  }
+      << (ours ? "Expat reads " + expats.plain : failure(document));
+  EXPECT_EQ(ours, theirs) << document;
 }
 
 // Parts of documents.
@@ -440,32 +369,22 @@ TEST(PropertyListAndExpat, AgreeOnDamagedDocuments) {
   }
 }
 
-std::string contentsOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 TEST(PropertyList, ReadsFilesOfRealPrograms) {
   const std::filesystem::path files = MRZIPHOTO_REAL_FILES;
   if (!std::filesystem::exists(files)) {
     GTEST_SKIP() << files << " is not there";
   }
   const std::filesystem::path library = files / "iPhoto-9.4.3.photolibrary";
-  const Ref<Dictionary> album = read(contentsOf(library / "AlbumData.xml")).dictionary();
+  const Ref<Dictionary> album = read(fileBytes(library / "AlbumData.xml")).dictionary();
   const Ref<Dictionary> photos = album->get("Master Image List").dictionary();
   ASSERT_EQ(photos->size(), 7U);
-  EXPECT_EQ(photos->entries()[0].key.text(), "1");
   const Ref<Dictionary> photo = photos->get("3").dictionary();
-  EXPECT_EQ(photo->get("Caption"), Value("P1060170"));
   EXPECT_EQ(photo->get("Comment"), Value(" "));
-  EXPECT_EQ(photo->get("Roll"), Value(8));
   EXPECT_EQ(photo->get("DateAsTimerInterval"), Value(339348594.0));
-  EXPECT_EQ(album->get("List of Albums").array()->size(), 5U);
-  EXPECT_TRUE(read(contentsOf(library / "com.apple.iPhoto.plist")).dictionary());
   for (const auto& file :
        {library / "AlbumData.xml", library / "Info.plist", files / "albumdata/iPhoto-5.0.4.xml",
         files / "albumdata/iPhoto-9.4.3-earlier.xml"}) {
-    const Value value = read(contentsOf(file));
+    const Value value = read(fileBytes(file));
     EXPECT_EQ(read(propertyListFromValue(value)), value) << file;
   }
 }
@@ -477,14 +396,14 @@ TEST(PropertyListWriter, WritesWhatTheReaderReads) {
   }
   const Value value =
       dictionary({{"<&>", "]]> \r\n \"'\t"},
-                  {"", array({})},
-                  {"numbers", array({true, false, std::numeric_limits<std::uint64_t>::max(), -1,
-                                     0.1, 1e300, 5e-324, std::numeric_limits<double>::infinity()})},
-                  {"bytes", array({Data(), Data::copyOf("ab"), Data::copyOf(everyByte)})},
+                  {"", list({})},
+                  {"numbers", list({true, false, std::numeric_limits<std::uint64_t>::max(), -1, 0.1,
+                                    1e300, 5e-324, std::numeric_limits<double>::infinity()})},
+                  {"bytes", list({Data(), Data::copyOf("ab"), Data::copyOf(everyByte)})},
                   {"date", Date{-62135596800.0 + 978307200}}});
   const std::string text = propertyListFromValue(value);
   EXPECT_EQ(read(text), value) << text;
-  EXPECT_TRUE(ExpatReader::read(text).error == XML_ERROR_NONE);
+  EXPECT_TRUE(ExpatReading(text).error == XML_ERROR_NONE);
 
   std::string pieces(kPropertyListBegin);
   pieces += "<dict>\n";
@@ -496,9 +415,9 @@ TEST(PropertyListWriter, WritesWhatTheReaderReads) {
 }
 
 TEST(PropertyListWriter, RefusesWhatNoPropertyListHolds) {
-  Value deep = array({});
+  Value deep = list({});
   for (std::size_t i = 0; i < Limits::current().nesting; ++i) {
-    deep = array({deep});
+    deep = list({deep});
   }
   const Ref<Array> circle = make<Array>();
   circle->append(Value::weak(*circle));

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -8,7 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/platform/Array.h>
+#include <MRZiPhoto/platform/Date.h>
+#include <MRZiPhoto/platform/Decimal.h>
 #include <MRZiPhoto/platform/Dictionary.h>
+#include <MRZiPhoto/platform/NSDecimalNumberBehaviors.h>
 #include <MRZiPhoto/platform/Value.h>
 
 namespace mrziphoto {
@@ -160,6 +164,123 @@ TEST(Value, SliceKeepsItsBufferAlive) {
   const Value copy = part;
   part = nullptr;
   EXPECT_EQ(copy.text(), "Sunset");
+}
+
+TEST(Date, ReadsAndWritesTheSameInstant) {
+  const std::pair<const char*, double> cases[] = {
+      {"2001-01-01T00:00:00Z", 0},
+      {"2000-12-31T23:59:59Z", -1},
+      {"2004-05-06T12:34:56Z", 105539696},
+      {"2004-05-06T13:00:00Z", 105541200},
+      {"2000-02-29T00:00:00Z", -26524800},
+      {"1970-01-01T00:00:00Z", -978307200},
+      {"0001-01-01T00:00:00Z", -63113904000},
+      {"9999-12-31T23:59:59Z", 252423993599},
+  };
+  for (const auto& [text, seconds] : cases) {
+    const std::optional<Date> date = Date::fromIso8601(text);
+    ASSERT_TRUE(date) << text;
+    EXPECT_EQ(date->secondsSinceReferenceDate, seconds) << text;
+    EXPECT_EQ(Date{seconds}.iso8601(), text);
+  }
+}
+
+TEST(Date, RefusesWhatIsNoDate) {
+  for (const char* text :
+       {"", "2004-05-06", "2004-05-06T12:34:56", "2004-05-06 12:34:56Z", "2004-13-01T00:00:00Z",
+        "2003-02-29T00:00:00Z", "2004-00-10T00:00:00Z", "2004-05-06T24:00:00Z",
+        "2004-05-06T12:60:00Z", "2004-05-06T12:34:5xZ", "-004-05-06T12:34:56Z"}) {
+    EXPECT_FALSE(Date::fromIso8601(text)) << text;
+  }
+}
+
+TEST(Date, WritesTheFractionOnlyWhenThereIsOne) {
+  const std::pair<double, const char*> cases[] = {
+      {0.25, "2001-01-01T00:00:00.25Z"},    {0.1, "2001-01-01T00:00:00.1Z"},
+      {-0.25, "2000-12-31T23:59:59.75Z"},   {105539696.1, "2004-05-06T12:34:56.1Z"},
+      {-86400.5, "2000-12-30T23:59:59.5Z"}, {59.9999999999, "2001-01-01T00:01:00Z"},
+      {-1e-12, "2001-01-01T00:00:00Z"},
+  };
+  for (const auto& [seconds, text] : cases) {
+    EXPECT_EQ(Date{seconds}.iso8601(), text) << seconds;
+  }
+}
+
+TEST(Date, HasNoCalendarFormBeyondTheYears1To9999) {
+  for (const double seconds :
+       {252423993600.0, -63113904001.0, 1e13, -1e300, std::numeric_limits<double>::infinity(),
+        std::numeric_limits<double>::quiet_NaN()}) {
+    EXPECT_FALSE(Date{seconds}.iso8601()) << seconds;
+    EXPECT_FALSE(Date{seconds}.description().empty());
+  }
+}
+
+TEST(Date, DescribesItselfInUtc) {
+  EXPECT_EQ(Date{398639278.75}.description(), "2013-08-19 21:07:58 +0000");
+  EXPECT_EQ(Date{-0.5}.description(), "2000-12-31 23:59:59 +0000");
+}
+
+TEST(DecimalArithmetic, TakesTheShortestNumberThatReadsBackAsTheDouble) {
+  struct Case {
+    double real;
+    const char* decimal;
+  };
+  for (const Case& each : {Case{0.1, "0.1"},
+                           {-2.5, "-2.5"},
+                           {1e21, "1000000000000000000000"},
+                           {0.008000000119, "0.008000000119"},
+                           {-0.0, "0"},
+                           {std::numeric_limits<double>::infinity(), "0"},
+                           {std::nan(""), "0"}}) {
+    EXPECT_EQ(Decimal::fromDouble(each.real).description(), each.decimal);
+  }
+  for (const double real :
+       {1.0 / 3, 2.0 / 3e200, 5e-324, 1.7976931348623157e308, 9007199254740993.0}) {
+    EXPECT_EQ(Decimal::fromDouble(real).doubleValue(), real);
+  }
+}
+
+/// Rounds to a number of digits after the point; failures answer the error's number, negative.
+class Rounding final : public NSDecimalNumberBehaviors {
+ public:
+  explicit Rounding(std::int16_t digits) : _digits(digits) {}
+  NSRoundingMode roundingMode() const override { return NSRoundingMode::plain; }
+  std::int16_t scale() const override { return _digits; }
+  Decimal exceptionDuringOperationErrorLeftOperandRightOperand(
+      std::string_view /*operation*/, NSCalculationError error, const Decimal& /*left*/,
+      const Decimal& /*right*/) const override {
+    return {-static_cast<std::int64_t>(error), 0};
+  }
+
+ private:
+  std::int16_t _digits;
+};
+
+TEST(DecimalArithmetic, DividesExactlyAndRoundsOnce) {
+  constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+  constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
+  struct Case {
+    Decimal left;
+    Decimal right;
+    std::int16_t digits;
+    const char* quotient;
+  };
+  for (const Case& each : {
+           Case{{1}, {8, -3}, 0, "125"},
+           {{5}, {2}, 0, "3"},  // halves go away from zero
+           {{-5}, {2}, 0, "-3"},
+           {{249999999, -8}, {1}, 0, "2"},
+           {{2}, {3}, 4, "0.6667"},
+           {{kLeast}, {-2}, 0, "4611686018427387904"},
+           {{1}, {kMost, 1000000}, 0, "0"},
+           {{kMost}, {1, -1}, 0, "92233720368547758070"},
+           {{kMost}, {3, -1}, 0, "30744573456182586020"},  // 30744573456182586023.3
+           {{1}, {1, -1000000}, 0, "1e1000000"},
+           {{kMost, 2147483647}, {1, -40}, 0, "-3"},  // overflow
+           {{1}, {0, 5}, 0, "-4"},                    // division by zero
+       }) {
+    EXPECT_EQ(each.left.dividing(each.right, Rounding(each.digits)).description(), each.quotient);
+  }
 }
 
 }  // namespace

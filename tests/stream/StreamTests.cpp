@@ -121,46 +121,30 @@ TEST(TVQiPhotoCodedStreamData, RefusesAnItemOfAnotherSize) {
 }
 
 TEST(TVQiPhotoCodedStreamData, ReadsTextsInEitherByteOrder) {
-  EXPECT_EQ(bigEndian("\0\0\0\4\0A\0B"sv).readCodedUTF16String().utf8(), "AB");
-  EXPECT_EQ(bigEndian("\0\0\0\0"sv).readCodedUTF16String().utf8(), "");
-  EXPECT_EQ(bigEndian("\xFF\xFF\xFF\xFF"sv).readCodedUTF16String().utf8(), "")
-      << "halves round toward zero";
+  const std::pair<std::string_view, std::string_view> cases[] = {
+      {"\0\0\0\4\0A\0B"sv, "AB"},
+      {"\0\0\0\0"sv, ""},
+      {"\xFF\xFF\xFF\xFF"sv, ""},  // halves round toward zero
+      // A byte-order mark makes the units stand in the host's order, and stays in the text.
+      {"\0\0\0\4\xFF\xFE\x41\0"sv, "\uFEFFA"},
+      {"\0\0\0\4\xFE\xFF\x41\0"sv, "\uFFFEA"},
+      {"\0\0\0\x6\xD8\x3D\xDE\0\xD8\x3D"sv, "\U0001F600\uFFFD"},  // a lone surrogate
+  };
+  for (const auto& [bytes, text] : cases) {
+    EXPECT_EQ(bigEndian(bytes).readCodedUTF16String().utf8(), text);
+  }
+  EXPECT_EQ(bigEndian(cases[4].first).readCodedUTF16String().bytes(), "\xFE\xFF\x41\0"sv);
   EXPECT_EQ(bigEndian("\0\4\0A\0B"sv).readCodedUTF16StringShort().utf8(), "AB");
-  // A byte-order mark makes the units stand in the host's order, and stays in the text.
-  EXPECT_EQ(bigEndian("\0\0\0\4\xFF\xFE"
-                      "A\0"sv)
-                .readCodedUTF16String()
-                .utf8(),
-            "\xEF\xBB\xBF"
-            "A");
-  EXPECT_EQ(bigEndian("\0\0\0\4\xFE\xFF"
-                      "A\0"sv)
-                .readCodedUTF16String()
-                .bytes(),
-            "\xFE\xFF"
-            "A\0"sv);
-  EXPECT_EQ(bigEndian("\0\0\0\4\xFE\xFF"
-                      "A\0"sv)
-                .readCodedUTF16String()
-                .utf8(),
-            "\uFFFEA");
-  EXPECT_EQ(bigEndian("\0\0\0\x6\xD8\x3D\xDE\0\xD8\x3D"sv).readCodedUTF16String().utf8(),
-            "\xF0\x9F\x98\x80\xEF\xBF\xBD")
-      << "a lone surrogate";
   // The odd byte of a size stays unread; of 16 bits a size has no sign.
   auto odd = bigEndian("\0\5\0A\0B\0C"sv);
   EXPECT_EQ(odd.readCodedUTF16StringShort().utf8(), "AB");
   EXPECT_EQ(odd.offsetInData(), 6U);
   EXPECT_EQ(bigEndian("\xFF\xFE"s + std::string(0xFFFE, '!')).readCodedUTF16StringShort().bytes(),
             std::string(0xFFFE, '!'));
-  struct Order {
-    std::int32_t mode;
-    std::string_view text;
-  };
-  for (const Order& each : {Order{0, "\u4100"}, {1, "A"}, {2, "A"}, {3, "\u4100"}}) {
+  for (const auto& [mode, text] : {std::pair{0, "\u4100"}, {1, "A"}, {2, "A"}, {3, "\u4100"}}) {
     auto stream = bigEndian("\0A"sv);
-    stream.setShouldSwapMode(each.mode);
-    EXPECT_EQ(stream.readUTF16StringWithCharacterCount(1).utf8(), each.text) << each.mode;
+    stream.setShouldSwapMode(mode);
+    EXPECT_EQ(stream.readUTF16StringWithCharacterCount(1).utf8(), text) << mode;
   }
 }
 
@@ -179,15 +163,12 @@ TEST(TVQiPhotoCodedStreamData, RefusesSizesBeyondTheBuffer) {
   archiver.encodeInt(1);
   const Data archive = archiver.archivedData();
   for (const std::string_view size : {"\x7F\xFF\xFF\xFF"sv, "\xFF\xFF\xFF\xF0"sv, "\0\0\0\x10"sv}) {
-    EXPECT_THROW(static_cast<void>(bigEndian(size).readCodedIntArray()), NSException);
-    EXPECT_THROW(static_cast<void>(bigEndian(size).readCodedUTF16String()), NSException);
-    EXPECT_THROW(static_cast<void>(bigEndian(size).readCodedData()), NSException);
-    EXPECT_THROW(static_cast<void>(bigEndian(size).readCodedArchive()), NSException);
-    EXPECT_THROW(
-        static_cast<void>(
-            bigEndian(std::string(size) + std::string(archive.bytes())).readCodedArchive()),
-        NSException)
-        << "even where a whole archive is there";
+    EXPECT_THROW((void)bigEndian(size).readCodedIntArray(), NSException);
+    EXPECT_THROW((void)bigEndian(size).readCodedUTF16String(), NSException);
+    EXPECT_THROW((void)bigEndian(size).readCodedData(), NSException);
+    EXPECT_THROW((void)bigEndian(size).readCodedArchive(), NSException);
+    const std::string sized = std::string(size) + std::string(archive.bytes());
+    EXPECT_THROW((void)bigEndian(sized).readCodedArchive(), NSException) << "a whole one is there";
   }
 }
 

@@ -23,6 +23,21 @@ inline std::string archiveOf(const Value& root) {
   return std::string(archiver.archivedData().bytes());
 }
 
+/// The archive of an album section: a number, then the albums one by one.
+inline std::string albumArchive(const std::vector<Value>& objects) {
+  NSArchiver archiver;
+  archiver.encodeInt(0);
+  for (const Value& object : objects) {
+    archiver.encodeObject(object);
+  }
+  return std::string(archiver.archivedData().bytes());
+}
+
+/// The fields of a photo of roll 5.
+inline CodedBuilder codedPhoto(std::int32_t key) {
+  return CodedBuilder().item("idKY", key).item("idRL", 5);
+}
+
 /// A keyword store whose keywords have bare numbers as keys.
 inline Value keywordStore(const std::vector<std::pair<std::string_view, int>>& keywords) {
   const Ref<Array> used = make<Array>();

@@ -1,11 +1,8 @@
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -133,16 +130,16 @@ TEST(iPhotoSegmentCache, AnswersAsManyBytesAsTheReaderWants) {
 }
 
 TEST(iPhotoSegmentCache, ReadsFilesAsItReadsBytes) {
-  const std::string folder = testing::TempDir();
-  const std::string path = folder + "segments-" + std::to_string(getpid());
+  const TemporaryFolder folder;
+  const std::string path = folder / "segments";
   std::vector<Item> items;
   for (std::uint32_t i = 0; i < 5000; ++i) {
     items.push_back({1, i * 7919 % 4999});
   }
   const std::string bytes = fileOf(items, 64);
-  std::ofstream(path, std::ios::binary) << bytes;
+  folder.write("segments", bytes);
   const Ref<iPhotoSegmentCache> fromFile = iPhotoSegmentCache::initWithContentsOfFile(path);
-  std::remove(path.c_str());
+  std::filesystem::remove(path);
   ASSERT_TRUE(fromFile);
   const Ref<iPhotoSegmentCache> fromBytes = opened(bytes);
   EXPECT_EQ(fromFile->itemIndex(), fromBytes->itemIndex());
@@ -151,9 +148,9 @@ TEST(iPhotoSegmentCache, ReadsFilesAsItReadsBytes) {
     ASSERT_EQ(fromFile->itemBytesForKey(key), fromBytes->itemBytesForKey(key));
   }
   EXPECT_FALSE(fromFile->itemBytesAtIndex(4999, 200000));
-  EXPECT_FALSE(iPhotoSegmentCache::initWithContentsOfFile(path));
-  EXPECT_FALSE(iPhotoSegmentCache::initWithContentsOfFile(folder));
-  EXPECT_FALSE(iPhotoSegmentCache::initWithContentsOfFile("/dev/null"));
+  for (const std::string& none : {path, folder.path(), std::string("/dev/null")}) {
+    EXPECT_FALSE(iPhotoSegmentCache::initWithContentsOfFile(none)) << none;
+  }
 }
 
 TEST(iPhotoSegmentCache, AnswersAFileAsItIsNow) {
