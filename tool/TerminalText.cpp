@@ -64,7 +64,12 @@ Treatment treatmentOf(std::uint32_t character) {
   return range != kSteering.end() && character >= range->first ? range->treatment : Treatment::kept;
 }
 
+bool isPrintableAscii(char c) { return c >= 0x20 && c < 0x7F; }
+
 std::string harmless(std::string_view bytes, bool keepsLines) {
+  if (std::ranges::all_of(bytes, isPrintableAscii)) {
+    return std::string(bytes);
+  }
   const std::string repaired = text::repairedUtf8(bytes);
   std::string result;
   result.reserve(repaired.size());
@@ -127,8 +132,8 @@ std::string cutPathToWidth(std::string_view path, std::size_t width) {
   const std::size_t name = displayWidth(path.substr(path.rfind('/') + 1));
   const std::size_t end = std::min(std::max(name, room / 2), room);
   std::string_view behind = path;
-  while (displayWidth(behind) > end) {
-    static_cast<void>(text::nextCharacter(behind));
+  for (std::size_t left = displayWidth(path); left > end;) {
+    left -= columnsOf(text::nextCharacter(behind));
   }
   return std::string(path.substr(0, bytesWithin(path, room - end))) + "…" + std::string(behind);
 }

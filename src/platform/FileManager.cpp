@@ -57,11 +57,15 @@ bool hasEntry(const std::string& path) {
 /// square of a path's length.
 class PathSearch {
  public:
-  explicit PathSearch(std::string_view path) : _place(path.starts_with('/') ? "/" : "") {
+  explicit PathSearch(std::string_view path) : _root(path.starts_with('/') ? "/" : "") {
+    _path.reserve(path.size());
+    _path = _root;
     while (!path.empty()) {
       const std::size_t size = std::min(path.find('/'), path.size());
       if (size > 0) {
-        _names.push_back(path.substr(0, size));
+        _path += _ends.empty() ? "" : "/";
+        _path += path.substr(0, size);
+        _ends.push_back(_path.size());
       }
       path.remove_prefix(std::min(size + 1, path.size()));
     }
@@ -71,56 +75,59 @@ class PathSearch {
   std::optional<std::string> find() {
     while (true) {
       takeAsSpelled();
-      if (_next == _names.size()) {
-        return _place;
+      if (_next == _ends.size()) {
+        return _path;
       }
-      const auto names = detail::FolderNames::of(_place.empty() ? "." : _place);
+      const std::size_t begin = _next > 0 ? _ends[_next - 1] + 1 : _root.size();
+      const std::string folder = _next > 0 ? _path.substr(0, begin - 1) : _root;
+      const std::size_t size = _ends[_next] - begin;
+      const auto names = detail::FolderNames::of(folder.empty() ? "." : folder);
       const std::optional<std::string> found =
-          names ? names->nameLike(_names[_next]) : std::nullopt;
+          names ? names->nameLike(std::string_view(_path).substr(begin, size)) : std::nullopt;
       if (!found) {
         return std::nullopt;
       }
-      append(_place, *found);
+      _path.replace(begin, size, *found);
+      for (std::size_t i = _next; i < _ends.size(); ++i) {
+        _ends[i] = _ends[i] - size + found->size();
+      }
       ++_next;
     }
   }
 
  private:
-  static void append(std::string& path, std::string_view name) {
-    if (!path.empty() && path.back() != '/') {
-      path += '/';
+  /// Whether the path leads somewhere up to the end of the name before `end`.
+  bool hasNames(std::size_t end) {
+    const std::size_t behind = _ends[end - 1];
+    if (behind == _path.size()) {
+      return hasEntry(_path);
     }
-    path += name;
+    _path[behind] = '\0';
+    const bool has = hasEntry(_path);
+    _path[behind] = '/';
+    return has;
   }
 
-  [[nodiscard]] std::string upTo(std::size_t end) const {
-    std::string path = _place;
-    for (std::size_t i = _next; i < end; ++i) {
-      append(path, _names[i]);
-    }
-    return path;
-  }
-
-  /// Adds the names to the place that are there as they are spelled.
+  /// Passes over the names that are there as they are spelled.
   void takeAsSpelled() {
     // Mostly all of them are, or all but the last.
-    std::size_t there = _names.size();
+    std::size_t there = _ends.size();
     std::size_t missing = there + 1;
-    for (std::size_t step = 1; there > _next && !hasEntry(upTo(there)); step *= 2) {
+    for (std::size_t step = 1; there > _next && !hasNames(there); step *= 2) {
       missing = there;
       there -= std::min(step, there - _next);
     }
     while (there + 1 < missing) {
       const std::size_t middle = (there + missing) / 2;
-      (hasEntry(upTo(middle)) ? there : missing) = middle;
+      (hasNames(middle) ? there : missing) = middle;
     }
-    _place = upTo(there);
     _next = there;
   }
 
-  std::string _place;
-  std::vector<std::string_view> _names;
-  std::size_t _next = 0;  // the first of the names behind the place
+  std::string _root;
+  std::string _path;
+  std::vector<std::size_t> _ends;  // of the names in it
+  std::size_t _next = 0;           // the first of the names that have yet to be found
 };
 
 /// What is known of the entry at the path as it is spelled, else of the one that `locate` finds;

@@ -45,6 +45,21 @@ std::string withTildeExpanded(std::string_view path) {
   return home ? *home + std::string(path.substr(end)) : std::string(path);
 }
 
+/// Adds a piece of a path; slashes that follow each other become one.
+void append(std::string& path, std::string_view piece) {
+  while (!piece.empty()) {
+    if (piece[0] == '/' && path.ends_with('/')) {
+      piece.remove_prefix(1);
+      continue;
+    }
+    // All but slashes in a row is taken at once.
+    const std::size_t end = piece.find("//");
+    const std::string_view taken = piece.substr(0, end == std::string_view::npos ? end : end + 1);
+    path += taken;
+    piece.remove_prefix(taken.size());
+  }
+}
+
 /// The real path of an existing entry.
 std::optional<std::string> realPath(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
@@ -57,22 +72,9 @@ std::optional<std::string> realPath(const std::string& path) {
 std::string join(std::string_view folder, std::string_view component) {
   std::string result;
   result.reserve(folder.size() + 1 + component.size());
-  const auto append = [&result](std::string_view text) {
-    while (!text.empty()) {
-      if (text[0] == '/' && result.ends_with('/')) {
-        text.remove_prefix(1);
-        continue;
-      }
-      // All but slashes in a row is taken at once.
-      const std::size_t end = text.find("//");
-      const std::string_view taken = text.substr(0, end == std::string_view::npos ? end : end + 1);
-      result += taken;
-      text.remove_prefix(taken.size());
-    }
-  };
-  append(folder);
-  append(folder.empty() || component.empty() ? "" : "/");
-  append(component);
+  append(result, folder);
+  append(result, folder.empty() || component.empty() ? "" : "/");
+  append(result, component);
   result.resize(withoutSlashesAtEnd(result).size());
   return result;
 }
@@ -120,7 +122,9 @@ std::vector<std::string> components(std::string_view path) {
 std::string fromComponents(const std::vector<std::string>& components) {
   std::string result;
   for (const std::string& component : components) {
-    result = join(result, component);
+    append(result, result.empty() || component.empty() ? "" : "/");
+    append(result, component);
+    result.resize(withoutSlashesAtEnd(result).size());
   }
   return result;
 }
