@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "../photos/RecordDatabase.h"
 #include "../platform/FileManager.h"
@@ -123,6 +124,32 @@ Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::initWithData(const Data& bytes, std::int
   Ref<TVQiPhotoLibrary> library = Ref<TVQiPhotoLibrary>::adopt(new TVQiPhotoLibrary);
   library->_version = version;
   return library->decode(bytes) ? library : nullptr;
+}
+
+bool TVQiPhotoLibrary::hasRoomForAlbum() {
+  const bool hasRoom = numberOfAlbums() < Limits::current().albums;
+  _albumsLeftOut += hasRoom ? 0 : 1;
+  return hasRoom;
+}
+
+bool TVQiPhotoLibrary::hasRoomForRoll() {
+  const bool hasRoom = numberOfRolls() < Limits::current().albums;
+  _rollsLeftOut += hasRoom ? 0 : 1;
+  return hasRoom;
+}
+
+void TVQiPhotoLibrary::noticeLeftOut(const std::string& file) {
+  const auto tell = [&](std::string_view what, std::uint32_t& leftOut) {
+    if (const std::uint32_t count = std::exchange(leftOut, 0); count > 0) {
+      _notices.push_back({format("'%@' has more than %u %@, and %u of them were left out", file,
+                                 Limits::current().albums, what, count),
+                          file,
+                          {}});
+      log("%@", _notices.back().sentence);
+    }
+  };
+  tell("albums", _albumsLeftOut);
+  tell("rolls", _rollsLeftOut);
 }
 
 const std::string& TVQiPhotoLibrary::directory() const {

@@ -147,6 +147,11 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   /// Logs and keeps that a file cannot be decoded.
   void noticeDamage(const std::string& file, const NSException& exception);
   void setKeywordStore(const Value& store);
+  /// Whether `Limits` let in one more; else it is counted as left out.
+  [[nodiscard]] bool hasRoomForAlbum();
+  [[nodiscard]] bool hasRoomForRoll();
+  /// Tells of what of the file was left out since it was last asked.
+  void noticeLeftOut(const std::string& file);
 
   // The section walk.
   struct Reading;
@@ -192,6 +197,8 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   Value _xmlAlbumData;
   OwnedList<Album> _albums = OwnedList<Album>::makeEmpty();
   Ref<ArchiveAlbum> _archiveAlbum;
+  std::uint32_t _albumsLeftOut = 0;
+  std::uint32_t _rollsLeftOut = 0;
   std::vector<Notice> _notices;
   std::optional<FileFailure> _albumDataFailure;
 

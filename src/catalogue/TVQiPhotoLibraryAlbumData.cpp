@@ -76,6 +76,7 @@ void TVQiPhotoLibrary::loadFromXML(const std::string& folder) {
       (this->*each.load)(entry(each.entry));
     }
   }
+  noticeLeftOut(path::join(folder, kAlbumDataFile));
 }
 
 /// What album data says may be older or less than what a damaged catalogue has lost.
@@ -119,14 +120,18 @@ void TVQiPhotoLibrary::loadImageRecords(const Value& masterImageList) {
 
 void TVQiPhotoLibrary::loadAlbums(const Value& listOfAlbums) {
   forEachDictionary(listOfAlbums, [this](const Dictionary& albumData) {
-    addAlbum(Album::initWithDictionary<Album>(albumData));
+    if (hasRoomForAlbum()) {
+      addAlbum(Album::initWithDictionary<Album>(albumData));
+    }
   });
 }
 
 void TVQiPhotoLibrary::loadRolls(const Value& listOfRolls) {
   _archiveAlbum = Album::init<ArchiveAlbum>();
   forEachDictionary(listOfRolls, [this](const Dictionary& albumData) {
-    addRoll(Album::initWithDictionary<RollAlbum>(albumData));
+    if (hasRoomForRoll()) {
+      addRoll(Album::initWithDictionary<RollAlbum>(albumData));
+    }
   });
 }
 

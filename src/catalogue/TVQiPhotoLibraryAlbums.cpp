@@ -39,8 +39,10 @@ void TVQiPhotoLibrary::takeArchivedAlbum(const Ref<Album>& album) {
     const Class* kind;
     void (*take)(TVQiPhotoLibrary& library, const Ref<Album>& album);
   };
-  constexpr auto kAdd = [](TVQiPhotoLibrary& library, const Ref<Album>& added) {
-    library.addAlbum(added);
+  static constexpr auto kAdd = [](TVQiPhotoLibrary& library, const Ref<Album>& added) {
+    if (library.hasRoomForAlbum()) {
+      library.addAlbum(added);
+    }
   };
   static constexpr std::array kKept{
       Kept{&Album::kClass, kAdd},
@@ -51,7 +53,9 @@ void TVQiPhotoLibrary::takeArchivedAlbum(const Ref<Album>& album) {
            }},
       Kept{&FolderAlbum::kClass,
            [](TVQiPhotoLibrary& library, const Ref<Album>& folder) {
-             library.addAlbums(folder.as<FolderAlbum>()->albums());
+             for (const Ref<Album>& inside : folder.as<FolderAlbum>()->albums()) {
+               kAdd(library, inside);
+             }
            }},
   };
   const auto row = std::ranges::find(kKept, &album->objectClass(), &Kept::kind);

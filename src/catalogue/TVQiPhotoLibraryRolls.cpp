@@ -119,7 +119,7 @@ void TVQiPhotoLibrary::_readRollDataFromStreamRange(const TVQiPhotoCodedStreamDa
     while (!records.isAtEndOfData()) {
       RollRecord record;
       record.read(records);
-      if (record.isRoll()) {
+      if (record.isRoll() && hasRoomForRoll()) {
         addRoll(Album::initWithDictionary<RollAlbum>(record.albumData()));
         ++reading.readRolls;
       }

@@ -103,6 +103,7 @@ void TVQiPhotoLibrary::decodeSections(TVQiPhotoCodedStreamData& stream) {
     }
   }
   std::ranges::move(reading.notices(_loadedFrom), std::back_inserter(_notices));
+  noticeLeftOut(_loadedFrom);
   if (reading.readRolls > numberOfRolls()) {
     _notices.push_back({format("the catalogue '%@' has %u rolls, of which %u belong to its archive "
                                "album; the others were left out",

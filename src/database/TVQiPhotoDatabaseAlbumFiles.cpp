@@ -1,8 +1,13 @@
 // The album files that iPhoto 4 keeps in the "Albums" folder.
 
+#include <algorithm>
+#include <array>
+
 #include "../albums/ArchiveAlbum.h"
 #include "../albums/LastImportAlbum.h"
 #include "../platform/FileManager.h"
+#include "../platform/Limits.h"
+#include "../platform/Log.h"
 #include "../platform/NSException.h"
 #include "../platform/Path.h"
 #include "TVQiPhotoDatabase.h"
@@ -13,6 +18,7 @@ namespace {
 constexpr std::string_view kLastImportFile = "Last Import";
 constexpr std::string_view kPhotoLibraryFile = "Photo Library";
 constexpr std::string_view kPendingRotationFile = "Pending Rotation";
+constexpr std::array kFilesBesideTheList{kLastImportFile, kPhotoLibraryFile, kPendingRotationFile};
 
 }  // namespace
 
@@ -28,15 +34,28 @@ void TVQiPhotoDatabase::_loadV4AlbumData() {
     _notices.push_back(
         {"the albums could not be read: " + entries.failure()->sentence(), folder, {}});
   }
+  std::uint32_t leftOut = 0;
   for (const auto& entry : entries) {
+    // Other systems leave files behind whose names begin with a point.
+    const bool isHidden = entry.name.starts_with('.');
     if (entry.type != FileType::regular) {
+      if (!isHidden && entry.type != FileType::folder) {
+        const FileFailure failure{FileFailure::Cause::notRegular, path::join(folder, entry.name),
+                                  "it is no regular file"};
+        noteUnreadable("album files", failure.sentence());
+      }
+      continue;
+    }
+    const bool isListed =
+        std::ranges::find(kFilesBesideTheList, entry.name) == kFilesBesideTheList.end();
+    if (isListed && !isHidden && albums().size() >= Limits::current().albums) {
+      ++leftOut;
       continue;
     }
     std::string failure;
     const Ref<Album> album =
         Album::albumWithContentsOfFile(path::join(folder, entry.name), &failure);
-    // Other systems leave files behind whose names begin with a point.
-    if (!failure.empty() && !entry.name.starts_with('.')) {
+    if (!failure.empty() && !isHidden) {
       noteUnreadable("album files", failure);
     }
     if (!album || entry.name == kPendingRotationFile) {
@@ -49,6 +68,13 @@ void TVQiPhotoDatabase::_loadV4AlbumData() {
     } else {
       addAlbum(album);
     }
+  }
+  if (leftOut > 0) {
+    _notices.push_back({format("'%@' has more than %u albums, and %u of them were left out", folder,
+                               Limits::current().albums, leftOut),
+                        folder,
+                        {}});
+    log("%@", _notices.back().sentence);
   }
   if (!lastImport) {
     lastImport = Album::init<LastImportAlbum>();

@@ -24,6 +24,9 @@ struct MRZIPHOTO_EXPORT Limits {
   /// Objects, arrays and dictionaries inside each other, in archives and property lists. Each level
   /// takes a piece of the thread's stack while it is read and when it is let go.
   std::uint32_t nesting = 256;
+  /// Albums of one library, and likewise rolls; the others are left out, and told in a notice. Even
+  /// an album of no bytes to speak of takes memory. Real libraries have some thousands.
+  std::uint32_t albums = 50'000;
   /// Albums and folders that are met while one folder's albums are listed.
   std::uint32_t flattenedAlbums = 100'000;
   /// Classes of an archive above each other, each the superclass of the one before.

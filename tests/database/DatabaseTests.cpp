@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -6,10 +7,12 @@
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/albums/ArchiveAlbum.h>
+#include <MRZiPhoto/albums/FolderAlbum.h>
 #include <MRZiPhoto/albums/LastImportAlbum.h>
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/FileManager.h>
+#include <MRZiPhoto/platform/Limits.h>
 #include <MRZiPhoto/platform/Path.h>
 #include <MRZiPhoto/platform/UserDefaults.h>
 #include <MRZiPhoto/platform/Workspace.h>
@@ -398,6 +401,7 @@ TEST(TVQiPhotoDatabase, ReadsTheAlbumsFolderOfTheOldestLibraries) {
   library.write("Albums/not an album", "x");
   library.writeArchive("Albums/folder/C", {Album::init<Album>()});
   fs::create_symlink(library.root + "/Albums/B", library.root + "/Albums/link");
+  ASSERT_EQ(mkfifo((library.root + "/Albums/.pipe").c_str(), 0644), 0);
   CollectedLog log;
   const Ref<TVQiPhotoDatabase> database = library.open();
   ASSERT_TRUE(database);
@@ -409,6 +413,71 @@ TEST(TVQiPhotoDatabase, ReadsTheAlbumsFolderOfTheOldestLibraries) {
   EXPECT_EQ(names, "Photo Library, Last Import, B, ");
   EXPECT_EQ(&database->albums()[0]->objectClass(), &ArchiveAlbum::kClass);
   EXPECT_FALSE(database->rolls().isNothing());
+  const auto unread = [](const Ref<TVQiPhotoDatabase>& opened) {
+    const std::vector<Notice> notices = opened->notices();
+    return notices.empty() ? "" : notices.back().sentence.substr(0, 50);
+  };
+  EXPECT_EQ(unread(database), "2 album files could not be read, the first because");
+  fs::remove(library.root + "/Albums/link");
+  fs::remove(library.root + "/Albums/not an album");
+  EXPECT_EQ(unread(library.open()), "");
+  ASSERT_EQ(mkfifo((library.root + "/Albums/pipe").c_str(), 0644), 0);
+  EXPECT_EQ(library.open()->notices().back().sentence,
+            "1 album files could not be read, the first because '" + library.root +
+                "/Albums/pipe' cannot be read: it is no regular file");
+}
+
+TEST(TVQiPhotoDatabase, LeavesOutAlbumsAndRollsBeyondTheLimit) {
+  const Value album = Album::init<Album>();
+  const Value folder =
+      make<ArchivedAs<FolderAlbum>>(std::initializer_list<std::pair<std::string_view, Value>>{
+          {"Children", make<Array>(std::vector<Value>{album, album})}});
+  NSArchiver coded;
+  coded.encodeInt(0);
+  for (const Value& each : {Value(Album::init<ArchiveAlbum>()), album, folder, album}) {
+    coded.encodeObject(each);
+  }
+  const CodedBuilder roll = CodedBuilder().item("stKY", 1);
+  const CodedBuilder sections = CodedBuilder()
+                                    .item("dbAL", std::string(coded.archivedData().bytes()))
+                                    .rolls({roll, roll, roll, roll, roll});
+  const std::string inAlbums = "'ROOT/Albums' has more than 3 albums, and 2 of them were left out";
+  const std::string inData = "'ROOT/AlbumData.xml' has more than 3 ";
+  const std::string inCatalogue = "'ROOT/Library6.iPhoto' has more than 3 ";
+  struct Case {
+    std::int32_t version;
+    std::vector<std::string> notices;  // "ROOT" stands for the folder
+  };
+  for (const Case& each : {Case{15, {inAlbums}},
+                           Case{60,
+                                {inCatalogue + "albums, and 1 of them were left out",
+                                 inCatalogue + "rolls, and 2 of them were left out"}},
+                           Case{200,
+                                {inData + "albums, and 2 of them were left out",
+                                 inData + "rolls, and 1 of them were left out"}}}) {
+    const LibraryFolder library;
+    writeLibrary(library, each.version, each.version == 60 ? sections : CodedBuilder());
+    library.writeAlbumData(
+        xml::entry("List of Albums", xml::array("<dict/><dict/><dict/><dict/><dict/>")) +
+        xml::entry("List of Rolls", xml::array("<dict/><dict/><dict/><dict/>")));
+    for (const char* name : {"a", "b", "c", "d", "e", "Photo Library", "Last Import"}) {
+      library.writeArchive("Albums/" + std::string(name), {album});
+    }
+    Limits limits;
+    limits.albums = 3;
+    const CollectedLog log;
+    const Ref<TVQiPhotoDatabase> database =
+        TVQiPhotoDatabase::initWithContentsOfDirectory(library.root, {.limits = limits});
+    ASSERT_TRUE(database) << each.version;
+    EXPECT_EQ(database->albums().size(), each.version == 15 ? 5U : 3U);
+    std::vector<std::string> found;
+    for (const Notice& notice : database->notices()) {
+      EXPECT_EQ(std::ranges::count(log.lines(), notice.sentence), 1);
+      found.push_back(notice.sentence);
+      found.back().replace(found.back().find(library.root), library.root.size(), "ROOT");
+    }
+    EXPECT_EQ(found, each.notices);
+  }
 }
 
 TEST(TVQiPhotoDatabase, HandsFoldersAndPathsOut) {
