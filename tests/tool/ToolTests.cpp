@@ -291,20 +291,25 @@ TEST(Tool, FitsTheTerminal) {
 
 TEST(Tool, TellsThatSomethingWasNotRead) {
   const std::string pipe = " cannot be read: it is no regular file";
+  constexpr std::string_view kPipe = "pipe";
+  constexpr std::string_view kNothing;
   const struct {
     int version;
-    std::string file;  // in whose place a pipe lies, or nothing
-    bool isThere;
+    std::string file;
+    std::string_view instead;  // a pipe, nothing, or these bytes lie in its place
     int status;
     std::string told;  // "FILE" stands for its path
   } cases[] = {
-      {200, "AlbumData.xml", true, 1, "cannot be read: 'FILE'" + pipe + ";"},
-      {200, "AlbumData.xml", false, 1, "'FILE' cannot be read: No such file or directory;"},
-      {60, "AlbumData.xml", true, 3, "mrziphoto: 'FILE'" + pipe + "\n"},
-      {60, "AlbumData.xml", false, 0, ""},
-      {60, "Dir.data", true, 3, "not known: 'FILE'" + pipe + "\n"},
-      {20, "Albums/Last 12 Months", true, 0, ""},
-      {20, "Library.iPhoto", true, 1, "cannot be opened: 'FILE'" + pipe + ";"},
+      {200, "AlbumData.xml", kPipe, 1, "cannot be read: 'FILE'" + pipe + ";"},
+      {200, "AlbumData.xml", kNothing, 1, "'FILE' cannot be read: No such file or directory;"},
+      {24, "AlbumData.xml", "<plist><dict>", 1,
+       "cannot be read: 'FILE' is damaged: the property list ends inside <dict> at line 1, byte "
+       "13;"},
+      {60, "AlbumData.xml", kPipe, 3, "mrziphoto: 'FILE'" + pipe + "\n"},
+      {60, "AlbumData.xml", kNothing, 0, ""},
+      {60, "Dir.data", kPipe, 3, "not known: 'FILE'" + pipe + "\n"},
+      {20, "Albums/Last 12 Months", kPipe, 0, ""},
+      {20, "Library.iPhoto", kPipe, 1, "cannot be opened: 'FILE'" + pipe + ";"},
   };
   for (const auto& each : cases) {
     const TemporaryFolder folder;
@@ -312,8 +317,10 @@ TEST(Tool, TellsThatSomethingWasNotRead) {
     writeSample(library, each.version, 3);
     const std::string file = library + "/" + each.file;
     std::filesystem::remove(file);
-    if (each.isThere) {
+    if (each.instead == kPipe) {
       ASSERT_EQ(mkfifo(file.c_str(), 0644), 0) << file;
+    } else if (each.instead != kNothing) {
+      folder.write("library/" + each.file, each.instead);
     }
     std::string told = each.told;
     if (const std::size_t at = told.find("FILE"); at != std::string::npos) {
