@@ -222,7 +222,7 @@ TEST(TVQiPhotoDatabase, GoesByTheOptionsOfItsOpening) {
   EXPECT_FALSE(
       TVQiPhotoDatabase::initWithContentsOfDirectory(library.root, {.limits = limits}, &failure));
   EXPECT_EQ(failure.what, "'" + library.root +
-                              "/Library.iPhoto' cannot be read: its 12 bytes are more than the 10 "
+                              "/Library6.iPhoto' cannot be read: its 12 bytes are more than the 10 "
                               "that are allowed");
 }
 
