@@ -165,6 +165,11 @@ OpeningFailure OpeningFailure::of(const std::string& folder, const NSException& 
                    : withoutCatalogue(folder, entries);
 }
 
+OpeningFailure OpeningFailure::ofDamage(std::string what, std::string file) {
+  return {Cause::damaged, std::move(what), "copy the file again, or from a backup",
+          std::move(file)};
+}
+
 OpeningFailure OpeningFailure::ofFileFailure(const FileFailure& failure) {
   return ofFile(failure, failure.sentence());
 }

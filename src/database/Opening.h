@@ -58,6 +58,8 @@ struct MRZIPHOTO_EXPORT OpeningFailure {
   /// `catalogueVersion` is what its catalogue tells, 0 when nothing.
   [[nodiscard]] static OpeningFailure of(const std::string& folder, const NSException& exception,
                                          std::int32_t catalogueVersion);
+  /// The failure to make anything of a file that was read.
+  [[nodiscard]] static OpeningFailure ofDamage(std::string what, std::string file);
   /// The failure to read the library's photos from a file.
   [[nodiscard]] static OpeningFailure ofFileFailure(const FileFailure& failure);
 };

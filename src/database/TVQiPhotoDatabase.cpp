@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "../platform/Bundle.h"
+#include "../platform/FileFailure.h"
 #include "../platform/FileManager.h"
 #include "../platform/Log.h"
 #include "../platform/NSException.h"
@@ -185,9 +186,12 @@ void TVQiPhotoDatabase::loadCatalogue(const std::string& path) {
   _library = TVQiPhotoLibrary::initWithContentsOfFile(path, &damage);
   libraryTimestamp = timestamp;
   if (!_library) {
-    _photosFailure = {OpeningFailure::Cause::damaged, damage.sentence,
-                      "copy the file again, or from a backup", damage.file};
+    _photosFailure = OpeningFailure::ofDamage(damage.sentence, damage.file);
     _notices.push_back(std::move(damage));
+  } else if (_library->libraryVersion() < kOldestSupported) {
+    // "Library.iPhoto" told a version; of a catalogue that tells none nothing is decoded.
+    _photosFailure =
+        OpeningFailure::ofDamage("the catalogue '" + path + "' does not tell its version", path);
   } else if (_library->albumDataFailure() &&
              _library->libraryVersion() > TVQiPhotoLibrary::kLastCodedVersion) {
     _photosFailure = OpeningFailure::ofFileFailure(*_library->albumDataFailure());
@@ -201,16 +205,20 @@ void TVQiPhotoDatabase::loadDirectories() {
                        "iPhoto Library component does not exist at '%@'", file);
   }
   const std::optional<Date> timestamp = _timestampForFilename(file);
+  std::string reason = '\'' + file + "' is damaged";
+  std::optional<std::size_t> offset;
   try {
     _directories = TVQiPhotoDirectories::initWithData(FileManager::readContents(file));
+  } catch (const FileException& exception) {
+    log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
+    reason = exception.reason();
   } catch (const NSException& exception) {
     log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
-    _notices.push_back({format("the folders of the photos are not known: %@", exception.reason()),
-                        file, exception.offset()});
+    reason += ": " + exception.reason();
+    offset = exception.offset();
   }
-  if (!_directories && _notices.empty()) {
-    _notices.push_back(
-        {format("the folders of the photos are not known: '%@' is damaged", file), file, {}});
+  if (!_directories) {
+    _notices.push_back({"the folders of the photos are not known: " + reason, file, offset});
   }
   directoriesTimestamp = timestamp;
 }

@@ -60,7 +60,7 @@ Ref<TVQiPhotoDirectories> TVQiPhotoDirectories::initWithContentsOfFile(const std
 Ref<TVQiPhotoDirectories> TVQiPhotoDirectories::initWithData(const Data& bytes) {
   const auto reader = NSUnarchiver::initForReadingWithData(bytes);
   if (!reader) {
-    NSException::raise(kNSInvalidArgumentException, "the directory table is no archive");
+    NSException::raise(kNSInvalidArgumentException, "it is no archive");
   }
   try {
     Ref<TVQiPhotoDirectories> table = init();

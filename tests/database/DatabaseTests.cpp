@@ -2,6 +2,9 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -147,42 +150,92 @@ TEST(TVQiPhotoDatabase, SaysWhyALibraryCannotBeOpened) {
   }
 }
 
+TEST(TVQiPhotoDatabase, TakesNoCatalogueThatHoldsNothingForAnEmptyLibrary) {
+  struct Case {
+    std::string content;
+    std::string failure;  // "ROOT" stands for the folder
+  };
+  const std::string again = "; copy the file again, or from a backup";
+  const std::string untold =
+      "the catalogue 'ROOT/Library6.iPhoto' does not tell its version" + again;
+  // The folder "Albums" lets a library without a catalogue open.
+  for (const bool hasAlbums : {true, false}) {
+    for (const Case& each :
+         {Case{"",
+               "'ROOT/Library6.iPhoto' is damaged: the data ends inside a value: 4 bytes wanted "
+               "at offset 0 of 0" +
+                   again},
+          Case{"no catalogue", untold}, Case{{"dbVS\xFF\xFF\xFF\xFB\0\0\0\x3C", 12}, untold},
+          Case{{"dbVS\0\0\0\x04\0\0\0\x0A", 12}, untold}}) {
+      const LibraryFolder library;
+      writeLibrary(library, 60);
+      library.write("Library6.iPhoto", each.content);
+      if (!hasAlbums) {
+        fs::remove_all(library.root + "/Albums");
+      }
+      const CollectedLog log;
+      std::optional<OpeningFailure> failure(std::in_place);
+      const auto database =
+          TVQiPhotoDatabase::initWithContentsOfDirectory(library.root, {}, &*failure);
+      ASSERT_EQ(static_cast<bool>(database), hasAlbums) << each.content;
+      if (database) {
+        failure = database->photosFailure();
+      }
+      ASSERT_TRUE(failure) << each.content;
+      EXPECT_EQ(failure->cause, OpeningFailure::Cause::damaged);
+      EXPECT_EQ(failure->file, library.root + "/Library6.iPhoto");
+      std::string told = failure->sentence();
+      told.replace(told.find(library.root), library.root.size(), "ROOT");
+      EXPECT_EQ(told, each.failure);
+    }
+  }
+}
+
 TEST(TVQiPhotoDatabase, NoticesFilesThatCannotBeRead) {
   struct Case {
     std::int32_t version;
-    std::string file;  // in whose place a pipe lies, or nothing
-    bool isThere;
+    std::string file;  // in whose place a pipe lies, or a file, or nothing
+    std::optional<std::string_view> content;
     std::vector<std::string> notices;  // "ROOT" stands for the folder
     bool hasPhotos;
   };
+  constexpr std::string_view kPipe = "pipe";
   const std::string noFile = " cannot be read: it is no regular file";
   for (const Case& each : {
-           Case{60, "AlbumData.xml", true, {"'ROOT/AlbumData.xml'" + noFile}, true},
-           {60, "AlbumData.xml", false, {}, true},
-           {200, "AlbumData.xml", true, {"'ROOT/AlbumData.xml'" + noFile}, false},
+           Case{60, "AlbumData.xml", kPipe, {"'ROOT/AlbumData.xml'" + noFile}, true},
+           {60, "AlbumData.xml", std::nullopt, {}, true},
+           {200, "AlbumData.xml", kPipe, {"'ROOT/AlbumData.xml'" + noFile}, false},
            {200,
             "AlbumData.xml",
-            false,
+            std::nullopt,
             {"'ROOT/AlbumData.xml' cannot be read: No such file or directory"},
             false},
            {60,
             "Dir.data",
-            true,
+            kPipe,
             {"the folders of the photos are not known: 'ROOT/Dir.data'" + noFile},
             true},
            {60,
+            "Dir.data",
+            "no table",
+            {"the folders of the photos are not known: 'ROOT/Dir.data' is damaged: it is no "
+             "archive"},
+            true},
+           {60,
             "Thumb64Segment.data",
-            true,
+            kPipe,
             {"the small thumbnails are not to be had: 'ROOT/Thumb64Segment.data'" + noFile},
             true},
-           {60, "Thumb64Segment.data", false, {}, true},
+           {60, "Thumb64Segment.data", std::nullopt, {}, true},
        }) {
     const LibraryFolder library;
     writeLibrary(library, each.version);
     const std::string file = library.root + "/" + each.file;
     fs::remove(file);
-    if (each.isThere) {
+    if (each.content == kPipe) {
       ASSERT_EQ(mkfifo(file.c_str(), 0644), 0);
+    } else if (each.content) {
+      library.write(each.file, std::string(*each.content));
     }
     const CollectedLog log;
     const Ref<TVQiPhotoDatabase> database = library.open();

@@ -76,8 +76,7 @@ TEST(TVQiPhotoDirectories, LogsWhatItCannotRead) {
   const std::string file = folder.path() + "/Dir.data";
   for (const auto& [contents, line] :
        {std::pair<std::string_view, std::string>{
-            "no archive",
-            "NSInvalidArgumentException - the directory table is no archive = (null)"},
+            "no archive", "NSInvalidArgumentException - it is no archive = (null)"},
         {whole.bytes().substr(0, whole.size() - 1), "NSArchiverArchiveInconsistency - "}}) {
     folder.write("Dir.data", contents);
     const CollectedLog log;
