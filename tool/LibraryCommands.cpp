@@ -32,7 +32,7 @@ void writeSize(RecordWriter& out, const List<T>& list) {
 /// `null` for a library without one, which needs no line in the log.
 void writeThumbnailCache(RecordWriter& out, const TVQiPhotoDatabase& database) {
   const std::string file = database.thumbnailCacheFilename();
-  const auto cache = FileManager::isFile(file) ? database.thumbnailSegmentCache() : nullptr;
+  const auto cache = FileManager::exists(file) ? database.thumbnailSegmentCache() : nullptr;
   if (!cache) {
     out.null();
     return;
