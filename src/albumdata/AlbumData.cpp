@@ -1,0 +1,65 @@
+#include "detail/AlbumData.h"
+
+#include <array>
+
+#include "../platform/Dictionary.h"
+#include "../platform/FileManager.h"
+#include "../platform/Limits.h"
+#include "../platform/PropertyList.h"
+#include "../platform/detail/OpenFile.h"
+#include "detail/AlbumDataEntries.h"
+
+namespace mrziphoto {
+
+AlbumData AlbumData::read(const std::string& path) {
+  const auto file = detail::OpenFile::atPath(path);
+  if (file && file->size() <= Limits::current().fileSize) {
+    std::uint64_t offset = 0;
+    const auto readNext = [&](std::span<char> room) {
+      const std::size_t got = file->readInto(room, offset);
+      offset += got;
+      return got;
+    };
+    if (std::optional<AlbumData> plain = fromPlainMarkup(readNext)) {
+      return std::move(*plain);
+    }
+  }
+  const std::optional<Data> bytes = FileManager::contents(path);
+  return fromPropertyList(bytes ? propertyListFromData(*bytes) : Value());
+}
+
+AlbumData AlbumData::fromPropertyList(const Value& top) {
+  AlbumData result;
+  PhotoTable::Filler filler;
+  if (const Ref<Dictionary> entries = top.dictionary()) {
+    for (const AlbumDataEntry& entry : kAlbumDataEntries) {
+      if (const Value value = entries->get(entry.name); !value.isNothing()) {
+        filler.putValue(value);
+        result.*entry.place = filler.finishLone();
+      }
+    }
+    if (const Ref<Dictionary> photos = entries->get(kMasterImageList).dictionary()) {
+      for (const Dictionary::Entry& photo : *photos) {
+        const std::uint32_t key = Value(String({}, photo.key.text())).unsignedIntValue();
+        const Ref<Dictionary> info = photo.value.dictionary();
+        if (!info) {
+          filler.beginRow(key, {});
+          filler.endRow();
+          continue;
+        }
+        filler.beginRow(key, {PhotoStore::imageInfo});
+        std::uint32_t field = 0;
+        for (const Dictionary::Entry& each : *info) {
+          field = filler.fieldNamed(each.key.text(), field);
+          filler.addName(field);
+          filler.putField(field, each.value);
+        }
+        filler.endRow();
+      }
+    }
+  }
+  result.photos = filler.finish();
+  return result;
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,199 @@
+#include "detail/PlainMarkup.h"
+
+#include <algorithm>
+#include <utility>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+#include "../platform/detail/XmlCharacters.h"
+
+namespace mrziphoto {
+namespace {
+
+using detail::XmlFailure;
+using detail::XmlScanner;
+
+constexpr std::string_view kEndTag = "</";
+
+/// The first character that may mean something, or needs a check. There is one before the margin
+/// ends.
+inline const char* passPlain(const char* at) {
+#ifdef __SSE2__
+  for (;; at += 16) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    // As signed numbers, control characters and the bytes of other characters lie below the blank.
+    const __m128i found = _mm_or_si128(_mm_or_si128(_mm_cmplt_epi8(block, _mm_set1_epi8(' ')),
+                                                    _mm_cmpeq_epi8(block, _mm_set1_epi8('<'))),
+                                       _mm_or_si128(_mm_cmpeq_epi8(block, _mm_set1_epi8('&')),
+                                                    _mm_cmpeq_epi8(block, _mm_set1_epi8(']'))));
+    const auto places = static_cast<unsigned>(_mm_movemask_epi8(found));
+    if (places != 0) {
+      return at + std::countr_zero(places);
+    }
+  }
+#else
+  while (detail::xml::isOf(detail::xml::kPlain, *at)) {
+    ++at;
+  }
+  return at;
+#endif
+}
+
+/// The length of a name that is kept in a word.
+unsigned lengthOf(PlainMarkup::Tag name) {
+  return (static_cast<unsigned>(std::bit_width(name)) + 7) / 8;
+}
+
+/// Whether the end tag of that element stands there.
+inline bool isEndTag(const char* at, PlainMarkup::Tag name, unsigned length) {
+  return at[0] == '<' && at[1] == '/' && markup::lowest(markup::load(at + 2), length) == name &&
+         at[2 + length] == '>';
+}
+
+}  // namespace
+
+PlainMarkup::PlainMarkup(Read read, std::size_t window)
+    : _read(std::move(read)), _window(new char[window + kMargin]), _size(window) {
+  _at = _end = _tag = _window.get();
+  std::fill_n(_window.get(), kMargin, '\0');
+}
+
+bool PlainMarkup::readOn() {
+  const auto kept = static_cast<std::size_t>(_end - _tag);
+  const std::size_t passed = static_cast<std::size_t>(_at - _tag);
+  if (kept > _size / 2) {
+    // Never much more than the longest text takes.
+    std::unique_ptr<char[]> larger(new char[2 * _size + kMargin]);
+    std::copy(_tag, _end, larger.get());
+    _window = std::move(larger);
+    _size *= 2;
+  } else {
+    std::copy(_tag, _end, _window.get());
+  }
+  char* end = _window.get() + kept;
+  if (!_isAtEnd) {
+    const std::size_t got = _read({end, _size - kept});
+    _isAtEnd = got == 0;
+    end += got;
+  }
+  std::fill_n(end, kMargin, '\0');
+  _end = end;
+  _tag = _window.get();
+  _at = _tag + passed;
+  return !_isAtEnd;
+}
+
+void PlainMarkup::prolog() {
+  while (readOn()) {
+    try {
+      passProlog();
+      return;
+    } catch (const XmlFailure&) {
+      // Perhaps it goes on; no prolog is so long.
+      if (_size > kWindow) {
+        break;
+      }
+    }
+  }
+  throw Unusual{};
+}
+
+void PlainMarkup::passProlog() {
+  // No document in another encoding begins with '<' and goes on in ASCII as far as a declaration or
+  // a tag does.
+  XmlScanner scanner({_at, static_cast<std::size_t>(_end - _at)});
+  const std::string_view encoding = scanner.declaration();
+  constexpr std::string_view kUtf8 = "UTF-8";
+  const auto isSame = [](char one, char upper) {
+    return one == upper || (upper >= 'A' && one == (upper | 0x20));
+  };
+  if (!encoding.empty() && !std::ranges::equal(encoding, kUtf8, isSame)) {
+    throw Unusual{};
+  }
+  const XmlScanner::Tag root = scanner.rootTag();
+  if (root.name != "plist" || root.kind != XmlScanner::Tag::Kind::start) {
+    throw Unusual{};
+  }
+  _at += scanner.offset();
+  _tag = _at;
+}
+
+PlainMarkup::Tag PlainMarkup::unusualNext(const char* at) {
+  _tag = _at = at;
+  const bool isEnd = at[0] == '<' && at[1] == '/';
+  const std::uint64_t word = markup::load(at + (isEnd ? 2 : 1));
+  const unsigned length = markup::lettersIn(word);
+  const char* behind = at + (isEnd ? 2 : 1) + length;
+  const bool isEmpty = !isEnd && *behind == '/';
+  behind += isEmpty ? 1 : 0;
+  if (*at == '<' && length != 0 && length < sizeof word && *behind == '>') {
+    _at = behind + 1;
+    return markup::lowest(word, length) | (isEnd ? kEnd : isEmpty ? kEmpty : 0);
+  }
+  constexpr std::ptrdiff_t kLongestTag = 10;
+  if (_end - at >= kLongestTag || !readOn()) {
+    throw Unusual{};
+  }
+  return next();
+}
+
+std::string_view PlainMarkup::textOf(Tag element) {
+  const unsigned length = lengthOf(element);
+  const char* end = passPlain(_at);
+  if (!isEndTag(end, element, length)) {
+    return unusualTextOf(element);
+  }
+  const std::string_view text(_at, static_cast<std::size_t>(end - _at));
+  _at = end + kEndTag.size() + length + 1;
+  return text;
+}
+
+std::string_view PlainMarkup::unusualTextOf(Tag element) {
+  const unsigned length = lengthOf(element);
+  const auto tagSize = static_cast<std::ptrdiff_t>(kEndTag.size() + length + 1);
+  const char* end = nullptr;
+  for (std::ptrdiff_t searched = 0; end == nullptr;) {
+    end = static_cast<const char*>(
+        std::memchr(_at + searched, '<', static_cast<std::size_t>(_end - _at - searched)));
+    if (end == nullptr || _end - end < tagSize) {
+      searched = (end == nullptr ? _end : end) - _at;
+      end = nullptr;
+      if (!readOn()) {
+        throw Unusual{};
+      }
+    }
+  }
+  if (!isEndTag(end, element, length)) {
+    throw Unusual{};
+  }
+  try {
+    XmlScanner scanner({_tag, static_cast<std::size_t>(end + tagSize - _tag)});
+    const XmlScanner::Text text = scanner.textOf(scanner.rootTag());
+    _at = end + tagSize;
+    if (!text.isVerbatim) {
+      _text = text.characters;
+    }
+    return text.isVerbatim ? text.characters : std::string_view(_text);
+  } catch (const XmlFailure&) {
+    throw Unusual{};
+  }
+}
+
+void PlainMarkup::finish() {
+  for (;;) {
+    while (detail::xml::isOf(detail::xml::kSpace, *_at)) {
+      ++_at;
+    }
+    _tag = _at;
+    if (_at != _end) {
+      throw Unusual{};
+    }
+    if (!readOn()) {
+      return;
+    }
+  }
+}
+
+}  // namespace mrziphoto

@@ -1,0 +1,119 @@
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "../../platform/detail/XmlScanner.h"
+
+namespace mrziphoto {
+
+/// Walks over the markup of a property list the way such files are really written: plain tags,
+/// texts, white space between them, and nothing else. The file passes through a window, so that
+/// little of it is in memory at a time.
+///
+/// Whatever is not so plain, or not as it should be, makes an operation throw `Unusual`, and a
+/// reader that knows all of XML has the last word. What this one passes, that one passes in the
+/// same way.
+class PlainMarkup {
+ public:
+  struct Unusual {};
+  /// Reads the next bytes of the file; answers how many there were, 0 at its end.
+  using Read = std::function<std::size_t(std::span<char> room)>;
+
+  /// A tag as one number: its name, of seven letters at most, and what kind of tag it is.
+  using Tag = std::uint64_t;
+  static constexpr Tag start(std::string_view name) { return detail::XmlScanner::wordOf(name); }
+  static constexpr Tag end(std::string_view name) { return start(name) | kEnd; }
+  static constexpr Tag empty(std::string_view name) { return start(name) | kEmpty; }
+
+  static constexpr std::size_t kWindow = std::size_t{1} << 18;
+
+  explicit PlainMarkup(Read read, std::size_t window = kWindow);
+
+  /// Passes all that stands before the root element, which must be <plist>, and its start tag.
+  void prolog();
+  /// Passes the next tag.
+  Tag next();
+  /// Passes the rest of an element that holds nothing but text, with its end tag. The text lasts
+  /// until anything else is passed.
+  std::string_view textOf(Tag element);
+  /// The element that `textOf` has passed, with its tags.
+  [[nodiscard]] std::string_view element() const {
+    return {_tag, static_cast<std::size_t>(_at - _tag)};
+  }
+  /// Passes what may follow the root element.
+  void finish();
+
+ private:
+  static constexpr Tag kEnd = Tag{1} << 56;
+  static constexpr Tag kEmpty = Tag{2} << 56;
+  // Behind the window stand zeros, which end every search, so that a step may look ahead without a
+  // look at the window's end.
+  static constexpr std::size_t kMargin = 32;
+
+  void passProlog();
+  Tag unusualNext(const char* at);
+  std::string_view unusualTextOf(Tag element);
+  /// Brings more of the file into the window, which then begins at `_tag`. False at the file's end.
+  bool readOn();
+
+  Read _read;
+  std::unique_ptr<char[]> _window;
+  std::size_t _size;
+  bool _isAtEnd = false;
+  const char* _at = nullptr;
+  const char* _end = nullptr;
+  const char* _tag = nullptr;  // the start tag that was passed last
+  std::string _text;           // that does not stand in the file just as it is meant
+};
+
+namespace markup {
+
+/// The next eight bytes, the first one lowest.
+inline std::uint64_t load(const char* at) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, at, sizeof word);
+  return std::endian::native == std::endian::little ? word : __builtin_bswap64(word);
+}
+
+/// How many of eight bytes, from the lowest on, are letters from a to z.
+inline unsigned lettersIn(std::uint64_t word) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  constexpr std::uint64_t kTop = kOnes * 0x80;
+  const std::uint64_t low = word & ~kTop;
+  const std::uint64_t reachesA = low + kOnes * (0x80 - 'a');
+  const std::uint64_t exceedsZ = low + kOnes * (0x7F - 'z');
+  const std::uint64_t others = ~(reachesA & ~exceedsZ & ~word) & kTop;
+  return static_cast<unsigned>(std::countr_zero(others)) / 8;
+}
+
+inline std::uint64_t lowest(std::uint64_t word, unsigned count) {
+  return word & ((std::uint64_t{1} << (8 * count)) - 1);
+}
+
+}  // namespace markup
+
+inline PlainMarkup::Tag PlainMarkup::next() {
+  const char* at = _at;
+  while (*at == '\n' || *at == '\t' || *at == ' ' || *at == '\r') {
+    ++at;
+  }
+  const std::uint64_t word = markup::load(at + 1);
+  const unsigned length = markup::lettersIn(word);
+  if (*at == '<' && length != 0 && length < sizeof word && at[1 + length] == '>') [[likely]] {
+    _tag = at;
+    _at = at + length + 2;
+    return markup::lowest(word, length);
+  }
+  return unusualNext(at);
+}
+
+}  // namespace mrziphoto

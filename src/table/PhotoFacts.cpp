@@ -1,0 +1,33 @@
+#include "detail/PhotoFacts.h"
+
+namespace mrziphoto {
+
+Fact PhotoFacts::operator[](PhotoField field) const {
+  const char* at = _table->_facts[_row] + 1;
+  while (const std::uint64_t each = facts::readNumber(at)) {
+    const auto kind = static_cast<FactKind>(*at++);
+    if (each == indexOf(field)) {
+      return {*_table, kind, at};
+    }
+    at = facts::behind(kind, at);
+  }
+  return {};
+}
+
+Ref<Dictionary> PhotoFacts::dictionary(PhotoStore store) const {
+  if (!has(store)) {
+    return {};
+  }
+  std::vector<Dictionary::Entry> entries;
+  forEach([&](std::uint32_t field, const Fact& fact) {
+    // Only the image info has entries of names that the program does not know.
+    const PhotoStore itsStore =
+        field < kKnownFields ? kPhotoFields[field].store : PhotoStore::imageInfo;
+    if (itsStore == store) {
+      entries.push_back({_table->name(field), fact.value()});
+    }
+  });
+  return make<Dictionary>(std::move(entries));
+}
+
+}  // namespace mrziphoto
