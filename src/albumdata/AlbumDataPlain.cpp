@@ -38,6 +38,8 @@ constexpr Tag kPropertyListEnd = PlainMarkup::end("plist");
 constexpr std::size_t kDeepest = 16;
 // The level of the one dictionary around all others; the photos' dictionaries are at 0.
 constexpr std::size_t kTop = kDeepest;
+// Fields behind whose values the next one is foreseen.
+constexpr std::size_t kForeseen = 96;
 // So many numbers in rare forms are read by themselves before the whole file is left to the general
 // reader, for which they cost less.
 constexpr std::uint32_t kMostRareNumbers = 1000;
@@ -168,19 +170,53 @@ class Reader {
   void readPhoto(std::uint32_t key) {
     _filler.beginRow(key, {PhotoStore::imageInfo});
     beginNames(0);
-    std::uint32_t field = 0;
-    for (Tag tag = _markup.next(); tag != kDictionaryEnd; tag = _markup.next()) {
-      field = _filler.fieldNamed(keyText(tag), field);
-      noteName(field, 0);
-      _filler.addName(field);
-      tag = _markup.next();
-      if (tag == kString && isPath(field)) {
-        _filler.putPath(field, _markup.textOf(kString));
+    for (Entry entry = nextEntry(0); entry.tag != kDictionaryEnd; entry = nextEntry(entry.field)) {
+      noteName(entry.field, 0);
+      _filler.addName(entry.field);
+      if (entry.tag == kString && isPath(entry.field)) {
+        _filler.putPath(entry.field, _markup.textOf(kString));
       } else {
-        readValue(tag, 1);
+        readValue(entry.tag, 1);
       }
     }
     _filler.endRow();
+  }
+
+  /// What stands between two values of a photo: the name of the second and its start tag, or the
+  /// end of the photo.
+  struct Entry {
+    std::uint32_t field = 0;
+    Tag tag = 0;
+  };
+  struct Step {
+    PlainMarkup::Passage passage;
+    Entry entry;
+  };
+
+  Entry nextEntry(std::uint32_t before) {
+    if (before >= _steps.size()) {
+      return unforeseenEntry(before);
+    }
+    std::array<Step, 2>& steps = _steps[before];
+    for (Step& step : steps) {
+      if (!step.passage.empty() && _markup.passAgain(step.passage)) {
+        return step.entry;
+      }
+    }
+    const PlainMarkup::Place place = _markup.place();
+    const Entry entry = unforeseenEntry(before);
+    std::swap(steps[0], steps[1]);
+    steps[0] = {_markup.passedSince(place), entry};
+    return entry;
+  }
+
+  Entry unforeseenEntry(std::uint32_t before) {
+    const Tag tag = _markup.next();
+    if (tag == kDictionaryEnd) {
+      return {0, tag};
+    }
+    const std::uint32_t field = _filler.fieldNamed(keyText(tag), before);
+    return {field, _markup.next()};
   }
 
   void readValue(Tag tag, std::size_t level) {
@@ -248,11 +284,13 @@ class Reader {
 
   void readArray(std::size_t level) {
     checkLevel(level);
-    // Most arrays hold texts of keys; how many, is known only behind the last one.
-    std::vector<std::uint32_t> keys;
+    // Most arrays hold texts of keys; whether all of them are, is known only behind the last one.
+    std::vector<std::uint32_t>& keys = _keyNumbers;
+    keys.clear();
     Tag tag = _markup.next();
     std::optional<std::string_view> other;
-    for (; tag == kString; tag = _markup.next()) {
+    PlainMarkup::Passage between;
+    while (tag == kString) {
       const std::string_view text = _markup.textOf(kString);
       const std::optional<std::uint32_t> key = facts::keyNumber(text);
       if (!key) {
@@ -260,6 +298,13 @@ class Reader {
         break;
       }
       keys.push_back(*key);
+      if (between.empty() || !_markup.passAgain(between)) {
+        const PlainMarkup::Place place = _markup.place();
+        tag = _markup.next();
+        if (tag == kString) {
+          between = _markup.passedSince(place);
+        }
+      }
     }
     if (!keys.empty() && tag == kArrayEnd) {
       _filler.putKeyNumbers(keys);
@@ -324,6 +369,9 @@ class Reader {
   PhotoTable::Filler _filler;
   AlbumData _result;
   std::array<Names, kTop + 1> _names;
+  // By field: what came last behind its value, and what came before that.
+  std::array<std::array<Step, 2>, kForeseen> _steps;
+  std::vector<std::uint32_t> _keyNumbers;  // of the array that is read
   std::uint32_t _rareNumbers = 0;
   bool _keysAscend = true;
 };

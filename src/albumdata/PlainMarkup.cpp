@@ -7,6 +7,7 @@
 #include <emmintrin.h>
 #endif
 
+#include "../platform/Text.h"
 #include "../platform/detail/XmlCharacters.h"
 
 namespace mrziphoto {
@@ -41,6 +42,20 @@ inline const char* passPlain(const char* at) {
 #endif
 }
 
+/// The length of a character that is no printable one of ASCII but stands for itself in a text all
+/// the same; 0 for others.
+std::size_t foreignCharacter(std::string_view text) {
+  if (text.empty()) {
+    return 0;
+  }
+  if (detail::xml::isAscii(text.front())) {
+    return text.front() == '\n' || text.front() == '\t' ? 1 : 0;
+  }
+  // UTF-8 has no other characters that XML does not allow.
+  const bool isNoCharacter = text.starts_with("\xEF\xBF\xBE") || text.starts_with("\xEF\xBF\xBF");
+  return isNoCharacter ? 0 : text::characterLength(text);
+}
+
 /// The length of a name that is kept in a word.
 unsigned lengthOf(PlainMarkup::Tag name) {
   return (static_cast<unsigned>(std::bit_width(name)) + 7) / 8;
@@ -61,6 +76,7 @@ PlainMarkup::PlainMarkup(Read read, std::size_t window)
 }
 
 bool PlainMarkup::readOn() {
+  ++_moves;
   const auto kept = static_cast<std::size_t>(_end - _tag);
   const std::size_t passed = static_cast<std::size_t>(_at - _tag);
   if (kept > _size / 2) {
@@ -142,8 +158,12 @@ PlainMarkup::Tag PlainMarkup::unusualNext(const char* at) {
 std::string_view PlainMarkup::textOf(Tag element) {
   const unsigned length = lengthOf(element);
   const char* end = passPlain(_at);
-  if (!isEndTag(end, element, length)) {
-    return unusualTextOf(element);
+  while (!isEndTag(end, element, length)) {
+    const std::size_t passed = foreignCharacter({end, static_cast<std::size_t>(_end - end)});
+    if (passed == 0) {
+      return unusualTextOf(element);
+    }
+    end = passPlain(end + passed);
   }
   const std::string_view text(_at, static_cast<std::size_t>(end - _at));
   _at = end + kEndTag.size() + length + 1;
@@ -179,6 +199,15 @@ std::string_view PlainMarkup::unusualTextOf(Tag element) {
   } catch (const XmlFailure&) {
     throw Unusual{};
   }
+}
+
+PlainMarkup::Passage PlainMarkup::passedSince(const Place& place) const {
+  Passage passage;
+  if (place.moves == _moves) {
+    passage._bytes.assign(place.at, _at);
+    passage._tag = static_cast<std::size_t>(_tag - place.at);
+  }
+  return passage;
 }
 
 void PlainMarkup::finish() {

@@ -281,16 +281,16 @@ TEST(AlbumData, TellsAFaultInTheWordsOfTheGeneralReader) {
   const std::string whole = photoWith("<key>a</key><string>b</string>");
   const TemporaryFolder folder;
   for (const Fault& fault : {
-           Fault{whole.substr(0, whole.size() - 9), "the property list ends inside <plist> at line 1, byte 133"},
+           Fault{whole.substr(0, whole.size() - 8), "the property list ends inside <plist> at line 1, byte 130"},
            Fault{photoWith("<key>a</key><integer>1x</integer>"),
-                 "the property list has a malformed <integer> at line 1, byte 85"},
+                 "the property list has a malformed <integer> at line 1, byte 91"},
            Fault{photoWith("<key>a</key><string>\x01</string>"),
-                 "the property list has a character that XML does not allow at line 1, byte 93"},
+                 "the property list has a character that XML does not allow at line 1, byte 99"},
            Fault{photoWith("<key>a</key><string>\xC3(</string>"),
-                 "the property list has bytes that are not UTF-8 at line 1, byte 93"},
+                 "the property list has bytes that are not UTF-8 at line 1, byte 99"},
            Fault{photoWith("<key>a</key><date>2004-13-06T07:08:09Z</date>"),
-                 "the property list has a malformed <date> at line 1, byte 85"},
-           Fault{whole + "<!", "the property list goes on after its root element at line 1, byte 141"},
+                 "the property list has a malformed <date> at line 1, byte 91"},
+           Fault{whole + "<!", "the property list goes on after its root element at line 1, byte 138"},
        }) {
     folder.write("AlbumData.xml", fault.document);
     try {

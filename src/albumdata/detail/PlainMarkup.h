@@ -49,6 +49,36 @@ class PlainMarkup {
   [[nodiscard]] std::string_view element() const {
     return {_tag, static_cast<std::size_t>(_at - _tag)};
   }
+  /// A run of bytes that was passed: tags and what stands between them.
+  class Passage {
+   public:
+    [[nodiscard]] bool empty() const { return _bytes.empty(); }
+
+   private:
+    friend class PlainMarkup;
+    std::string _bytes;
+    std::size_t _tag = 0;  // the last start tag in it
+  };
+  /// Where something stands in the file.
+  struct Place {
+    const char* at;
+    std::uint64_t moves;
+  };
+  [[nodiscard]] Place place() const { return {_at, _moves}; }
+  /// What was passed since then, last of all a tag. The empty passage when it is no longer at hand.
+  [[nodiscard]] Passage passedSince(const Place& place) const;
+  /// Passes the very bytes of an earlier passage, if they come next. They need not be looked at
+  /// anew: files repeat themselves in what stands between texts.
+  bool passAgain(const Passage& passage) {
+    const std::size_t size = passage._bytes.size();
+    if (static_cast<std::size_t>(_end - _at) < size ||
+        std::memcmp(_at, passage._bytes.data(), size) != 0) {
+      return false;
+    }
+    _tag = _at + passage._tag;
+    _at += size;
+    return true;
+  }
   /// Passes what may follow the root element.
   void finish();
 
@@ -71,7 +101,8 @@ class PlainMarkup {
   bool _isAtEnd = false;
   const char* _at = nullptr;
   const char* _end = nullptr;
-  const char* _tag = nullptr;  // the start tag that was passed last
+  const char* _tag = nullptr;  // the tag that was passed last
+  std::uint64_t _moves = 0;    // of the window
   std::string _text;           // that does not stand in the file just as it is meant
 };
 
