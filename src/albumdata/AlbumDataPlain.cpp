@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "../platform/Date.h"
-#include "../platform/PropertyList.h"
 #include "../platform/NSException.h"
+#include "../platform/PropertyList.h"
 #include "detail/AlbumDataEntries.h"
 
 namespace mrziphoto {
@@ -45,8 +45,8 @@ constexpr std::size_t kForeseen = 96;
 constexpr std::uint32_t kMostRareNumbers = 1000;
 // Up to these, a quotient of two doubles is the double nearest to the decimal number.
 constexpr std::size_t kExactDigits = 15;
-constexpr std::array kPowersOfTen{1.0,  1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                  1e8,  1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+constexpr std::array kPowersOfTen{1.0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                  1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 
 constexpr bool isDigit(char each) { return static_cast<unsigned char>(each - '0') <= 9; }
 

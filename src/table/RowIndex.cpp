@@ -1,6 +1,6 @@
-#include <algorithm>
-
 #include "detail/RowIndex.h"
+
+#include <algorithm>
 
 namespace mrziphoto {
 namespace {

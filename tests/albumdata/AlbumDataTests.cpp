@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -7,6 +5,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include <MRZiPhoto/albumdata/detail/AlbumData.h>
 #include <MRZiPhoto/platform/NSException.h>
@@ -30,9 +30,7 @@ std::optional<AlbumData> readPlain(std::string_view document,
       window);
 }
 
-Value generally(std::string_view document) {
-  return propertyListFromData(Data::copyOf(document));
-}
+Value generally(std::string_view document) { return propertyListFromData(Data::copyOf(document)); }
 
 /// How a file lays its markup out.
 struct Layout {
@@ -43,9 +41,12 @@ struct Layout {
 };
 
 constexpr Layout kLayouts[]{
-    {"tabs", "\n", "\t", "\n"},       {"a line for key and value", "\n", "\t", ""},
-    {"blanks", "\n", "    ", " "},    {"a PC's line ends", "\r\n", "\t", "\r\n"},
-    {"an old Mac's", "\r", "\t", ""}, {"compact", "", "", ""},
+    {"tabs", "\n", "\t", "\n"},
+    {"a line for key and value", "\n", "\t", ""},
+    {"blanks", "\n", "    ", " "},
+    {"a PC's line ends", "\r\n", "\t", "\r\n"},
+    {"an old Mac's", "\r", "\t", ""},
+    {"compact", "", "", ""},
     {"blank lines", "\n\n\n", " ", "\n\n"},
 };
 
@@ -253,7 +254,8 @@ const std::vector<Unusual> kUnusual{
     {"a byte order mark", "\xEF\xBB\xBF" + photoWith("<key>a</key><true/>")},
     {"no plist around", "<dict><key>Archive Path</key><string>/a</string></dict>"},
     {"another value at the top", "<plist><array><string>a</string></array></plist>"},
-    {"deep nesting", [] {
+    {"deep nesting",
+     [] {
        std::string inside;
        for (int i = 0; i < 40; ++i) {
          inside = "<array>" + inside + "</array>";
@@ -281,7 +283,8 @@ TEST(AlbumData, TellsAFaultInTheWordsOfTheGeneralReader) {
   const std::string whole = photoWith("<key>a</key><string>b</string>");
   const TemporaryFolder folder;
   for (const Fault& fault : {
-           Fault{whole.substr(0, whole.size() - 8), "the property list ends inside <plist> at line 1, byte 130"},
+           Fault{whole.substr(0, whole.size() - 8),
+                 "the property list ends inside <plist> at line 1, byte 130"},
            Fault{photoWith("<key>a</key><integer>1x</integer>"),
                  "the property list has a malformed <integer> at line 1, byte 91"},
            Fault{photoWith("<key>a</key><string>\x01</string>"),
@@ -290,7 +293,8 @@ TEST(AlbumData, TellsAFaultInTheWordsOfTheGeneralReader) {
                  "the property list has bytes that are not UTF-8 at line 1, byte 99"},
            Fault{photoWith("<key>a</key><date>2004-13-06T07:08:09Z</date>"),
                  "the property list has a malformed <date> at line 1, byte 91"},
-           Fault{whole + "<!", "the property list goes on after its root element at line 1, byte 138"},
+           Fault{whole + "<!",
+                 "the property list goes on after its root element at line 1, byte 138"},
        }) {
     folder.write("AlbumData.xml", fault.document);
     try {
@@ -311,7 +315,8 @@ TEST(AlbumData, OfRealLibrariesIsPlain) {
   std::size_t read = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(files)) {
     const std::string name = entry.path().filename();
-    if (entry.path().extension() != ".xml" || !entry.is_regular_file() || name == "AlbumData2.xml") {
+    if (entry.path().extension() != ".xml" || !entry.is_regular_file() ||
+        name == "AlbumData2.xml") {
       continue;
     }
     std::ifstream file(entry.path(), std::ios::binary);

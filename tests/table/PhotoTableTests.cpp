@@ -1,9 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/platform/Dictionary.h>

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <optional>
@@ -7,6 +5,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include <MRZiPhoto/table/detail/FirstIndex.h>
 #include <MRZiPhoto/table/detail/RowIndex.h>

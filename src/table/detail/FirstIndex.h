@@ -30,7 +30,8 @@ inline std::uint64_t foldedProduct(std::uint64_t one, std::uint64_t other) {
 
 inline std::uint64_t keyedHash(std::uint64_t key, std::uint64_t secret) {
   constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15;
-  return foldedProduct(foldedProduct(key ^ secret, kOdd ^ std::rotl(secret, 32)) ^ kOdd, secret | 1);
+  return foldedProduct(foldedProduct(key ^ secret, kOdd ^ std::rotl(secret, 32)) ^ kOdd,
+                       secret | 1);
 }
 
 inline std::uint64_t keyedHash(std::string_view key, std::uint64_t secret) {

@@ -77,8 +77,8 @@ class PhotoFacts : public PhotoAnswers<PhotoFacts> {
   [[nodiscard]] const PhotoTable& table() const { return *_table; }
   /// True when the photo has that store, be there anything in it or not.
   [[nodiscard]] bool has(PhotoStore store) const {
-    return (static_cast<unsigned char>(*_table->_facts[_row]) >> static_cast<unsigned>(store) & 1) !=
-           0;
+    return (static_cast<unsigned char>(*_table->_facts[_row]) >> static_cast<unsigned>(store) &
+            1) != 0;
   }
   /// What the row says under that name; found by a walk over its facts.
   [[nodiscard]] Fact operator[](PhotoField field) const;
