@@ -206,7 +206,8 @@ class Reader {
     const PlainMarkup::Place place = _markup.place();
     const Entry entry = unforeseenEntry(before);
     std::swap(steps[0], steps[1]);
-    steps[0] = {_markup.passedSince(place), entry};
+    steps[0].entry = entry;
+    _markup.keepPassedSince(place, steps[0].passage);
     return entry;
   }
 
@@ -302,7 +303,7 @@ class Reader {
         const PlainMarkup::Place place = _markup.place();
         tag = _markup.next();
         if (tag == kString) {
-          between = _markup.passedSince(place);
+          _markup.keepPassedSince(place, between);
         }
       }
     }

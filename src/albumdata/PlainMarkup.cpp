@@ -201,13 +201,12 @@ std::string_view PlainMarkup::unusualTextOf(Tag element) {
   }
 }
 
-PlainMarkup::Passage PlainMarkup::passedSince(const Place& place) const {
-  Passage passage;
+void PlainMarkup::keepPassedSince(const Place& place, Passage& passage) const {
+  passage._bytes.clear();
   if (place.moves == _moves) {
     passage._bytes.assign(place.at, _at);
     passage._tag = static_cast<std::size_t>(_tag - place.at);
   }
-  return passage;
 }
 
 void PlainMarkup::finish() {

@@ -65,8 +65,9 @@ class PlainMarkup {
     std::uint64_t moves;
   };
   [[nodiscard]] Place place() const { return {_at, _moves}; }
-  /// What was passed since then, last of all a tag. The empty passage when it is no longer at hand.
-  [[nodiscard]] Passage passedSince(const Place& place) const;
+  /// Makes `passage` what was passed since then, last of all a tag; the empty passage when that is
+  /// no longer at hand.
+  void keepPassedSince(const Place& place, Passage& passage) const;
   /// Passes the very bytes of an earlier passage, if they come next. They need not be looked at
   /// anew: files repeat themselves in what stands between texts.
   bool passAgain(const Passage& passage) {
