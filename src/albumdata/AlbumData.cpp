@@ -3,7 +3,6 @@
 #include <array>
 
 #include "../platform/Dictionary.h"
-#include "../platform/FileManager.h"
 #include "../platform/Limits.h"
 #include "../platform/PropertyList.h"
 #include "../platform/detail/OpenFile.h"
@@ -11,8 +10,9 @@
 
 namespace mrziphoto {
 
-AlbumData AlbumData::read(const std::string& path) {
-  const auto file = detail::OpenFile::atPath(path);
+AlbumData AlbumData::read(const std::string& path, std::optional<FileFailure>* failure) {
+  FileFailure why;
+  const auto file = detail::OpenFile::atPath(path, &why);
   if (file && file->size() <= Limits::current().fileSize) {
     std::uint64_t offset = 0;
     const auto readNext = [&](std::span<char> room) {
@@ -24,7 +24,10 @@ AlbumData AlbumData::read(const std::string& path) {
       return std::move(*plain);
     }
   }
-  const std::optional<Data> bytes = FileManager::contents(path);
+  const std::optional<Data> bytes = file ? file->contents(&why) : std::nullopt;
+  if (!bytes && failure != nullptr) {
+    *failure = std::move(why);
+  }
   return fromPropertyList(bytes ? propertyListFromData(*bytes) : Value());
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "../platform/Date.h"
+#include "../platform/Limits.h"
 #include "../platform/NSException.h"
 #include "../platform/PropertyList.h"
 #include "detail/AlbumDataEntries.h"
@@ -38,6 +39,8 @@ constexpr Tag kPropertyListEnd = PlainMarkup::end("plist");
 constexpr std::size_t kDeepest = 16;
 // The level of the one dictionary around all others; the photos' dictionaries are at 0.
 constexpr std::size_t kTop = kDeepest;
+// The dictionaries around a photo's values: its own, that of all photos, and the one around all.
+constexpr std::uint32_t kLevelsAround = 3;
 // Fields behind whose values the next one is foreseen.
 constexpr std::size_t kForeseen = 96;
 // So many numbers in rare forms are read by themselves before the whole file is left to the general
@@ -380,6 +383,10 @@ class Reader {
 }  // namespace
 
 std::optional<AlbumData> AlbumData::fromPlainMarkup(PlainMarkup::Read read, std::size_t window) {
+  // Whoever allows fewer levels than are passed here wants them counted.
+  if (Limits::current().nesting < kDeepest + kLevelsAround) {
+    return std::nullopt;
+  }
   PlainMarkup markup(std::move(read), window);
   try {
     return Reader(markup).read();

@@ -23,7 +23,9 @@
 
 namespace mrziphoto {
 
+class Fact;
 class NSException;
+class PhotoTable;
 class RecordDatabase;
 class TVQiPhotoCodedStreamData;
 
@@ -169,11 +171,11 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
 
   // The album data.
   void takeArchivePath(const std::optional<std::string>& recorded, const std::string& folder);
-  void loadImageRecords(const Value& masterImageList);
-  void noticeStandIn(std::string_view what, const Value& list);
-  void loadAlbums(const Value& listOfAlbums);
-  void loadRolls(const Value& listOfRolls);
-  void loadKeywords(const Value& listOfKeywords);
+  void loadImageRecords(const Ref<PhotoTable>& photos);
+  void noticeStandIn(std::string_view what);
+  void loadAlbums(const Fact& listOfAlbums);
+  void loadRolls(const Fact& listOfRolls);
+  void loadKeywords(const Fact& listOfKeywords);
 
   DatabaseReference _database;
   std::string _loadedFrom;
@@ -194,7 +196,6 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   Value _keywords;
   OwnedList<Keyword> _keywordList;
   Value _nextKeywordKey;
-  Value _xmlAlbumData;
   OwnedList<Album> _albums = OwnedList<Album>::makeEmpty();
   Ref<ArchiveAlbum> _archiveAlbum;
   std::uint32_t _albumsLeftOut = 0;

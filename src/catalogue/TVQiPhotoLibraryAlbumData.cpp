@@ -2,89 +2,72 @@
 
 #include <array>
 
+#include "../albumdata/detail/AlbumData.h"
 #include "../albums/ArchiveAlbum.h"
-#include "../platform/Array.h"
 #include "../platform/Dictionary.h"
-#include "../platform/FileManager.h"
 #include "../platform/Log.h"
 #include "../platform/Path.h"
-#include "../platform/PropertyList.h"
 #include "TVQiPhotoLibrary.h"
 #include "TVQiPhotoLibraryIndexesPrivate.h"
 
 namespace mrziphoto {
 namespace {
 
-constexpr std::string_view kMasterImageList = "Master Image List";
-constexpr std::string_view kArchivePath = "Archive Path";
-constexpr std::string_view kListOfAlbums = "List of Albums";
-constexpr std::string_view kListOfRolls = "List of Rolls";
-constexpr std::string_view kListOfKeywords = "List of Keywords";
-
-/// Calls `use` for every dictionary in an array of them.
+/// Calls `use` for every dictionary in an array of them, which are made one at a time.
 template <class Use>
-void forEachDictionary(const Value& list, Use&& use) {
-  if (const Ref<Array> array = list.array()) {
-    for (const Value& element : *array) {
-      if (const Ref<Dictionary> dictionary = element.dictionary()) {
-        use(*dictionary);
-      }
+void forEachDictionary(const Fact& list, Use&& use) {
+  list.forEachElement([&use](const Fact& element) {
+    if (element.kind() == FactKind::dictionary) {
+      use(*element.value().dictionary());
     }
-  }
+  });
 }
 
 }  // namespace
 
 void TVQiPhotoLibrary::loadFromXML(const std::string& folder) {
-  FileFailure failure;
-  const std::optional<Data> bytes =
-      FileManager::contents(path::join(folder, kAlbumDataFile), &failure);
-  if (!bytes) {
-    // Beside a catalogue of its own, album data is a copy that need not be there.
-    if (failure.cause != FileFailure::Cause::notThere || _version > kLastCodedVersion) {
-      _notices.push_back({failure.sentence(), failure.path, {}});
-    }
-    _albumDataFailure = std::move(failure);
+  const AlbumData data = AlbumData::read(path::join(folder, kAlbumDataFile), &_albumDataFailure);
+  // Beside a catalogue of its own, album data is a copy that need not be there.
+  if (_albumDataFailure &&
+      (_albumDataFailure->cause != FileFailure::Cause::notThere || _version > kLastCodedVersion)) {
+    _notices.push_back({_albumDataFailure->sentence(), _albumDataFailure->path, {}});
   }
-  _xmlAlbumData = bytes ? propertyListFromData(*bytes) : Value();
-  const Ref<Dictionary> top = _xmlAlbumData.dictionary();
-  const auto entry = [&top](std::string_view name) { return top ? top->get(name) : Value(); };
 
-  takeArchivePath(entry(kArchivePath).text(), folder);
-  loadImageRecords(entry(kMasterImageList));
-  if (_photoImageRecRefs.isNothing()) {
-    noticeStandIn("photos", entry(kMasterImageList));
+  takeArchivePath(data.archivePath.value().text(), folder);
+  loadImageRecords(data.photos);
+  if (_photoImageRecRefs.isNothing() && data.photos->size() != 0) {
+    noticeStandIn("photos");
   }
 
   struct StandIn {
     std::string_view what;
-    std::string_view entry;
+    Fact AlbumData::*entry;
     std::uint32_t (TVQiPhotoLibrary::*count)() const;
-    void (TVQiPhotoLibrary::*load)(const Value& list);
+    void (TVQiPhotoLibrary::*load)(const Fact& list);
   };
   static constexpr std::array kStandIns{
-      StandIn{"albums", kListOfAlbums, &TVQiPhotoLibrary::numberOfAlbums,
+      StandIn{"albums", &AlbumData::albums, &TVQiPhotoLibrary::numberOfAlbums,
               &TVQiPhotoLibrary::loadAlbums},
-      StandIn{"rolls", kListOfRolls, &TVQiPhotoLibrary::numberOfRolls,
+      StandIn{"rolls", &AlbumData::rolls, &TVQiPhotoLibrary::numberOfRolls,
               &TVQiPhotoLibrary::loadRolls},
-      StandIn{"keywords", kListOfKeywords, &TVQiPhotoLibrary::numberOfKeywords,
+      StandIn{"keywords", &AlbumData::keywords, &TVQiPhotoLibrary::numberOfKeywords,
               &TVQiPhotoLibrary::loadKeywords},
   };
   for (const StandIn& each : kStandIns) {
+    const Fact& list = data.*each.entry;
     if ((this->*each.count)() == 0) {
-      noticeStandIn(each.what, entry(each.entry));
-      (this->*each.load)(entry(each.entry));
+      if (list.holdsAny()) {
+        noticeStandIn(each.what);
+      }
+      (this->*each.load)(list);
     }
   }
   noticeLeftOut(path::join(folder, kAlbumDataFile));
 }
 
 /// What album data says may be older or less than what a damaged catalogue has lost.
-void TVQiPhotoLibrary::noticeStandIn(std::string_view what, const Value& list) {
-  const Ref<Array> array = list.array();
-  const Ref<Dictionary> dictionary = list.dictionary();
-  const bool isEmpty = !(array && !array->empty()) && !(dictionary && !dictionary->empty());
-  if (!_notices.empty() && !isEmpty) {
+void TVQiPhotoLibrary::noticeStandIn(std::string_view what) {
+  if (!_notices.empty()) {
     _notices.push_back(
         {format("the %@ are those of '%@': none could be read from the damaged "
                 "catalogue '%@'",
@@ -104,21 +87,17 @@ void TVQiPhotoLibrary::takeArchivePath(const std::optional<std::string>& recorde
   _archivePath = folder;
 }
 
-void TVQiPhotoLibrary::loadImageRecords(const Value& masterImageList) {
-  const Ref<Dictionary> images = masterImageList.dictionary();
+void TVQiPhotoLibrary::loadImageRecords(const Ref<PhotoTable>& photos) {
   List<ImageRecRef>::Items records;
-  if (images) {
-    records.reserve(images->size());
-    for (const Dictionary::Entry& image : *images) {
-      const Ref<ImageRecRef> record = ImageRecRef::init();
-      record->setImageInfoForKeyString(image.value.dictionary(), image.key.text());
-      records.push_back(record);
-    }
+  records.reserve(photos->size());
+  for (std::uint32_t row = 0; row < photos->size(); ++row) {
+    records.push_back(ImageRecRef::init());
+    records.back()->setRow(photos, row);
   }
   _imageRecRefs = OwnedList<ImageRecRef>(std::move(records));
 }
 
-void TVQiPhotoLibrary::loadAlbums(const Value& listOfAlbums) {
+void TVQiPhotoLibrary::loadAlbums(const Fact& listOfAlbums) {
   forEachDictionary(listOfAlbums, [this](const Dictionary& albumData) {
     if (hasRoomForAlbum()) {
       addAlbum(Album::initWithDictionary<Album>(albumData));
@@ -126,7 +105,7 @@ void TVQiPhotoLibrary::loadAlbums(const Value& listOfAlbums) {
   });
 }
 
-void TVQiPhotoLibrary::loadRolls(const Value& listOfRolls) {
+void TVQiPhotoLibrary::loadRolls(const Fact& listOfRolls) {
   _archiveAlbum = Album::init<ArchiveAlbum>();
   forEachDictionary(listOfRolls, [this](const Dictionary& albumData) {
     if (hasRoomForRoll()) {
@@ -135,17 +114,15 @@ void TVQiPhotoLibrary::loadRolls(const Value& listOfRolls) {
   });
 }
 
-void TVQiPhotoLibrary::loadKeywords(const Value& listOfKeywords) {
+void TVQiPhotoLibrary::loadKeywords(const Fact& listOfKeywords) {
   _keywords = {};
   _keywordList = OwnedList<Keyword>::makeEmpty();
   _keywordIndex.reset();
-  if (const Ref<Dictionary> keywords = listOfKeywords.dictionary()) {
-    for (const Dictionary::Entry& keyword : *keywords) {
-      addKeyword(Keyword::initWithDictionary(
-          Dictionary{{Keyword::kString, keyword.value},
-                     {Keyword::kKey, Key::initWithKeyString(keyword.key.text())}}));
-    }
-  }
+  listOfKeywords.forEachEntry([&](std::uint32_t name, const Fact& keyword) {
+    const std::string key(listOfKeywords.table().name(name).text());
+    addKeyword(Keyword::initWithDictionary(Dictionary{
+        {Keyword::kString, keyword.value()}, {Keyword::kKey, Key::initWithKeyString(key)}}));
+  });
 }
 
 }  // namespace mrziphoto

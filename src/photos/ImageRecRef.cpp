@@ -12,6 +12,7 @@
 #include "../platform/NSException.h"
 #include "../platform/NSUnarchiver.h"
 #include "../platform/Path.h"
+#include "../table/detail/PhotoFacts.h"
 #include "ImageRecRefOnRequestPrivate.h"
 #include "PhotoFolder.h"
 #include "RecordDatabase.h"
@@ -30,15 +31,24 @@ ImageRecRef::OnRequest& ImageRecRef::onRequest() const {
 
 void ImageRecRef::setImageInfoForKey(Ref<Dictionary> imageInfo, std::uint32_t key) {
   givenStores().imageInfo = std::move(imageInfo);
+  _table = nullptr;
   takeKey(key);
 }
 
 void ImageRecRef::setSourceForKey(Ref<RecordSource> source, std::uint32_t position,
                                   std::uint32_t key) {
   _source = std::move(source);
-  _sourcePosition = position;
+  _table = nullptr;
+  _position = position;
   _isTakenFromSource = false;
   takeKey(key);
+}
+
+void ImageRecRef::setRow(Ref<PhotoTable> table, std::uint32_t row) {
+  givenStores() = {};
+  _table = std::move(table);
+  _position = row;
+  takeKey(_table->keys()[row]);
 }
 
 namespace {
@@ -61,7 +71,7 @@ void ImageRecRef::takeKey(std::uint32_t key) {
 /// The record's stores, asked of its source when that was not done yet.
 RecordStores& ImageRecRef::stores() const {
   if (_source && !_isTakenFromSource) {
-    _stores = _source->stores(_sourcePosition);
+    _stores = _source->stores(_position);
     _isTakenFromSource = true;
   }
   return _stores;
@@ -113,11 +123,16 @@ Value ImageRecRef::archived(std::string_view name) const {
   return _dictionary ? _dictionary->get(name) : Value();
 }
 
-const Ref<Dictionary>& ImageRecRef::imageInfo() const { return stores().imageInfo; }
+bool ImageRecRef::hasImageInfo() const {
+  return _table ? (*_table)[_position].has(PhotoStore::imageInfo) : stores().imageInfo != nullptr;
+}
 
-Value ImageRecRef::imageInfo(std::string_view name) const {
-  const Ref<Dictionary>& entries = imageInfo();
-  return entries ? entries->get(name) : Value();
+Value ImageRecRef::imageInfo(PhotoField field) const {
+  if (_table) {
+    return (*_table)[_position][field].value();
+  }
+  const Ref<Dictionary>& entries = stores().imageInfo;
+  return entries ? entries->get(kPhotoFields[indexOf(field)].name) : Value();
 }
 
 Value ImageRecRef::attribute(std::string_view name) const {
@@ -167,7 +182,7 @@ Value ImageRecRef::rollKey() const {
     return archived(kRoll);
   }
   const Ref<ImageRec> store = info();
-  return store ? store->rollKey() : imageInfo(kRoll);
+  return store ? store->rollKey() : imageInfo(PhotoField::infoRoll);
 }
 
 std::optional<Date> ImageRecRef::date() const {
@@ -179,34 +194,34 @@ std::optional<Date> ImageRecRef::date() const {
 }
 
 std::optional<Date> ImageRecRef::attributeDate(std::string_view attributeName,
-                                               std::string_view infoName) const {
+                                               PhotoField infoField) const {
   if (const std::optional<Date> date = attribute(attributeName).date()) {
     return date;
   }
-  const Value seconds = imageInfo(infoName);
+  const Value seconds = imageInfo(infoField);
   return seconds.isNumber() ? std::optional(Date{seconds.doubleValue()}) : std::nullopt;
 }
 
 std::optional<Date> ImageRecRef::archiveDate() const {
-  return attributeDate(AttributeMgr::kArchiveDate, kDateAsTimerInterval);
+  return attributeDate(AttributeMgr::kArchiveDate, PhotoField::infoDate);
 }
 
 std::optional<Date> ImageRecRef::modificationDate() const {
-  return attributeDate(AttributeMgr::kModDate, kModDateAsTimerInterval);
+  return attributeDate(AttributeMgr::kModDate, PhotoField::infoModificationDate);
 }
 
 std::optional<std::string> ImageRecRef::attributeText(std::string_view attributeName,
-                                                      std::string_view infoName) const {
+                                                      PhotoField infoField) const {
   const Value stored = attribute(attributeName);
-  return stored.isNothing() ? imageInfo(infoName).text() : stored.text();
+  return stored.isNothing() ? imageInfo(infoField).text() : stored.text();
 }
 
 std::optional<std::string> ImageRecRef::annotation() const {
-  return attributeText(AttributeMgr::kAnnotation, kComment);
+  return attributeText(AttributeMgr::kAnnotation, PhotoField::infoComment);
 }
 
 std::optional<std::string> ImageRecRef::caption() const {
-  return attributeText(AttributeMgr::kCaption, kCaption);
+  return attributeText(AttributeMgr::kCaption, PhotoField::infoCaption);
 }
 
 std::string ImageRecRef::extension() const {
@@ -221,9 +236,9 @@ std::optional<std::string> ImageRecRef::originalFilename() const {
   if (const Value name = attribute(AttributeMgr::kOrigFileName); !name.isNothing()) {
     return name.text();
   }
-  Value recorded = imageInfo(kOriginalPath);
+  Value recorded = imageInfo(PhotoField::originalPath);
   if (recorded.isNothing()) {
-    recorded = imageInfo(kImagePath);
+    recorded = imageInfo(PhotoField::imagePath);
   }
   const std::optional<std::string> original = recorded.text();
   return original ? std::optional(path::lastComponent(*original)) : std::nullopt;
@@ -263,7 +278,7 @@ Value ImageRecRef::keywords() const {
   if (Value stored = attribute(AttributeMgr::kKeyWords); !stored.isNothing()) {
     return stored;
   }
-  const Ref<Array> listed = imageInfo(kKeywords).array();
+  const Ref<Array> listed = imageInfo(PhotoField::infoKeywords).array();
   if (!listed) {
     return make<Array>();
   }
@@ -288,7 +303,7 @@ std::optional<std::string> ImageRecRef::updated(const std::optional<std::string>
 /// The folder of the recorded image path. A host may have told the database of a library that lies
 /// elsewhere; both ways of rewriting paths are applied, each where it fits.
 std::optional<std::string> ImageRecRef::directoryFromImageInfo() const {
-  std::optional<std::string> image = imageInfo(kImagePath).text();
+  std::optional<std::string> image = imageInfo(PhotoField::imagePath).text();
   if (!image) {
     return std::nullopt;
   }
@@ -312,7 +327,7 @@ Ref<PhotoFolder> ImageRecRef::folder() const {
     return _directory;
   }
   std::optional<std::string> path;
-  if (imageInfo()) {
+  if (hasImageInfo()) {
     path = directoryFromImageInfo();
   } else if (_database != nullptr) {
     path = _database->directoryForKey(directoryKey());
@@ -365,8 +380,8 @@ std::optional<std::string> ImageRecRef::_filename() const {
   if (std::optional<std::string> name = store ? store->fileName() : std::nullopt) {
     return name;
   }
-  if (imageInfo()) {
-    const std::optional<std::string> image = imageInfo(kImagePath).text();
+  if (hasImageInfo()) {
+    const std::optional<std::string> image = imageInfo(PhotoField::imagePath).text();
     return image ? std::optional(path::lastComponent(*image)) : std::nullopt;
   }
   return path::withExtension(keyStringValue(), extension());
@@ -378,7 +393,7 @@ std::optional<std::string> ImageRecRef::filepath() const {
 }
 
 std::optional<std::string> ImageRecRef::imagePath() const {
-  if (const Value recorded = imageInfo(kImagePath); !recorded.isNothing()) {
+  if (const Value recorded = imageInfo(PhotoField::imagePath); !recorded.isNothing()) {
     return updated(recorded.text());
   }
   const std::optional<std::string> folder = _imageDirectory();

@@ -20,8 +20,10 @@ namespace mrziphoto {
 
 class NSImage;
 class PhotoFolder;
+class PhotoTable;
 class RecordDatabase;
 class TVQiPhotoUserData;
+enum class PhotoField : std::uint8_t;
 
 /// One photo of a library; a record without a roll key stands for a film roll instead.
 ///
@@ -48,6 +50,8 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   /// Gives the record its image key now, and leaves the image info and the stores to `source`,
   /// which is asked when the first of them is. What a source throws is thrown to whoever asked.
   void setSourceForKey(Ref<RecordSource> source, std::uint32_t position, std::uint32_t key);
+  /// Gives the record a row of a table, which holds its image key and answers for its image info.
+  void setRow(Ref<PhotoTable> table, std::uint32_t row);
   /// Lets go of what can be worked out again: stores that a source makes, camera values, images.
   /// What was given to the record stays. For hosts that go through a large library once.
   void unload();
@@ -212,16 +216,16 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
 
   [[nodiscard]] OnRequest& onRequest() const;
   [[nodiscard]] Value archived(std::string_view name) const;
-  [[nodiscard]] const Ref<Dictionary>& imageInfo() const;
-  [[nodiscard]] Value imageInfo(std::string_view name) const;
+  [[nodiscard]] bool hasImageInfo() const;
+  [[nodiscard]] Value imageInfo(PhotoField field) const;
   void takeKey(std::uint32_t key);
   [[nodiscard]] RecordStores& stores() const;
   [[nodiscard]] RecordStores& givenStores();
   [[nodiscard]] Value attribute(std::string_view name) const;
   [[nodiscard]] std::optional<std::string> attributeText(std::string_view attributeName,
-                                                         std::string_view infoName) const;
+                                                         PhotoField infoField) const;
   [[nodiscard]] std::optional<Date> attributeDate(std::string_view attributeName,
-                                                  std::string_view infoName) const;
+                                                  PhotoField infoField) const;
   [[nodiscard]] std::optional<std::string> updated(const std::optional<std::string>& path) const;
   [[nodiscard]] std::optional<std::string> directoryFromImageInfo() const;
   [[nodiscard]] Ref<PhotoFolder> folder() const;
@@ -246,7 +250,9 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   // What only some photos are ever asked for.
   mutable std::unique_ptr<OnRequest> _onRequest;
   Ref<RecordSource> _source;
-  std::uint32_t _sourcePosition = 0;
+  // Stands for the image info in `_stores`.
+  Ref<PhotoTable> _table;
+  std::uint32_t _position = 0;  // in the source or the table
   std::uint32_t _imageKey = 0;
 };
 

@@ -7,6 +7,7 @@
 #include "../platform/ClassRegistry.h"
 #include "../platform/NSImage.h"
 #include "../platform/Path.h"
+#include "../table/detail/PhotoField.h"
 #include "ImageRecRef.h"
 #include "ImageRecRefOnRequestPrivate.h"
 #include "RecordDatabase.h"
@@ -37,8 +38,8 @@ std::optional<std::string> ImageRecRef::thumbnailDirectory() const {
 }
 
 std::optional<std::string> ImageRecRef::thumbnailPath() const {
-  for (const std::string_view name : {kImageThumbnailPath, kThumbPath}) {
-    if (const Value recorded = imageInfo(name); !recorded.isNothing()) {
+  for (const PhotoField field : {PhotoField::imageThumbnailPath, PhotoField::thumbPath}) {
+    if (const Value recorded = imageInfo(field); !recorded.isNothing()) {
       return updated(recorded.text());
     }
   }
@@ -60,7 +61,7 @@ std::optional<std::string> ImageRecRef::originalImageDirectory() const {
 }
 
 std::optional<std::string> ImageRecRef::originalImagePath() const {
-  if (const Value recorded = imageInfo(kImageOriginalPath); !recorded.isNothing()) {
+  if (const Value recorded = imageInfo(PhotoField::imageOriginalPath); !recorded.isNothing()) {
     return recorded.text();
   }
   return joined(originalImageDirectory(), _originalImageFilename());
@@ -68,8 +69,9 @@ std::optional<std::string> ImageRecRef::originalImagePath() const {
 
 std::optional<std::string> ImageRecRef::recordedOriginalPath() const {
   // Only album data tells paths as they were when the library lay elsewhere.
-  const Value recorded = imageInfo(kImageOriginalPath);
-  return recorded.isNothing() ? updated(imageInfo(kOriginalPath).text()) : recorded.text();
+  const Value recorded = imageInfo(PhotoField::imageOriginalPath);
+  return recorded.isNothing() ? updated(imageInfo(PhotoField::originalPath).text())
+                              : recorded.text();
 }
 
 bool ImageRecRef::hasBeenEdited() const {

@@ -67,7 +67,7 @@ Ref<ImageRec> ImageRecRef::info() const {
 void ImageRecRef::loadInfo() const {
   const ReadingRules::Scope scope(rulesOf(_database.get()));
   const Ref<ImageRec> handedIn = dbInfo();
-  const bool inDataFolder = handedIn || imageInfo();
+  const bool inDataFolder = handedIn || hasImageInfo();
   const Ref<PhotoFolder> found = folder();
   const std::string name = keyStringValue();
   if (found && found->holdsStore(inDataFolder, name)) {
@@ -104,7 +104,7 @@ void ImageRecRef::loadImageAttributes() const {
     // Without a folder there is no file, not even one that lies where the process runs.
     std::optional<std::string> file;
     if (found) {
-      file = path::join(found->storeFolder(handedIn || imageInfo()), name);
+      file = path::join(found->storeFolder(handedIn || hasImageInfo()), name);
     }
     try {
       FileFailure failure;

@@ -71,6 +71,13 @@ const char* facts::behind(FactKind kind, const char* at) {
   return at;
 }
 
+bool Fact::holdsAny() const {
+  // Their payload begins with a count, or with what tells of the first element.
+  return (_kind == FactKind::keyNumbers || _kind == FactKind::array ||
+          _kind == FactKind::dictionary) &&
+         *_payload != 0;
+}
+
 std::optional<FactText> Fact::text() const {
   const char* at = _payload;
   if (_kind == FactKind::text) {

@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/albumdata/detail/AlbumData.h>
+#include <MRZiPhoto/platform/FileFailure.h>
+#include <MRZiPhoto/platform/Limits.h>
 #include <MRZiPhoto/platform/NSException.h>
 #include <MRZiPhoto/platform/PropertyList.h>
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
@@ -304,7 +306,34 @@ TEST(AlbumData, TellsAFaultInTheWordsOfTheGeneralReader) {
       EXPECT_EQ(exception.reason(), fault.reason) << fault.document;
     }
   }
-  EXPECT_EQ(AlbumData::read(folder / "missing.xml").photos->size(), 0U);
+
+  std::optional<FileFailure> failure;
+  EXPECT_EQ(AlbumData::read(folder / "missing.xml", &failure).photos->size(), 0U);
+  EXPECT_EQ(failure.value().sentence(),
+            '\'' + (folder / "missing.xml") + "' cannot be read: No such file or directory");
+}
+
+TEST(AlbumData, GoesByTheLimits) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "AlbumData.xml";
+  const std::string text =
+      "<plist version=\"1.0\"><dict><key>Archive Path</key><string>/L</string></dict></plist>";
+  std::ofstream(path) << text;
+  Limits limits;
+  limits.nesting = 0;
+  EXPECT_THROW(
+      {
+        const Limits::Scope scope(limits);
+        AlbumData::read(path);
+      },
+      NSException);
+
+  limits = {};
+  limits.fileSize = text.size() - 1;
+  const Limits::Scope scope(limits);
+  std::optional<FileFailure> failure;
+  EXPECT_TRUE(AlbumData::read(path, &failure).archivePath.isNothing());
+  EXPECT_EQ(failure.value().cause, FileFailure::Cause::tooLarge);
 }
 
 TEST(AlbumData, OfRealLibrariesIsPlain) {

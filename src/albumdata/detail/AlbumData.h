@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "../../platform/Data.h"
+#include "../../platform/FileFailure.h"
 #include "../../platform/Value.h"
 #include "../../table/detail/Fact.h"
 #include "../../table/detail/PhotoTable.h"
@@ -24,7 +25,6 @@ struct AlbumData {
   Fact rolls;
   Fact keywords;
 
-  static constexpr std::string_view kFile = "AlbumData.xml";
   static constexpr std::string_view kMasterImageList = "Master Image List";
   static constexpr std::string_view kArchivePath = "Archive Path";
   static constexpr std::string_view kListOfAlbums = "List of Albums";
@@ -32,8 +32,8 @@ struct AlbumData {
   static constexpr std::string_view kListOfKeywords = "List of Keywords";
 
   /// The file at that path; one without photos and without anything beside them where it cannot be
-  /// read. Throws NSException for a file that is no property list.
-  static AlbumData read(const std::string& path);
+  /// read, and `failure` then tells why. Throws NSException for a file that is no property list.
+  static AlbumData read(const std::string& path, std::optional<FileFailure>* failure = nullptr);
 
   // The two ways in which `read` goes.
 

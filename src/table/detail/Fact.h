@@ -131,6 +131,8 @@ class Fact {
   [[nodiscard]] const char* payload() const { return _payload; }
   [[nodiscard]] const PhotoTable& table() const { return *_table; }
 
+  /// True for an array or a dictionary that is not empty.
+  [[nodiscard]] bool holdsAny() const;
   /// A text or a path; nothing for all other kinds.
   [[nodiscard]] std::optional<FactText> text() const;
   /// A number or a boolean; nothing for all other kinds.
