@@ -1,9 +1,9 @@
 #include "detail/AlbumData.h"
 
+#include <algorithm>
 #include <array>
 
 #include "../platform/Dictionary.h"
-#include "../platform/Limits.h"
 #include "../platform/PropertyList.h"
 #include "../platform/detail/OpenFile.h"
 #include "detail/AlbumDataEntries.h"
@@ -13,10 +13,12 @@ namespace mrziphoto {
 AlbumData AlbumData::read(const std::string& path, std::optional<FileFailure>* failure) {
   FileFailure why;
   const auto file = detail::OpenFile::atPath(path, &why);
-  if (file && file->size() <= Limits::current().fileSize) {
+  if (file && file->mayBeReadWhole()) {
+    // As far as the file went when it was opened: while it is read it may grow without an end.
     std::uint64_t offset = 0;
     const auto readNext = [&](std::span<char> room) {
-      const std::size_t got = file->readInto(room, offset);
+      const std::uint64_t count = std::min<std::uint64_t>(room.size(), file->size() - offset);
+      const std::size_t got = file->readInto(room.first(static_cast<std::size_t>(count)), offset);
       offset += got;
       return got;
     };

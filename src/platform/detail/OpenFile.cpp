@@ -27,6 +27,9 @@ constexpr std::uint64_t kLargestFile = 0xFFFFFFFF;
 constexpr std::size_t kLarge = std::size_t{16} << 20;
 constexpr std::uint64_t kBlock = 512;  // the unit of st_blocks, whatever the file system's is
 
+/// Of a file that is read as a whole.
+std::uint64_t mostBytes() { return std::min(Limits::current().fileSize, kLargestFile); }
+
 void tell(FileFailure* failure, FileFailure why) {
   if (failure != nullptr) {
     *failure = std::move(why);
@@ -176,12 +179,13 @@ Data OpenFile::read(std::uint64_t offset, std::size_t count) const {
   return result.slice(0, got);
 }
 
+bool OpenFile::mayBeReadWhole() const { return _size <= mostBytes(); }
+
 std::optional<Data> OpenFile::contents(FileFailure* failure) const {
-  const std::uint64_t most = std::min(Limits::current().fileSize, kLargestFile);
-  if (_size > most) {
+  if (!mayBeReadWhole()) {
     tell(failure, {Cause::tooLarge, _path,
                    "its " + std::to_string(_size) + " bytes are more than the " +
-                       std::to_string(most) + " that are allowed"});
+                       std::to_string(mostBytes()) + " that are allowed"});
     return std::nullopt;
   }
   const auto size = static_cast<std::size_t>(_size);

@@ -33,6 +33,8 @@ class OpenFile {
   /// holes, only what is written in it takes memory. Nothing when there are more bytes than
   /// `Limits::fileSize`, or reading fails.
   [[nodiscard]] std::optional<Data> contents(FileFailure* failure = nullptr) const;
+  /// True for a file of no more bytes than `contents` reads.
+  [[nodiscard]] bool mayBeReadWhole() const;
   /// Reads as many bytes from there as there are, up to the size of `room`; answers how many.
   [[nodiscard]] std::size_t readInto(std::span<char> room, std::uint64_t offset) const;
 
