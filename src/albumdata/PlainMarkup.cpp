@@ -138,6 +138,14 @@ void PlainMarkup::passProlog() {
 
 PlainMarkup::Tag PlainMarkup::unusualNext(const char* at) {
   _tag = _at = at;
+  // White space may fill one window after the other.
+  while (at == _end) {
+    if (!readOn()) {
+      throw Unusual{};
+    }
+    at = detail::xml::passAll(detail::xml::kSpace, _at, _end);
+    _tag = _at = at;
+  }
   const bool isEnd = at[0] == '<' && at[1] == '/';
   const std::uint64_t word = markup::load(at + (isEnd ? 2 : 1));
   const unsigned length = markup::lettersIn(word);
