@@ -21,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mode_t kEverybody = 0666;  // what the user's mask leaves of it
+constexpr mode_t kOwner = 0600;
 constexpr int kMostNames = 100;
 constexpr int kMostLinks = 40;
 constexpr const char* kProcesses = "/proc";
@@ -77,8 +78,9 @@ std::optional<int> descriptorAt(const fs::path& place) {
   int number = 0;
   const std::string name = place.filename();
   const auto* end = name.data() + name.size();
+  const auto read = std::from_chars(name.data(), end, number);
   const bool isOwn = place.parent_path() == fs::canonical("/proc/self/fd", error) &&
-                     std::from_chars(name.data(), end, number).ptr == end;
+                     read.ec == std::errc() && read.ptr == end;
   return isOwn ? std::optional(number) : std::nullopt;
 }
 
@@ -117,12 +119,16 @@ NewFile::~NewFile() {
 
 void NewFile::makeScratchFile() {
   const fs::path folder = _place.parent_path();
+  struct stat before {};
+  const bool takesOver = stat(_place.c_str(), &before) == 0;
+  // Until it has the modes of the file before it, nobody else may open it.
+  const mode_t mode = takesOver ? kOwner : kEverybody;
   const SignalsWait noneUntilItIsKnown;
   int descriptor = -1;
   for (int i = 0; i < kMostNames && descriptor < 0; ++i) {
     const std::string name = ".mrziphoto-" + std::to_string(getpid()) + '-' + std::to_string(i);
     _scratch = (folder / name).string();
-    descriptor = open(_scratch.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kEverybody);
+    descriptor = open(_scratch.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (descriptor < 0 && errno != EEXIST) {
       break;
     }
@@ -132,8 +138,7 @@ void NewFile::makeScratchFile() {
     return;
   }
   _removal.emplace(_scratch.c_str());
-  struct stat before {};
-  if (stat(_place.c_str(), &before) == 0) {
+  if (takesOver) {
     // Where that cannot be, such as on file systems without modes, the file is still wanted.
     static_cast<void>(fchmod(descriptor, before.st_mode & kModeBits));
   }
