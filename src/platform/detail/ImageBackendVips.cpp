@@ -166,6 +166,11 @@ void makeRgba(Image& image) {
   image.become([](VipsImage* in, VipsImage** out) { return vips_cast_uchar(in, out, nullptr); });
 }
 
+std::uint64_t pixelCount(const Image& image) {
+  return static_cast<std::uint64_t>(vips_image_get_width(image.get())) *
+         static_cast<std::uint64_t>(vips_image_get_height(image.get()));
+}
+
 /// The pixels of an image of such bands.
 Pixels pixelsOf(const Image& image, std::string& failure) {
   Pixels result;
@@ -245,6 +250,10 @@ class VipsBackend final : public ImageBackend {
   Pixels decode(const EncodedPicture& picture, std::string& failure) const override {
     const Source source(picture);
     Image image = source.open();
+    if (image && pixelCount(image) > picture.limits.bitmapPixels) {
+      failure = "too large an image to be taken whole";
+      return {};
+    }
     return decodedPixelsOf(image, picture.bytes, failure);
   }
 
