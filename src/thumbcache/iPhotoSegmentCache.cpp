@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "../platform/FileManager.h"
+#include "../platform/Limits.h"
 #include "../platform/detail/OpenFile.h"
 #include "../stream/TVQStreamData.h"
 
@@ -94,7 +95,8 @@ std::uint64_t iPhotoSegmentCache::indexOffset() const {
 std::uint64_t iPhotoSegmentCache::indexEntriesInFile() const {
   const std::uint64_t offset = indexOffset();
   const std::uint64_t room = offset < fileSize() ? (fileSize() - offset) / kIndexEntrySize : 0;
-  return std::min<std::uint64_t>(numberOfItems(), room);
+  return std::min(
+      {std::uint64_t{numberOfItems()}, room, Limits::current().fileSize / kIndexEntrySize});
 }
 
 Data iPhotoSegmentCache::itemIndex() const {
@@ -164,7 +166,7 @@ std::optional<Data> iPhotoSegmentCache::itemBytesAtIndex(std::uint32_t index,
                                                          std::uint32_t count) const {
   const std::uint64_t offset = kItemsOffset + std::uint64_t{index} * itemSize();
   const bool isInside = offset <= fileSize() && count <= fileSize() - offset;
-  if (index >= numberOfItems() || !isInside) {
+  if (index >= numberOfItems() || !isInside || count > Limits::current().fileSize) {
     return std::nullopt;
   }
   Data bytes = bytesAt(offset, count);

@@ -21,7 +21,8 @@ class OpenFile;
 /// The file in which a library keeps the small thumbnails of all its photos, in items of one size.
 ///
 /// What the file's header promises but the file does not hold is answered with nothing: items and
-/// index entries are there as far as they lie wholly inside the file.
+/// index entries are there as far as they lie wholly inside the file. No item, and no index, is
+/// answered beyond `Limits::fileSize` bytes.
 ///
 /// Such a file takes some 16 KB for each photo of the library, of which most hosts ask few: of a
 /// file that was opened by its path, the header and the keys are held in memory, and items are read
