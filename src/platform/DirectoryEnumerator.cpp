@@ -4,7 +4,9 @@
 #include <dirent.h>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <unistd.h>
 
 #include "FileManager.h"
 #include "Path.h"
@@ -48,6 +50,14 @@ DirectoryEnumerator::DirectoryEnumerator(const std::string& folder) {
     _failure = FileManager::isFile(folder)
                    ? FileFailure{FileFailure::Cause::notRegular, folder, "it is no folder"}
                    : FileFailure::ofSystem(folder, error);
+    return;
+  }
+  // Links on the way may have been changed meanwhile: what counts is where the folder lies that was
+  // opened, which the system tells of the descriptor.
+  const std::string opened = "/proc/self/fd/" + std::to_string(dirfd(stream.get()));
+  const ReadingRules& rules = ReadingRules::current();
+  if (!rules.onlyInside.empty() && access(opened.c_str(), F_OK) == 0 && !rules.allow(opened)) {
+    _failure = FileFailure::outside(folder, rules.onlyInside);
     return;
   }
   errno = 0;
