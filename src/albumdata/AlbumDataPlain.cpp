@@ -3,11 +3,8 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cmath>
 #include <vector>
 
-#include "../platform/Date.h"
 #include "../platform/Limits.h"
 #include "../platform/NSException.h"
 #include "../platform/PropertyList.h"
