@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -17,12 +19,21 @@ constexpr std::array kCauses{
     std::pair{EPERM, Cause::notAllowed},      std::pair{ENOMEM, Cause::tooLarge},
 };
 
+/// In English, as the sentence around it is, whatever language the host has chosen.
+std::string reasonOf(int error) {
+#ifdef __GLIBC__
+  if (const char* const reason = strerrordesc_np(error)) {
+    return reason;
+  }
+#endif
+  return std::generic_category().message(error);
+}
+
 }  // namespace
 
 FileFailure FileFailure::ofSystem(const std::string& path, int error) {
   const auto* const row = std::ranges::find(kCauses, error, &decltype(kCauses)::value_type::first);
-  return {row != kCauses.end() ? row->second : Cause::system, path,
-          std::generic_category().message(error)};
+  return {row != kCauses.end() ? row->second : Cause::system, path, reasonOf(error)};
 }
 
 FileFailure FileFailure::outside(const std::string& path, const std::string& folder) {

@@ -308,7 +308,7 @@ TEST(Tool, TellsThatSomethingWasNotRead) {
       {60, "AlbumData.xml", kPipe, 3, "mrziphoto: 'FILE'" + pipe + "\n"},
       {60, "AlbumData.xml", kNothing, 0, ""},
       {60, "Dir.data", kPipe, 3, "not known: 'FILE'" + pipe + "\n"},
-      {20, "Albums/Last 12 Months", kPipe, 0, ""},
+      {20, "Albums/Last 12 Months", kPipe, 3, "the first because 'FILE'" + pipe + "\n"},
       {20, "Library.iPhoto", kPipe, 1, "cannot be opened: 'FILE'" + pipe + ";"},
   };
   for (const auto& each : cases) {
