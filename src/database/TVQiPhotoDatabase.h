@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "../albums/Album.h"
@@ -153,7 +154,8 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   /// Files of one kind that could not be read, told in one sentence.
   struct Unreadable {
     std::string firstReason;
-    std::size_t count = 0;
+    // Hashes of all reasons, which name their files: a file may be tried many times.
+    std::unordered_set<std::size_t> reasons;
   };
 
   std::string _rootDirectory;

@@ -71,10 +71,11 @@ std::vector<Notice> TVQiPhotoDatabase::notices() const {
   std::vector<Notice> all = _library ? _library->notices() : std::vector<Notice>();
   all.insert(all.end(), _notices.begin(), _notices.end());
   for (const auto& [what, files] : _unreadable) {
-    all.push_back({format("%u %@ could not be read, the first because %@",
-                          static_cast<std::uint32_t>(files.count), what, files.firstReason),
-                   "",
-                   {}});
+    all.push_back(
+        {format("%u %@ could not be read, the first because %@",
+                static_cast<std::uint32_t>(files.reasons.size()), what, files.firstReason),
+         "",
+         {}});
   }
   return all;
 }
@@ -82,9 +83,9 @@ std::vector<Notice> TVQiPhotoDatabase::notices() const {
 void TVQiPhotoDatabase::noteUnreadable(std::string_view what, const std::string& reason) const {
   auto found = _unreadable.find(what);
   if (found == _unreadable.end()) {
-    found = _unreadable.emplace(what, Unreadable{reason}).first;
+    found = _unreadable.emplace(what, Unreadable{reason, {}}).first;
   }
-  ++found->second.count;
+  found->second.reasons.insert(KeyedHash{}(reason));
 }
 
 std::optional<std::string> TVQiPhotoDatabase::catalogueDescription() const {

@@ -45,7 +45,8 @@ class MRZIPHOTO_EXPORT RecordDatabase {
   /// How the library's files are to be read; nothing for as the thread's rules say.
   [[nodiscard]] virtual const ReadingRules* readingRules() const { return nullptr; }
   /// Takes note of a file of the library that is there and yet cannot be read: what files of its
-  /// kind are called ("attributes files"), and a sentence why.
+  /// kind are called ("attributes files"), and a sentence why, which names the file. Told again of
+  /// the same file, it still counts one.
   virtual void noteUnreadable(std::string_view /*what*/, const std::string& /*reason*/) const {}
 
   /// The keyword of a key (a number or its decimal text), or nothing.

@@ -478,6 +478,12 @@ TEST(TVQiPhotoDatabase, ReadsTheAlbumsFolderOfTheOldestLibraries) {
   EXPECT_EQ(library.open()->notices().back().sentence,
             "1 album files could not be read, the first because '" + library.root +
                 "/Albums/pipe' cannot be read: it is no regular file");
+  // A damaged store of a photo is tried anew with every question.
+  for (const char* reason : {"'a' is damaged", "'b' is damaged", "'a' is damaged"}) {
+    database->noteUnreadable("stores of photos", reason);
+  }
+  EXPECT_EQ(database->notices().back().sentence,
+            "2 stores of photos could not be read, the first because 'a' is damaged");
 }
 
 TEST(TVQiPhotoDatabase, LeavesOutAlbumsAndRollsBeyondTheLimit) {
