@@ -132,8 +132,8 @@ bool TVQiPhotoLibrary::hasRoomForAlbum() {
   return hasRoom;
 }
 
-bool TVQiPhotoLibrary::hasRoomForRoll() {
-  const bool hasRoom = numberOfRolls() < Limits::current().albums;
+bool TVQiPhotoLibrary::hasRoomForRoll(std::uint32_t taken) {
+  const bool hasRoom = taken < Limits::current().albums;
   _rollsLeftOut += hasRoom ? 0 : 1;
   return hasRoom;
 }

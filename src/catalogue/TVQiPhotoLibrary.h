@@ -151,7 +151,9 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   void setKeywordStore(const Value& store);
   /// Whether `Limits` let in one more; else it is counted as left out.
   [[nodiscard]] bool hasRoomForAlbum();
-  [[nodiscard]] bool hasRoomForRoll();
+  /// The archive album is not asked how many rolls were taken: it would list its children's, in
+  /// whose place those stand that are added first.
+  [[nodiscard]] bool hasRoomForRoll(std::uint32_t taken);
   /// Tells of what of the file was left out since it was last asked.
   void noticeLeftOut(const std::string& file);
 

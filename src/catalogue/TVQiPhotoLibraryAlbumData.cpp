@@ -107,9 +107,10 @@ void TVQiPhotoLibrary::loadAlbums(const Fact& listOfAlbums) {
 
 void TVQiPhotoLibrary::loadRolls(const Fact& listOfRolls) {
   _archiveAlbum = Album::init<ArchiveAlbum>();
-  forEachDictionary(listOfRolls, [this](const Dictionary& albumData) {
-    if (hasRoomForRoll()) {
+  forEachDictionary(listOfRolls, [this, taken = 0U](const Dictionary& albumData) mutable {
+    if (hasRoomForRoll(taken)) {
       addRoll(Album::initWithDictionary<RollAlbum>(albumData));
+      ++taken;
     }
   });
 }

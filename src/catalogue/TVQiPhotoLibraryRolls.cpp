@@ -119,7 +119,7 @@ void TVQiPhotoLibrary::_readRollDataFromStreamRange(const TVQiPhotoCodedStreamDa
     while (!records.isAtEndOfData()) {
       RollRecord record;
       record.read(records);
-      if (record.isRoll() && hasRoomForRoll()) {
+      if (record.isRoll() && hasRoomForRoll(reading.readRolls)) {
         addRoll(Album::initWithDictionary<RollAlbum>(record.albumData()));
         ++reading.readRolls;
       }

@@ -80,5 +80,20 @@ TEST(CodedRollRecords, BecomeRollAlbums) {
   }
 }
 
+TEST(CodedRollRecords, StandInForTheRollsAmongTheArchiveAlbumsChildren) {
+  const Value archive =
+      make<ArchivedAs<ArchiveAlbum>>(std::initializer_list<std::pair<std::string_view, Value>>{
+          {"Children", make<Array>(std::vector<Value>{Album::init<RollAlbum>()})}});
+  const CodedBuilder albums = CodedBuilder().item("dbAL", albumArchive({archive}));
+  const CodedLibrary alone(60, albums);
+  ASSERT_TRUE(alone);
+  EXPECT_EQ(alone->numberOfRolls(), 1U);
+  const CodedBuilder roll = CodedBuilder().item("stKY", 12);
+  const CodedLibrary both(60, CodedBuilder(albums).rolls({roll, roll}));
+  ASSERT_TRUE(both);
+  ASSERT_EQ(both->numberOfRolls(), 2U);
+  EXPECT_EQ(both->rolls()[0]->key(), Value(12));
+}
+
 }  // namespace
 }  // namespace mrziphoto
