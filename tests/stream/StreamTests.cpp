@@ -16,7 +16,7 @@ using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 TVQiPhotoCodedStreamData bigEndian(std::string_view bytes) {
-  TVQiPhotoCodedStreamData stream(Data::copyOf(bytes));
+  auto stream = TVQiPhotoCodedStreamData::initWithData(Data::copyOf(bytes));
   stream.setShouldSwapMode(TVQStreamData::bigEndian);
   return stream;
 }
