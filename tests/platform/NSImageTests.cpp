@@ -271,12 +271,12 @@ class DisturbedBytes final : public detail::ImageBytes {
         _path(std::move(path)),
         _readingsLeft(lastReading) {}
 
-  std::int64_t read(std::uint64_t offset, char* destination, std::size_t count) override {
+  std::size_t read(std::uint64_t offset, char* destination, std::size_t count) override {
     if (_readingsLeft != kNever && _readingsLeft-- == 0) {
       std::filesystem::resize_file(_path, 0);
     }
     _isReading = true;
-    const std::int64_t got = ImageBytes::read(offset, destination, count);
+    const std::size_t got = ImageBytes::read(offset, destination, count);
     _isReading = false;
     return got;
   }

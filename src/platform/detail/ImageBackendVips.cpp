@@ -116,10 +116,10 @@ class Source {
 
  private:
   static gint64 read(VipsSourceCustom* /*source*/, void* destination, gint64 count, Source* self) {
-    const std::int64_t got = self->_picture.bytes.read(
+    const std::size_t got = self->_picture.bytes.read(
         self->_position, static_cast<char*>(destination), static_cast<std::size_t>(count));
-    self->_position += static_cast<std::uint64_t>(std::max<std::int64_t>(got, 0));
-    return got;
+    self->_position += got;
+    return static_cast<gint64>(got);
   }
 
   static gint64 seek(VipsSourceCustom* /*source*/, gint64 offset, int whence, Source* self) {

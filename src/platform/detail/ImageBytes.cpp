@@ -72,14 +72,14 @@ void ImageBytes::addPngChunks() {
   }
 }
 
-std::int64_t ImageBytes::read(std::uint64_t offset, char* destination, std::size_t count) {
+std::size_t ImageBytes::read(std::uint64_t offset, char* destination, std::size_t count) {
   if (_kept) {
     const std::string_view bytes = _kept->slice(static_cast<std::size_t>(offset), count).bytes();
     std::ranges::copy(bytes, destination);
-    return static_cast<std::int64_t>(bytes.size());
+    return bytes.size();
   }
   if (!_failure.empty()) {
-    return -1;
+    return 0;
   }
   std::size_t done = 0;
   auto piece = std::ranges::upper_bound(_pieces, offset, {}, &Piece::start);
@@ -94,11 +94,11 @@ std::int64_t ImageBytes::read(std::uint64_t offset, char* destination, std::size
       if (_failure.empty()) {
         _failure = kCutShort;
       }
-      return -1;
+      return 0;
     }
     done += wanted;
   }
-  return static_cast<std::int64_t>(done);
+  return done;
 }
 
 bool ImageBytes::isLate() {

@@ -32,8 +32,9 @@ class ImageBytes {
   virtual ~ImageBytes() = default;
 
   [[nodiscard]] virtual std::uint64_t size() const { return _size; }
-  /// The bytes from there as far as they go; answers how many, or -1 after a failure.
-  virtual std::int64_t read(std::uint64_t offset, char* destination, std::size_t count);
+  /// The bytes from there as far as they go; answers how many. None after a failure: decoders know
+  /// files that end, and some write where they must not when they are told of an error.
+  virtual std::size_t read(std::uint64_t offset, char* destination, std::size_t count);
   /// Whether the time is over, which then is the failure.
   virtual bool isLate();
   /// Why reading failed; empty while it did not. What was decoded after a failure is no picture.
