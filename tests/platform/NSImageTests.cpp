@@ -343,13 +343,14 @@ TEST_F(NSImageTests, HandsDecodersOnlyTheChunksOfAPngThatMatter) {
     std::string seen;
     std::string failure;
   };
-  for (const Case& each : std::vector<Case>{{needed + pixels, needed + pixels, ""},
-                                            {needed + text + pixels + text, needed + pixels, ""},
-                                            {needed + text + chunk("IDAT", "cut").substr(0, 9),
-                                             needed + chunk("IDAT", "cut").substr(0, 9), ""},
-                                            {needed + "\xFF\xFF\xFF\xFFzTXt" + pixels, needed, ""},
-                                            {needed.substr(0, 5), needed.substr(0, 5), ""},
-                                            {many, "", "it has too many chunks"}}) {
+  const std::vector<Case> cases{{needed + pixels, needed + pixels, ""},
+                                {needed + text + pixels + text, needed + pixels, ""},
+                                {needed + text + chunk("IDAT", "cut").substr(0, 9),
+                                 needed + chunk("IDAT", "cut").substr(0, 9), ""},
+                                {needed + "\xFF\xFF\xFF\xFFzTXt" + pixels, needed, ""},
+                                {needed.substr(0, 5), needed.substr(0, 5), ""},
+                                {many, "", "it has too many chunks"}};
+  for (const Case& each : cases) {
     folder.write("picture", each.bytes);
     const auto file = detail::OpenFile::atPath(folder / "picture");
     detail::ImageBytes bytes(*file, detail::ImageFormat::png, std::chrono::hours(1));

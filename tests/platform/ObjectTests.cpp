@@ -201,8 +201,10 @@ TEST(Dictionary, OfEqualKeysTheLaterValueStandsInTheEarlierPlace) {
 }
 
 TEST(Dictionary, TakesManyRepeatsOfOneKey) {
+  constexpr int kRepeats = 300'000;
   std::vector<Dictionary::Entry> entries;
-  for (int i = 0; i < 300'000; ++i) {
+  entries.reserve(kRepeats);
+  for (int i = 0; i < kRepeats; ++i) {
     entries.push_back({DictionaryKey("a"), i});
   }
   const Dictionary dictionary(std::move(entries));

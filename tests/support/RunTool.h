@@ -50,6 +50,7 @@ inline std::string runToolInTerminal(const std::vector<std::string>& arguments,
   std::vector<std::string> words{MRZIPHOTO_TOOL};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) {
     argv.push_back(word.data());
   }
