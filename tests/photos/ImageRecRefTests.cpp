@@ -45,7 +45,7 @@ Ref<ImageRecRef> archivedPhoto(const Ref<Dictionary>& stored, RecordDatabase& da
 /// Stores in which every entry tells the number that it is given.
 Ref<ImageRec> infoStore(int number) {
   const std::string text = std::to_string(number);
-  const Ref<ImageRec> info = ImageRec::initWithDictionary(
+  Ref<ImageRec> info = ImageRec::initWithDictionary(
       dictionary({{"Key", Key::initWithKeyValue(number)}, {"Roll", number + 10}}));
   info->setDate(Date{number + 100.0});
   info->setFileName(text + ".jpg");
@@ -56,7 +56,7 @@ Ref<ImageRec> infoStore(int number) {
 
 Ref<AttributeMgr> attributesStore(int number) {
   const std::string text = std::to_string(number);
-  const Ref<AttributeMgr> attributes = AttributeMgr::init();
+  Ref<AttributeMgr> attributes = AttributeMgr::init();
   attributes->setAttributes(dictionary({{"ArchiveDate", Date{number + 200.0}},
                                         {"ModDate", Date{number + 300.0}},
                                         {"Annotation", "a" + text},
@@ -76,13 +76,12 @@ TEST(ImageRecRef, AsksItsSourcesInOrder) {
   // that were handed in.
   const auto made = [&](std::string_view sources) {
     const auto has = [&](char source) { return sources.find(source) != std::string_view::npos; };
-    const Ref<ImageRecRef> photo = has('1')
-                                       ? archivedPhoto(dictionary({{"Key", Key::initWithKey(1)},
-                                                                   {"Directory", 8},
-                                                                   {"Roll", 11},
-                                                                   {"Date", Date{101}}}),
-                                                       database)
-                                       : ImageRecRef::init();
+    Ref<ImageRecRef> photo = has('1') ? archivedPhoto(dictionary({{"Key", Key::initWithKey(1)},
+                                                                  {"Directory", 8},
+                                                                  {"Roll", 11},
+                                                                  {"Date", Date{101}}}),
+                                                      database)
+                                      : ImageRecRef::init();
     photo->setDatabase(&database);
     if (has('2')) {
       photo->setImageInfoForKey(dictionary({{"ImagePath", "/old/Library/i/2.jpg"},
@@ -111,7 +110,7 @@ TEST(ImageRecRef, AsksItsSourcesInOrder) {
   };
   const Value none;
   const Value two = make<Array>(std::vector<Value>{2});
-  constexpr std::string_view kSources[]{"1", "2", "4", "13", "23", "1234"};
+  static constexpr std::string_view kSources[]{"1", "2", "4", "13", "23", "1234"};
   struct Case {
     std::string_view operation;
     std::array<Value, std::size(kSources)> answers;

@@ -26,7 +26,7 @@ TEST(Limits, AreAllDocumentedWithTheirDefaults) {
   struct Field {
     std::string_view name;
     std::uint64_t number;
-    std::string_view unit = "";
+    std::string_view unit = {};
     std::uint64_t inUnit = 1;
   };
   constexpr std::uint64_t kMiB = 1 << 20;
