@@ -10,7 +10,7 @@
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/platform/Log.h>
+#include <MRZiPhoto/values/Log.h>
 
 #include "sample/SampleLibrary.h"
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include <MRZiPhoto/platform/PropertyList.h>
+#include <MRZiPhoto/propertylist/PropertyList.h>
 
 #include "../tests/support/AlbumDataText.h"
 

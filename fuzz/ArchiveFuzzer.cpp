@@ -2,10 +2,10 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include <MRZiPhoto/platform/ArchiveDocument.h>
-#include <MRZiPhoto/platform/Log.h>
-#include <MRZiPhoto/platform/NSException.h>
-#include <MRZiPhoto/platform/NSUnarchiver.h>
+#include <MRZiPhoto/archive/ArchiveDocument.h>
+#include <MRZiPhoto/archive/NSUnarchiver.h>
+#include <MRZiPhoto/values/Log.h>
+#include <MRZiPhoto/values/NSException.h>
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include <MRZiPhoto/catalogue/TVQiPhotoLibrary.h>
-#include <MRZiPhoto/platform/Log.h>
-#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/values/Log.h>
+#include <MRZiPhoto/values/NSException.h>
 
 namespace mrziphoto {
 

@@ -4,8 +4,8 @@
 
 #include <MRZiPhoto/directories/TVQiPhotoDirectories.h>
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/platform/Log.h>
-#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/values/Log.h>
+#include <MRZiPhoto/values/NSException.h>
 
 // A directory table, "Dir.data". Its index and a walk over it have to find the same folder.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -3,8 +3,8 @@
 
 #include <MRZiPhoto/exif/CameraRecords.h>
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
-#include <MRZiPhoto/platform/Log.h>
-#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/values/Log.h>
+#include <MRZiPhoto/values/NSException.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace mrziphoto;

@@ -4,8 +4,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <MRZiPhoto/platform/Log.h>
-#include <MRZiPhoto/platform/NSImage.h>
+#include <MRZiPhoto/images/NSImage.h>
+#include <MRZiPhoto/values/Log.h>
 
 // An image file of any format: its size, and the picture drawn small.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

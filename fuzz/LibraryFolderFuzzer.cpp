@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
-#include <MRZiPhoto/platform/Log.h>
-#include <MRZiPhoto/platform/NSSize.h>
+#include <MRZiPhoto/images/NSSize.h>
+#include <MRZiPhoto/values/Log.h>
 
 #include "InputFiles.h"
 #include "Questions.h"

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include <MRZiPhoto/photos/ImageRecRef.h>
-#include <MRZiPhoto/platform/Log.h>
+#include <MRZiPhoto/values/Log.h>
 
 #include "InputFiles.h"
 #include "Questions.h"

@@ -2,9 +2,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include <MRZiPhoto/platform/NSException.h>
-#include <MRZiPhoto/platform/PropertyList.h>
-#include <MRZiPhoto/platform/PropertyListWriter.h>
+#include <MRZiPhoto/propertylist/PropertyList.h>
+#include <MRZiPhoto/propertylist/PropertyListWriter.h>
+#include <MRZiPhoto/values/NSException.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace mrziphoto;

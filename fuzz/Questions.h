@@ -4,9 +4,9 @@
 #include <span>
 #include <string_view>
 
-#include <MRZiPhoto/platform/NSException.h>
-#include <MRZiPhoto/platform/Object.h>
-#include <MRZiPhoto/platform/Value.h>
+#include <MRZiPhoto/values/NSException.h>
+#include <MRZiPhoto/values/Object.h>
+#include <MRZiPhoto/values/Value.h>
 
 namespace mrziphoto {
 

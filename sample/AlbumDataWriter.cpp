@@ -10,7 +10,7 @@
 #include <MRZiPhoto/albums/FilterAlbum.h>
 #include <MRZiPhoto/albums/RollAlbum.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
-#include <MRZiPhoto/platform/Text.h>
+#include <MRZiPhoto/values/Text.h>
 
 #include "sample/Generations.h"
 #include "sample/PropertyListStream.h"

@@ -14,12 +14,12 @@
 #include <MRZiPhoto/albums/KeywordMgr.h>
 #include <MRZiPhoto/albums/Page.h>
 #include <MRZiPhoto/albums/RollAlbum.h>
+#include <MRZiPhoto/archive/NSArchiver.h>
 #include <MRZiPhoto/directories/DirectoryRec.h>
 #include <MRZiPhoto/photos/AttributeMgr.h>
 #include <MRZiPhoto/photos/ImageRefKey.h>
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/Dictionary.h>
-#include <MRZiPhoto/platform/NSArchiver.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/Dictionary.h>
 
 #include "sample/Bytes.h"
 #include "sample/Generations.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include <MRZiPhoto/platform/Value.h>
+#include <MRZiPhoto/values/Value.h>
 
 #include "sample/SampleModel.h"
 

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/NSArchiver.h>
+#include <MRZiPhoto/archive/NSArchiver.h>
+#include <MRZiPhoto/values/Array.h>
 
 #include "sample/ArchivedFiles.h"
 #include "sample/Bytes.h"

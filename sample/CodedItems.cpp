@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <string_view>
 
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/Text.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/Text.h>
 
 #include "sample/ArchivedFiles.h"
 #include "sample/Bytes.h"

@@ -5,7 +5,7 @@
 #include <string>
 
 #include <MRZiPhoto/catalogue/CodedFields.h>
-#include <MRZiPhoto/platform/Value.h>
+#include <MRZiPhoto/values/Value.h>
 
 namespace mrziphoto::sample {
 

@@ -4,11 +4,11 @@
 #include <string_view>
 #include <system_error>
 
+#include <MRZiPhoto/files/Path.h>
 #include <MRZiPhoto/photos/AttributeMgr.h>
 #include <MRZiPhoto/photos/DBSource.h>
 #include <MRZiPhoto/photos/ImageRec.h>
 #include <MRZiPhoto/photos/ImageRefKey.h>
-#include <MRZiPhoto/platform/Path.h>
 
 #include "sample/ArchivedFiles.h"
 #include "sample/CameraBytes.h"

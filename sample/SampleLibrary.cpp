@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include <MRZiPhoto/platform/Path.h>
+#include <MRZiPhoto/files/Path.h>
 
 #include "sample/AlbumDataWriter.h"
 #include "sample/ArchivedFiles.h"

@@ -6,17 +6,17 @@
 #include <string_view>
 #include <vector>
 
-#include <MRZiPhoto/platform/FileManager.h>
-#include <MRZiPhoto/platform/Log.h>
+#include <MRZiPhoto/files/FileManager.h>
+#include <MRZiPhoto/values/Log.h>
 
 #include "CommandTable.h"
-#include "Commands.h"
-#include "Failure.h"
 #include "Help.h"
-#include "Library.h"
-#include "Messages.h"
 #include "Options.h"
-#include "Wording.h"
+#include "commands/Commands.h"
+#include "commands/Library.h"
+#include "output/Failure.h"
+#include "output/Messages.h"
+#include "output/Wording.h"
 
 namespace mrziphoto::tool {
 namespace {

@@ -4,9 +4,9 @@
 #include <array>
 #include <string>
 
-#include "Commands.h"
-#include "Failure.h"
-#include "Wording.h"
+#include "commands/Commands.h"
+#include "output/Failure.h"
+#include "output/Wording.h"
 
 namespace mrziphoto::tool {
 namespace {

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "Options.h"
-#include "Session.h"
+#include "commands/Session.h"
 
 namespace mrziphoto::tool {
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "TerminalText.h"
+#include "output/TerminalText.h"
 
 namespace mrziphoto::tool {
 namespace {

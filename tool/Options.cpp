@@ -7,9 +7,9 @@
 #include <getopt.h>
 #include <limits>
 
-#include "Failure.h"
-#include "JpegWriter.h"
-#include "Wording.h"
+#include "output/Failure.h"
+#include "output/Wording.h"
+#include "pictures/JpegWriter.h"
 
 namespace mrziphoto::tool {
 namespace {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Session.h"
+#include "commands/Session.h"
 
 namespace mrziphoto::tool {
 

@@ -7,11 +7,11 @@
 #include <unistd.h>
 
 #include "CommandLine.h"
-#include "Failure.h"
-#include "Messages.h"
-#include "Notices.h"
-#include "Output.h"
-#include "Session.h"
+#include "commands/Notices.h"
+#include "commands/Session.h"
+#include "output/Failure.h"
+#include "output/Messages.h"
+#include "output/Output.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define MRZIPHOTO_LEAVES_AT_ONCE 0

@@ -18,13 +18,13 @@
 #include <vector>
 
 #include <MRZiPhoto/albumdata/detail/AlbumData.h>
+#include <MRZiPhoto/files/Path.h>
 #include <MRZiPhoto/photos/PhotoFolder.h>
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/Dictionary.h>
-#include <MRZiPhoto/platform/Path.h>
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/Dictionary.h>
 
-#include "tool/JsonText.h"
+#include "tool/output/JsonText.h"
 
 namespace mrziphoto {
 namespace {

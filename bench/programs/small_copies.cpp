@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <filesystem>
 
-#include <MRZiPhoto/platform/FileManager.h>
-#include <MRZiPhoto/platform/NSImage.h>
+#include <MRZiPhoto/files/FileManager.h>
+#include <MRZiPhoto/images/NSImage.h>
 
 int main(int argc, char** argv) {
   constexpr float kLongestSide = 240;

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 
-#include "../platform/Dictionary.h"
-#include "../platform/PropertyList.h"
-#include "../platform/detail/OpenFile.h"
+#include "../files/detail/OpenFile.h"
+#include "../propertylist/PropertyList.h"
+#include "../values/Dictionary.h"
 #include "detail/AlbumDataEntries.h"
 
 namespace mrziphoto {

@@ -5,9 +5,9 @@
 #include <array>
 #include <vector>
 
-#include "../platform/Limits.h"
-#include "../platform/NSException.h"
-#include "../platform/PropertyList.h"
+#include "../propertylist/PropertyList.h"
+#include "../values/Limits.h"
+#include "../values/NSException.h"
 #include "detail/AlbumDataEntries.h"
 
 namespace mrziphoto {

@@ -7,8 +7,8 @@
 #include <emmintrin.h>
 #endif
 
-#include "../platform/Text.h"
-#include "../platform/detail/XmlCharacters.h"
+#include "../propertylist/detail/XmlCharacters.h"
+#include "../values/Text.h"
 
 namespace mrziphoto {
 namespace {

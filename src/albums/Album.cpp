@@ -2,13 +2,13 @@
 
 #include <array>
 
-#include "../platform/Array.h"
-#include "../platform/FileManager.h"
-#include "../platform/KeyValue.h"
-#include "../platform/Log.h"
-#include "../platform/NSException.h"
-#include "../platform/NSUnarchiver.h"
-#include "../platform/Path.h"
+#include "../archive/NSUnarchiver.h"
+#include "../files/FileManager.h"
+#include "../files/Path.h"
+#include "../values/Array.h"
+#include "../values/KeyValue.h"
+#include "../values/Log.h"
+#include "../values/NSException.h"
 
 namespace mrziphoto {
 

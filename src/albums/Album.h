@@ -8,7 +8,7 @@
 #include "../photos/AttributeMgr.h"
 #include "../photos/DatabaseReference.h"
 #include "../photos/ImageRecRef.h"
-#include "../platform/List.h"
+#include "../values/List.h"
 #include "AlbumKind.h"
 #include "KeyMgr.h"
 

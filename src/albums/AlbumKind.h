@@ -3,8 +3,8 @@
 #include <span>
 #include <string_view>
 
-#include "../platform/Export.h"
-#include "../platform/Object.h"
+#include "../values/Export.h"
+#include "../values/Object.h"
 
 namespace mrziphoto {
 

@@ -4,7 +4,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "../platform/KeyValue.h"
+#include "../values/KeyValue.h"
 
 namespace mrziphoto {
 

@@ -1,6 +1,6 @@
 #include <array>
 
-#include "../platform/KeyValue.h"
+#include "../values/KeyValue.h"
 #include "Book.h"
 #include "Filter.h"
 #include "KeyMgr.h"

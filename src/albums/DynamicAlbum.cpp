@@ -1,6 +1,6 @@
 #include "DynamicAlbum.h"
 
-#include "../platform/Log.h"
+#include "../values/Log.h"
 
 namespace mrziphoto {
 

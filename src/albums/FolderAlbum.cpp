@@ -4,9 +4,9 @@
 #include <array>
 #include <vector>
 
-#include "../platform/KeyValue.h"
-#include "../platform/Limits.h"
-#include "../platform/Log.h"
+#include "../values/KeyValue.h"
+#include "../values/Limits.h"
+#include "../values/Log.h"
 
 namespace mrziphoto {
 namespace {

@@ -4,10 +4,10 @@
 #include <array>
 
 #include "../photos/RecordDatabase.h"
-#include "../platform/Array.h"
-#include "../platform/KeyValue.h"
-#include "../platform/Log.h"
 #include "../stream/TVQStreamData.h"
+#include "../values/Array.h"
+#include "../values/KeyValue.h"
+#include "../values/Log.h"
 
 namespace mrziphoto {
 namespace {

@@ -8,7 +8,7 @@
 #include "../photos/DatabaseReference.h"
 #include "../photos/ImageRecRef.h"
 #include "../photos/Key.h"
-#include "../platform/List.h"
+#include "../values/List.h"
 
 namespace mrziphoto {
 

@@ -3,10 +3,10 @@
 #include <array>
 
 #include "../photos/Key.h"
-#include "../platform/Description.h"
-#include "../platform/KeyValue.h"
-#include "../platform/Log.h"
 #include "../resources/TVQiPhotoFramework.h"
+#include "../values/Description.h"
+#include "../values/KeyValue.h"
+#include "../values/Log.h"
 
 namespace mrziphoto {
 namespace {

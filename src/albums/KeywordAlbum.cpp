@@ -3,8 +3,8 @@
 #include <array>
 
 #include "../photos/RecordDatabase.h"
-#include "../platform/KeyValue.h"
-#include "../platform/Log.h"
+#include "../values/KeyValue.h"
+#include "../values/Log.h"
 
 namespace mrziphoto {
 

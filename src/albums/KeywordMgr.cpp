@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "../photos/Key.h"
-#include "../platform/Array.h"
-#include "../platform/KeyValue.h"
-#include "../platform/NumberIndex.h"
+#include "../values/Array.h"
+#include "../values/KeyValue.h"
+#include "../values/NumberIndex.h"
 
 namespace mrziphoto {
 

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "../photos/ArchivedRecord.h"
-#include "../platform/List.h"
+#include "../values/List.h"
 #include "Keyword.h"
 
 namespace mrziphoto {

@@ -1,7 +1,7 @@
 #include "PublishedAlbum.h"
 
-#include "../platform/Log.h"
-#include "../platform/NSUnarchiver.h"
+#include "../archive/NSUnarchiver.h"
+#include "../values/Log.h"
 
 namespace mrziphoto {
 

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "../photos/RecordDatabase.h"
-#include "../platform/KeyValue.h"
+#include "../values/KeyValue.h"
 
 namespace mrziphoto {
 

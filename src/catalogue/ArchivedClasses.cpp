@@ -15,7 +15,7 @@
 #include "../photos/ImageRecRef.h"
 #include "../photos/ImageRefKey.h"
 #include "../photos/Key.h"
-#include "../platform/ClassRegistry.h"
+#include "../values/ClassRegistry.h"
 
 namespace mrziphoto {
 namespace {

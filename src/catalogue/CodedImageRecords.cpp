@@ -2,8 +2,8 @@
 #include <array>
 #include <vector>
 
-#include "../platform/Array.h"
-#include "../platform/Path.h"
+#include "../files/Path.h"
+#include "../values/Array.h"
 #include "CodedImageRecordsPrivate.h"
 #include "CodedImageWalkPrivate.h"
 

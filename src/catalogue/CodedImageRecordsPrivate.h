@@ -7,8 +7,8 @@
 #include "../albums/KeywordMgr.h"
 #include "../photos/ImageRecRef.h"
 #include "../photos/RecordSource.h"
-#include "../platform/Data.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
+#include "../values/Data.h"
 #include "CodedImageWalkPrivate.h"
 
 namespace mrziphoto {

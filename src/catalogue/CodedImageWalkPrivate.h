@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "../platform/Format.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
+#include "../values/Format.h"
 #include "CodedFields.h"
 
 namespace mrziphoto {

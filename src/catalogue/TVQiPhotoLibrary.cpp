@@ -5,15 +5,15 @@
 #include <cstdint>
 #include <utility>
 
+#include "../archive/NSUnarchiver.h"
+#include "../files/FileManager.h"
+#include "../files/Path.h"
 #include "../photos/RecordDatabase.h"
-#include "../platform/FileManager.h"
-#include "../platform/Limits.h"
-#include "../platform/Log.h"
-#include "../platform/NSException.h"
-#include "../platform/NSUnarchiver.h"
-#include "../platform/Path.h"
 #include "../stream/FourCharacterCode.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
+#include "../values/Limits.h"
+#include "../values/Log.h"
+#include "../values/NSException.h"
 #include "CodedFields.h"
 #include "TVQiPhotoLibraryIndexesPrivate.h"
 

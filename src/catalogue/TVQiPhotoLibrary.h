@@ -11,15 +11,15 @@
 #include "../albums/ArchiveAlbum.h"
 #include "../albums/Keyword.h"
 #include "../albums/RollAlbum.h"
+#include "../files/FileFailure.h"
 #include "../photos/DatabaseReference.h"
 #include "../photos/ImageRecRef.h"
 #include "../photos/Key.h"
-#include "../platform/Data.h"
-#include "../platform/Export.h"
-#include "../platform/FileFailure.h"
-#include "../platform/List.h"
-#include "../platform/Notice.h"
-#include "../platform/Object.h"
+#include "../values/Data.h"
+#include "../values/Export.h"
+#include "../values/List.h"
+#include "../values/Notice.h"
+#include "../values/Object.h"
 
 namespace mrziphoto {
 

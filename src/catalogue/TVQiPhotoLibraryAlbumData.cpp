@@ -4,9 +4,9 @@
 
 #include "../albumdata/detail/AlbumData.h"
 #include "../albums/ArchiveAlbum.h"
-#include "../platform/Dictionary.h"
-#include "../platform/Log.h"
-#include "../platform/Path.h"
+#include "../files/Path.h"
+#include "../values/Dictionary.h"
+#include "../values/Log.h"
 #include "TVQiPhotoLibrary.h"
 #include "TVQiPhotoLibraryIndexesPrivate.h"
 

@@ -5,10 +5,10 @@
 
 #include "../albums/FilterAlbum.h"
 #include "../albums/FolderAlbum.h"
-#include "../platform/Description.h"
-#include "../platform/NSException.h"
-#include "../platform/NSUnarchiver.h"
+#include "../archive/NSUnarchiver.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
+#include "../values/Description.h"
+#include "../values/NSException.h"
 #include "TVQiPhotoLibrary.h"
 #include "TVQiPhotoLibraryReadingPrivate.h"
 

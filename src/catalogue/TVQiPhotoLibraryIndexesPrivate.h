@@ -4,8 +4,8 @@
 #include <span>
 #include <vector>
 
-#include "../platform/NSException.h"
-#include "../platform/NumberIndex.h"
+#include "../values/NSException.h"
+#include "../values/NumberIndex.h"
 #include "TVQiPhotoLibrary.h"
 
 namespace mrziphoto {

@@ -5,8 +5,8 @@
 #include <span>
 
 #include "../albums/KeywordMgr.h"
-#include "../platform/Array.h"
-#include "../platform/Log.h"
+#include "../values/Array.h"
+#include "../values/Log.h"
 #include "TVQiPhotoLibrary.h"
 #include "TVQiPhotoLibraryIndexesPrivate.h"
 

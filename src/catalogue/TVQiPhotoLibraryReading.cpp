@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "../platform/Format.h"
+#include "../values/Format.h"
 #include "TVQiPhotoLibraryReadingPrivate.h"
 
 namespace mrziphoto {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "../platform/Notice.h"
+#include "../values/Notice.h"
 #include "CodedImageRecordsPrivate.h"
 #include "TVQiPhotoLibrary.h"
 

@@ -2,9 +2,9 @@
 
 #include <array>
 
-#include "../platform/Array.h"
-#include "../platform/Dictionary.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
+#include "../values/Array.h"
+#include "../values/Dictionary.h"
 #include "CodedFields.h"
 #include "CodedImageWalkPrivate.h"
 #include "TVQiPhotoLibrary.h"

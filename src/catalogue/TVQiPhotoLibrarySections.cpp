@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <iterator>
 
-#include "../platform/Log.h"
-#include "../platform/NSException.h"
-#include "../platform/NSUnarchiver.h"
+#include "../archive/NSUnarchiver.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
+#include "../values/Log.h"
+#include "../values/NSException.h"
 #include "CodedFields.h"
 #include "CodedImageWalkPrivate.h"
 #include "TVQiPhotoLibrary.h"

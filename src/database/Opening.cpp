@@ -7,11 +7,11 @@
 #include <string_view>
 #include <utility>
 
-#include "../platform/DirectoryEnumerator.h"
-#include "../platform/FileFailure.h"
-#include "../platform/FileManager.h"
-#include "../platform/NSException.h"
-#include "../platform/Path.h"
+#include "../files/DirectoryEnumerator.h"
+#include "../files/FileFailure.h"
+#include "../files/FileManager.h"
+#include "../files/Path.h"
+#include "../values/NSException.h"
 
 namespace mrziphoto {
 namespace {

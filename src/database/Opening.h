@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "../platform/Export.h"
-#include "../platform/Limits.h"
+#include "../values/Export.h"
+#include "../values/Limits.h"
 
 namespace mrziphoto {
 

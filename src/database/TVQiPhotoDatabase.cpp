@@ -6,14 +6,14 @@
 #include <system_error>
 #include <utility>
 
-#include "../platform/Bundle.h"
-#include "../platform/FileFailure.h"
-#include "../platform/FileManager.h"
-#include "../platform/Log.h"
-#include "../platform/NSException.h"
-#include "../platform/Path.h"
-#include "../platform/UserDefaults.h"
-#include "../platform/Workspace.h"
+#include "../files/FileFailure.h"
+#include "../files/FileManager.h"
+#include "../files/Path.h"
+#include "../resources/Bundle.h"
+#include "../resources/UserDefaults.h"
+#include "../resources/Workspace.h"
+#include "../values/Log.h"
+#include "../values/NSException.h"
 
 namespace mrziphoto {
 namespace {

@@ -5,11 +5,11 @@
 
 #include "../albums/ArchiveAlbum.h"
 #include "../albums/LastImportAlbum.h"
-#include "../platform/FileManager.h"
-#include "../platform/Limits.h"
-#include "../platform/Log.h"
-#include "../platform/NSException.h"
-#include "../platform/Path.h"
+#include "../files/FileManager.h"
+#include "../files/Path.h"
+#include "../values/Limits.h"
+#include "../values/Log.h"
+#include "../values/NSException.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {

@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "../platform/KeyValue.h"
-#include "../platform/Path.h"
+#include "../files/Path.h"
+#include "../values/KeyValue.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {

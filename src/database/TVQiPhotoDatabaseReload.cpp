@@ -1,7 +1,7 @@
 // Noticing that the library was rewritten.
 
-#include "../platform/Log.h"
-#include "../platform/NSException.h"
+#include "../values/Log.h"
+#include "../values/NSException.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {

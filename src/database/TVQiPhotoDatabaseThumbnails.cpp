@@ -3,9 +3,9 @@
 #include <bit>
 #include <cstring>
 
-#include "../platform/FileManager.h"
-#include "../platform/Log.h"
-#include "../platform/detail/OpenFile.h"
+#include "../files/FileManager.h"
+#include "../files/detail/OpenFile.h"
+#include "../values/Log.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {

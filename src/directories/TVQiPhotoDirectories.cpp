@@ -2,13 +2,13 @@
 
 #include <array>
 
+#include "../archive/NSUnarchiver.h"
+#include "../files/FileManager.h"
 #include "../photos/Key.h"
-#include "../platform/FileManager.h"
-#include "../platform/KeyValue.h"
-#include "../platform/Log.h"
-#include "../platform/NSException.h"
-#include "../platform/NSUnarchiver.h"
-#include "../platform/NumberIndex.h"
+#include "../values/KeyValue.h"
+#include "../values/Log.h"
+#include "../values/NSException.h"
+#include "../values/NumberIndex.h"
 
 namespace mrziphoto {
 namespace {

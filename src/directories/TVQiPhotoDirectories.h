@@ -5,10 +5,10 @@
 #include <string>
 
 #include "../photos/RecordDatabase.h"
-#include "../platform/Data.h"
-#include "../platform/Export.h"
-#include "../platform/List.h"
-#include "../platform/Object.h"
+#include "../values/Data.h"
+#include "../values/Export.h"
+#include "../values/List.h"
+#include "../values/Object.h"
 #include "DirectoryRec.h"
 
 namespace mrziphoto {

@@ -1,8 +1,8 @@
 #include "SettingDescriptions.h"
 
-#include "../platform/Bundle.h"
-#include "../platform/Format.h"
+#include "../resources/Bundle.h"
 #include "../resources/TVQiPhotoFramework.h"
+#include "../values/Format.h"
 
 namespace mrziphoto {
 

@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <string_view>
 
-#include "../platform/Decimal.h"
-#include "../platform/Export.h"
-#include "../platform/NSDecimalNumberBehaviors.h"
-#include "../platform/Object.h"
+#include "../values/Decimal.h"
+#include "../values/Export.h"
+#include "../values/NSDecimalNumberBehaviors.h"
+#include "../values/Object.h"
 
 namespace mrziphoto {
 

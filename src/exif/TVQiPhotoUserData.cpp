@@ -5,11 +5,11 @@
 #include <utility>
 
 #include "../photos/ImageRecRef.h"
-#include "../platform/KeyValue.h"
-#include "../platform/Log.h"
-#include "../platform/MacRoman.h"
-#include "../platform/NSException.h"
 #include "../stream/TVQStreamData.h"
+#include "../values/KeyValue.h"
+#include "../values/Log.h"
+#include "../values/MacRoman.h"
+#include "../values/NSException.h"
 #include "CameraRecords.h"
 #include "SettingDescriptions.h"
 #include "TVQExposureBehaviour.h"

@@ -6,11 +6,11 @@
 #include <string_view>
 #include <vector>
 
-#include "../platform/Data.h"
-#include "../platform/Decimal.h"
-#include "../platform/Export.h"
-#include "../platform/Object.h"
-#include "../platform/Value.h"
+#include "../values/Data.h"
+#include "../values/Decimal.h"
+#include "../values/Export.h"
+#include "../values/Object.h"
+#include "../values/Value.h"
 
 namespace mrziphoto {
 

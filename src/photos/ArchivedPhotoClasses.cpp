@@ -1,6 +1,6 @@
 #include <array>
 
-#include "../platform/KeyValue.h"
+#include "../values/KeyValue.h"
 #include "AttributeMgr.h"
 #include "DBCopySource.h"
 #include "DBSource.h"

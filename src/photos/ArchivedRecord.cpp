@@ -1,8 +1,8 @@
 #include "ArchivedRecord.h"
 
-#include "../platform/Log.h"
-#include "../platform/NSArchiver.h"
-#include "../platform/NSUnarchiver.h"
+#include "../archive/NSArchiver.h"
+#include "../archive/NSUnarchiver.h"
+#include "../values/Log.h"
 
 namespace mrziphoto {
 

@@ -3,10 +3,10 @@
 #include <string>
 #include <string_view>
 
-#include "../platform/Dictionary.h"
-#include "../platform/Export.h"
-#include "../platform/Object.h"
-#include "../platform/Value.h"
+#include "../values/Dictionary.h"
+#include "../values/Export.h"
+#include "../values/Object.h"
+#include "../values/Value.h"
 
 namespace mrziphoto {
 

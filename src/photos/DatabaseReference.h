@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-#include "../platform/Export.h"
-#include "../platform/Object.h"
+#include "../values/Export.h"
+#include "../values/Object.h"
 
 namespace mrziphoto {
 

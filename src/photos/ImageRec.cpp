@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "../platform/KeyValue.h"
+#include "../values/KeyValue.h"
 
 namespace mrziphoto {
 

@@ -6,10 +6,10 @@
 #include <string>
 #include <string_view>
 
-#include "../platform/Dictionary.h"
-#include "../platform/Export.h"
-#include "../platform/NSSize.h"
-#include "../platform/Object.h"
+#include "../images/NSSize.h"
+#include "../values/Dictionary.h"
+#include "../values/Export.h"
+#include "../values/Object.h"
 #include "AttributeMgr.h"
 #include "DatabaseReference.h"
 #include "ImageRec.h"

@@ -3,8 +3,8 @@
 #include <bit>
 #include <cstring>
 
-#include "../platform/ClassRegistry.h"
-#include "../platform/Log.h"
+#include "../values/ClassRegistry.h"
+#include "../values/Log.h"
 #include "ImageRecRef.h"
 
 namespace mrziphoto {

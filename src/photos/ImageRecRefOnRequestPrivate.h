@@ -4,7 +4,7 @@
 #include <string>
 
 #include "../exif/TVQiPhotoUserData.h"
-#include "../platform/NSImage.h"
+#include "../images/NSImage.h"
 #include "ImageRecRef.h"
 
 namespace mrziphoto {

@@ -4,10 +4,10 @@
 #include <array>
 #include <cmath>
 
-#include "../platform/ClassRegistry.h"
-#include "../platform/NSImage.h"
-#include "../platform/Path.h"
+#include "../files/Path.h"
+#include "../images/NSImage.h"
 #include "../table/detail/PhotoField.h"
+#include "../values/ClassRegistry.h"
 #include "ImageRecRef.h"
 #include "ImageRecRefOnRequestPrivate.h"
 #include "RecordDatabase.h"

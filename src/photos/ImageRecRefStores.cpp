@@ -2,13 +2,13 @@
 
 #include <array>
 
-#include "../platform/FileManager.h"
-#include "../platform/KeyValue.h"
-#include "../platform/Log.h"
-#include "../platform/NSArchiver.h"
-#include "../platform/NSException.h"
-#include "../platform/NSUnarchiver.h"
-#include "../platform/Path.h"
+#include "../archive/NSArchiver.h"
+#include "../archive/NSUnarchiver.h"
+#include "../files/FileManager.h"
+#include "../files/Path.h"
+#include "../values/KeyValue.h"
+#include "../values/Log.h"
+#include "../values/NSException.h"
 #include "ImageRecRef.h"
 #include "ImageRecRefOnRequestPrivate.h"
 #include "PhotoFolder.h"

@@ -3,9 +3,9 @@
 #include <array>
 #include <cmath>
 
-#include "../platform/KeyValue.h"
-#include "../platform/KeyedHash.h"
-#include "../platform/NSException.h"
+#include "../values/KeyValue.h"
+#include "../values/KeyedHash.h"
+#include "../values/NSException.h"
 
 namespace mrziphoto {
 Ref<Key> Key::initWithKeyValue(Value value) {

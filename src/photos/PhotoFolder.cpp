@@ -1,7 +1,7 @@
 #include "PhotoFolder.h"
 
-#include "../platform/FileManager.h"
-#include "../platform/Path.h"
+#include "../files/FileManager.h"
+#include "../files/Path.h"
 
 namespace mrziphoto {
 

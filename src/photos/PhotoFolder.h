@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "../platform/Export.h"
-#include "../platform/KeyedHash.h"
-#include "../platform/Object.h"
+#include "../values/Export.h"
+#include "../values/KeyedHash.h"
+#include "../values/Object.h"
 
 namespace mrziphoto {
 

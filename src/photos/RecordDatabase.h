@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
-#include "../platform/Export.h"
-#include "../platform/List.h"
-#include "../platform/NSSize.h"
-#include "../platform/ReadingRules.h"
-#include "../platform/Value.h"
+#include "../files/ReadingRules.h"
+#include "../images/NSSize.h"
+#include "../values/Export.h"
+#include "../values/List.h"
+#include "../values/Value.h"
 #include "DatabaseReference.h"
 
 namespace mrziphoto {

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "../platform/FileManager.h"
-#include "../platform/Path.h"
-#include "../platform/detail/OwnFile.h"
+#include "../files/FileManager.h"
+#include "../files/Path.h"
+#include "../files/detail/OwnFile.h"
 
 namespace mrziphoto {
 namespace {

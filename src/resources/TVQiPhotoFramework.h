@@ -1,7 +1,7 @@
 #pragma once
 
-#include "../platform/Bundle.h"
-#include "../platform/Export.h"
+#include "../values/Export.h"
+#include "Bundle.h"
 
 namespace mrziphoto {
 

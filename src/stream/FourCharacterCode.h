@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "../platform/Format.h"
+#include "../values/Format.h"
 
 namespace mrziphoto {
 

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <limits>
 
-#include "../platform/NSException.h"
+#include "../values/NSException.h"
 
 namespace mrziphoto {
 

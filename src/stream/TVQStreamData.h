@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "../platform/Data.h"
-#include "../platform/Export.h"
+#include "../values/Data.h"
+#include "../values/Export.h"
 
 namespace mrziphoto {
 

@@ -2,8 +2,8 @@
 
 #include <bit>
 
-#include "../platform/NSException.h"
-#include "../platform/NSUnarchiver.h"
+#include "../archive/NSUnarchiver.h"
+#include "../values/NSException.h"
 
 namespace mrziphoto {
 

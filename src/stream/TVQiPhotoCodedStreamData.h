@@ -5,10 +5,10 @@
 #include <string_view>
 #include <vector>
 
-#include "../platform/Export.h"
-#include "../platform/NSSize.h"
-#include "../platform/String.h"
-#include "../platform/Value.h"
+#include "../images/NSSize.h"
+#include "../values/Export.h"
+#include "../values/String.h"
+#include "../values/Value.h"
 #include "TVQStreamData.h"
 
 namespace mrziphoto {

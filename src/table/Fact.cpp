@@ -1,7 +1,7 @@
 #include "detail/Fact.h"
 
-#include "../platform/Array.h"
-#include "../platform/Dictionary.h"
+#include "../values/Array.h"
+#include "../values/Dictionary.h"
 #include "detail/PhotoTable.h"
 
 namespace mrziphoto {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "../platform/Array.h"
+#include "../values/Array.h"
 #include "detail/PhotoFacts.h"
 
 namespace mrziphoto {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <string_view>
 
-#include "../platform/FileManager.h"
-#include "../platform/Limits.h"
-#include "../platform/detail/OpenFile.h"
+#include "../files/FileManager.h"
+#include "../files/detail/OpenFile.h"
 #include "../stream/TVQStreamData.h"
+#include "../values/Limits.h"
 
 namespace mrziphoto {
 namespace {

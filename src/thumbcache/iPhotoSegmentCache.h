@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "../platform/Data.h"
-#include "../platform/Export.h"
-#include "../platform/Object.h"
+#include "../values/Data.h"
+#include "../values/Export.h"
+#include "../values/Object.h"
 
 namespace mrziphoto {
 

@@ -9,11 +9,11 @@
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/albumdata/detail/AlbumData.h>
-#include <MRZiPhoto/platform/FileFailure.h>
-#include <MRZiPhoto/platform/Limits.h>
-#include <MRZiPhoto/platform/NSException.h>
-#include <MRZiPhoto/platform/PropertyList.h>
+#include <MRZiPhoto/files/FileFailure.h>
+#include <MRZiPhoto/propertylist/PropertyList.h>
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
+#include <MRZiPhoto/values/Limits.h>
+#include <MRZiPhoto/values/NSException.h>
 
 #include "support/AlbumDataText.h"
 #include "support/TemporaryFolder.h"
@@ -260,7 +260,7 @@ const std::vector<Unusual> kUnusual{
      [] {
        std::string inside;
        for (int i = 0; i < 40; ++i) {
-         inside = "<array>" + inside + "</array>";
+         inside.insert(0, "<array>").append("</array>");
        }
        return photoWith("<key>a</key>" + inside);
      }()},

@@ -10,11 +10,11 @@
 #include <MRZiPhoto/albums/LastImportAlbum.h>
 #include <MRZiPhoto/albums/PublishedAlbum.h>
 #include <MRZiPhoto/albums/RollAlbum.h>
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/Limits.h>
-#include <MRZiPhoto/platform/NSArchiver.h>
-#include <MRZiPhoto/platform/NSException.h>
-#include <MRZiPhoto/platform/NSUnarchiver.h>
+#include <MRZiPhoto/archive/NSArchiver.h>
+#include <MRZiPhoto/archive/NSUnarchiver.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/Limits.h>
+#include <MRZiPhoto/values/NSException.h>
 
 #include "support/ArchivedAs.h"
 #include "support/CollectedLog.h"
@@ -35,7 +35,7 @@ Ref<Kind> named(std::string_view name) {
 /// An album of that kind with these children.
 template <class Kind>
 Ref<Kind> containing(std::vector<Value> children) {
-  const Ref<Kind> album = Album::init<Kind>();
+  Ref<Kind> album = Album::init<Kind>();
   album->storedDictionary()->set(Album::kChildren, make<Array>(std::move(children)));
   return album;
 }

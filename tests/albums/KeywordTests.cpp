@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/albums/KeywordMgr.h>
+#include <MRZiPhoto/archive/NSArchiver.h>
+#include <MRZiPhoto/archive/NSUnarchiver.h>
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/NSArchiver.h>
-#include <MRZiPhoto/platform/NSUnarchiver.h>
+#include <MRZiPhoto/values/Array.h>
 
 #include "support/ArchivedAs.h"
 #include "support/CollectedLog.h"

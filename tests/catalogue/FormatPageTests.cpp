@@ -4,7 +4,7 @@
 
 #include <MRZiPhoto/albums/AlbumKind.h>
 #include <MRZiPhoto/catalogue/CodedFields.h>
-#include <MRZiPhoto/platform/ClassRegistry.h>
+#include <MRZiPhoto/values/ClassRegistry.h>
 
 #include "support/MarkdownTable.h"
 

@@ -6,9 +6,9 @@
 
 #include <MRZiPhoto/catalogue/TVQiPhotoLibrary.h>
 #include <MRZiPhoto/photos/RecordDatabase.h>
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/Limits.h>
-#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/Limits.h>
+#include <MRZiPhoto/values/NSException.h>
 
 #include "support/CodedBuilder.h"
 #include "support/CodedLibrary.h"

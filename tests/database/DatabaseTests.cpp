@@ -13,12 +13,12 @@
 #include <MRZiPhoto/albums/FolderAlbum.h>
 #include <MRZiPhoto/albums/LastImportAlbum.h>
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/FileManager.h>
-#include <MRZiPhoto/platform/Limits.h>
-#include <MRZiPhoto/platform/Path.h>
-#include <MRZiPhoto/platform/UserDefaults.h>
-#include <MRZiPhoto/platform/Workspace.h>
+#include <MRZiPhoto/files/FileManager.h>
+#include <MRZiPhoto/files/Path.h>
+#include <MRZiPhoto/resources/UserDefaults.h>
+#include <MRZiPhoto/resources/Workspace.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/Limits.h>
 
 #include "support/CodedLibrary.h"
 #include "support/CollectedLog.h"

@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
+#include <MRZiPhoto/files/FileManager.h>
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/platform/FileManager.h>
 
 #include "sample/Bytes.h"
 #include "support/CodedLibrary.h"

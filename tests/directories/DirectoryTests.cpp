@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <MRZiPhoto/archive/NSArchiver.h>
+#include <MRZiPhoto/archive/NSUnarchiver.h>
 #include <MRZiPhoto/directories/TVQiPhotoDirectories.h>
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/NSArchiver.h>
-#include <MRZiPhoto/platform/NSUnarchiver.h>
+#include <MRZiPhoto/values/Array.h>
 
 #include "support/CollectedLog.h"
 #include "support/KeyValueAnswers.h"

@@ -5,7 +5,7 @@
 
 #include <MRZiPhoto/exif/CameraRecords.h>
 #include <MRZiPhoto/exif/SettingDescriptions.h>
-#include <MRZiPhoto/platform/Format.h>
+#include <MRZiPhoto/values/Format.h>
 
 #include "support/MarkdownTable.h"
 

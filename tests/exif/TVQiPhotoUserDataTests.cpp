@@ -8,8 +8,8 @@
 
 #include <MRZiPhoto/exif/CameraRecords.h>
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
-#include <MRZiPhoto/platform/Log.h>
-#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/values/Log.h>
+#include <MRZiPhoto/values/NSException.h>
 
 #include "sample/ExifBlockWriter.h"
 #include "support/KeyValueAnswers.h"

@@ -4,12 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <MRZiPhoto/archive/NSArchiver.h>
+#include <MRZiPhoto/archive/NSUnarchiver.h>
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/NSArchiver.h>
-#include <MRZiPhoto/platform/NSException.h>
-#include <MRZiPhoto/platform/NSUnarchiver.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/NSException.h>
 
 #include "support/ArchivedAs.h"
 #include "support/CollectedLog.h"

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <MRZiPhoto/images/NSImage.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
-#include <MRZiPhoto/platform/ClassRegistry.h>
-#include <MRZiPhoto/platform/NSImage.h>
+#include <MRZiPhoto/values/ClassRegistry.h>
 
 #include "support/StandInDatabase.h"
 

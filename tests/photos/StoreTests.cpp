@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <MRZiPhoto/archive/NSArchiver.h>
+#include <MRZiPhoto/archive/NSUnarchiver.h>
 #include <MRZiPhoto/photos/AttributeMgr.h>
 #include <MRZiPhoto/photos/DBSource.h>
 #include <MRZiPhoto/photos/ImageRec.h>
 #include <MRZiPhoto/photos/ImageRefKey.h>
-#include <MRZiPhoto/platform/NSArchiver.h>
-#include <MRZiPhoto/platform/NSException.h>
-#include <MRZiPhoto/platform/NSUnarchiver.h>
+#include <MRZiPhoto/values/NSException.h>
 
 #include "support/ArchivedAs.h"
 #include "support/CollectedLog.h"

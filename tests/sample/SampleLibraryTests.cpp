@@ -15,8 +15,8 @@
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
-#include <MRZiPhoto/platform/Array.h>
 #include <MRZiPhoto/thumbcache/iPhotoSegmentCache.h>
+#include <MRZiPhoto/values/Array.h>
 
 #include "sample/SampleLibrary.h"
 #include "support/CollectedLog.h"

@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <MRZiPhoto/platform/NSArchiver.h>
-#include <MRZiPhoto/platform/NSException.h>
+#include <MRZiPhoto/archive/NSArchiver.h>
 #include <MRZiPhoto/stream/TVQiPhotoCodedStreamData.h>
+#include <MRZiPhoto/values/NSException.h>
 
 namespace mrziphoto {
 namespace {

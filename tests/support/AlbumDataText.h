@@ -4,10 +4,10 @@
 #include <string_view>
 
 #include <MRZiPhoto/albumdata/detail/AlbumData.h>
-#include <MRZiPhoto/platform/Dictionary.h>
-#include <MRZiPhoto/platform/NSException.h>
-#include <MRZiPhoto/platform/PropertyListWriter.h>
+#include <MRZiPhoto/propertylist/PropertyListWriter.h>
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
+#include <MRZiPhoto/values/Dictionary.h>
+#include <MRZiPhoto/values/NSException.h>
 
 namespace mrziphoto {
 

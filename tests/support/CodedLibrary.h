@@ -5,9 +5,9 @@
 #include <vector>
 
 #include <MRZiPhoto/albums/KeywordMgr.h>
+#include <MRZiPhoto/archive/NSArchiver.h>
 #include <MRZiPhoto/catalogue/TVQiPhotoLibrary.h>
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/NSArchiver.h>
+#include <MRZiPhoto/values/Array.h>
 
 #include "support/ArchivedAs.h"
 #include "support/CodedBuilder.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include <MRZiPhoto/platform/Log.h>
+#include <MRZiPhoto/values/Log.h>
 
 namespace mrziphoto {
 

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/Dictionary.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/Dictionary.h>
 
 namespace mrziphoto {
 

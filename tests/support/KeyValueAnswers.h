@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <MRZiPhoto/platform/NSException.h>
-#include <MRZiPhoto/platform/Object.h>
-#include <MRZiPhoto/platform/Value.h>
+#include <MRZiPhoto/values/NSException.h>
+#include <MRZiPhoto/values/Object.h>
+#include <MRZiPhoto/values/Value.h>
 
 namespace mrziphoto {
 

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <string>
 
+#include <MRZiPhoto/archive/NSArchiver.h>
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
-#include <MRZiPhoto/platform/NSArchiver.h>
 
 #include "TemporaryFolder.h"
 

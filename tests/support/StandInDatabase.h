@@ -5,11 +5,11 @@
 #include <vector>
 
 #include <MRZiPhoto/albums/Keyword.h>
+#include <MRZiPhoto/images/NSImage.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
 #include <MRZiPhoto/photos/Key.h>
 #include <MRZiPhoto/photos/PhotoFolder.h>
 #include <MRZiPhoto/photos/RecordDatabase.h>
-#include <MRZiPhoto/platform/NSImage.h>
 
 namespace mrziphoto {
 

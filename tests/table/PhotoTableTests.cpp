@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/Dictionary.h>
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/Dictionary.h>
 
 namespace mrziphoto {
 namespace {

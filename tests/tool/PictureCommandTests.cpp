@@ -18,15 +18,15 @@
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
-#include <MRZiPhoto/platform/NSImage.h>
+#include <MRZiPhoto/images/NSImage.h>
 
 #include "support/RunTool.h"
 #include "support/SampleFolder.h"
 #include "support/TemporaryFolder.h"
-#include "tool/ContactSheet.h"
-#include "tool/Failure.h"
-#include "tool/LibraryPlaces.h"
-#include "tool/NewFile.h"
+#include "tool/output/Failure.h"
+#include "tool/output/LibraryPlaces.h"
+#include "tool/output/NewFile.h"
+#include "tool/pictures/ContactSheet.h"
 
 namespace mrziphoto {
 namespace {

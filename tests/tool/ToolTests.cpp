@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <MRZiPhoto/platform/NSImage.h>
+#include <MRZiPhoto/images/NSImage.h>
 
 #include "support/ArchiveBytes.h"
 #include "support/EnvironmentVariable.h"

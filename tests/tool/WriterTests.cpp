@@ -5,16 +5,16 @@
 #include <gtest/gtest.h>
 
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/platform/Array.h>
-#include <MRZiPhoto/platform/Dictionary.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/Dictionary.h>
 
-#include "tool/JsonText.h"
-#include "tool/Messages.h"
-#include "tool/Output.h"
-#include "tool/Progress.h"
-#include "tool/RecordWriter.h"
-#include "tool/TerminalText.h"
-#include "tool/Values.h"
+#include "tool/output/JsonText.h"
+#include "tool/output/Messages.h"
+#include "tool/output/Output.h"
+#include "tool/output/Progress.h"
+#include "tool/output/RecordWriter.h"
+#include "tool/output/TerminalText.h"
+#include "tool/output/Values.h"
 
 namespace mrziphoto::tool {
 namespace {

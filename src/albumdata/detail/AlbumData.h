@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
-#include "../../platform/Data.h"
-#include "../../platform/FileFailure.h"
-#include "../../platform/Value.h"
+#include "../../files/FileFailure.h"
 #include "../../table/detail/Fact.h"
 #include "../../table/detail/PhotoTable.h"
+#include "../../values/Data.h"
+#include "../../values/Value.h"
 #include "PlainMarkup.h"
 
 namespace mrziphoto {

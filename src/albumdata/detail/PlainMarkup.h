@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "../../platform/detail/XmlScanner.h"
+#include "../../propertylist/detail/XmlScanner.h"
 
 namespace mrziphoto {
 

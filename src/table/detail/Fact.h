@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "../../platform/Date.h"
-#include "../../platform/Value.h"
+#include "../../values/Date.h"
+#include "../../values/Value.h"
 #include "PhotoField.h"
 
 namespace mrziphoto {

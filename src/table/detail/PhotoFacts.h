@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "../../platform/Dictionary.h"
+#include "../../values/Dictionary.h"
 #include "Fact.h"
 #include "PhotoField.h"
 #include "PhotoTable.h"

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "../../platform/Dictionary.h"
-#include "../../platform/Object.h"
+#include "../../values/Dictionary.h"
+#include "../../values/Object.h"
 #include "Fact.h"
 #include "FactBlocks.h"
 #include "FirstIndex.h"

@@ -1,0 +1,79 @@
+#include <array>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <MRZiPhoto/values/Limits.h>
+
+#include "support/MarkdownTable.h"
+
+namespace mrziphoto {
+namespace {
+
+/// "16 MiB" or "100,000".
+std::string asWritten(std::uint64_t number, std::string_view unit, std::uint64_t inUnit) {
+  std::string digits = std::to_string(number / inUnit);
+  for (std::size_t i = digits.size(); i > 3; i -= 3) {
+    digits.insert(i - 3, digits.size() > 4 ? "," : "");
+  }
+  return digits + (unit.empty() ? "" : " ") + std::string(unit);
+}
+
+TEST(Limits, AreAllDocumentedWithTheirDefaults) {
+  struct Field {
+    std::string_view name;
+    std::uint64_t number;
+    std::string_view unit = {};
+    std::uint64_t inUnit = 1;
+  };
+  constexpr std::uint64_t kMiB = 1 << 20;
+  const Limits limits;
+  const std::array fields{
+      Field{"fileSize", limits.fileSize, "GiB", kMiB << 10},
+      Field{"expansion", limits.expansion},
+      Field{"leastExpansion", limits.leastExpansion},
+      Field{"nesting", limits.nesting},
+      Field{"albums", limits.albums},
+      Field{"flattenedAlbums", limits.flattenedAlbums},
+      Field{"classChain", limits.classChain},
+      Field{"typeString", limits.typeString},
+      Field{"typeNesting", limits.typeNesting},
+      Field{"describedKey", limits.describedKey},
+      Field{"description", limits.description, "MiB", kMiB},
+      Field{"imageSide", limits.imageSide},
+      Field{"imagePixels", limits.imagePixels},
+      Field{"decoderBytes", limits.decoderBytes, "MiB", kMiB},
+      Field{"bitmapPixels", limits.bitmapPixels},
+      Field{"decodingTime", static_cast<std::uint64_t>(limits.decodingTime.count()), "s", 1000},
+  };
+  std::set<std::pair<std::string, std::string>> wanted;
+  std::set<std::string> names;
+  for (const Field& field : fields) {
+    wanted.emplace(field.name, asWritten(field.number, field.unit, field.inUnit));
+    names.emplace(field.name);
+  }
+  std::set<std::pair<std::string, std::string>> documented;
+  for (const MarkdownRow& row : markdownTable(MRZIPHOTO_DOCS "/limits.md", "Fields")) {
+    ASSERT_GE(row.size(), 3U);
+    documented.emplace(row[0], row[1]);
+  }
+  EXPECT_EQ(documented, wanted);
+
+  // A field that is new stands in the table above, too.
+  std::set<std::string> declared;
+  std::ifstream header(MRZIPHOTO_DOCS "/../src/values/Limits.h");
+  for (std::string line; std::getline(header, line);) {
+    std::string type;
+    std::string name;
+    if (line.starts_with("  std::") && std::istringstream(line) >> type >> name) {
+      declared.insert(name.substr(0, name.find('{')));
+    }
+  }
+  EXPECT_EQ(declared, names);
+}
+
+}  // namespace
+}  // namespace mrziphoto

@@ -1,0 +1,51 @@
+#include <optional>
+#include <string>
+
+#include <MRZiPhoto/archive/ArchiveDocument.h>
+#include <MRZiPhoto/files/FileManager.h>
+#include <MRZiPhoto/values/NSException.h>
+
+#include "../output/Failure.h"
+#include "../output/JsonText.h"
+#include "../output/TerminalText.h"
+#include "Commands.h"
+
+namespace mrziphoto::tool {
+namespace {
+
+ArchiveDocument readArchive(const std::string& file) {
+  const std::string name = '\'' + file + '\'';
+  FileFailure failure;
+  const std::optional<Data> bytes = FileManager::contents(file, &failure);
+  if (!bytes) {
+    throw Failure(ExitStatus::notThere, "the file " + name + " cannot be read: " + failure.reason);
+  }
+  try {
+    if (const std::optional<ArchiveDocument> document = ArchiveDocument::initWithData(*bytes)) {
+      return *document;
+    }
+  } catch (const NSException& exception) {
+    throw Failure(ExitStatus::notThere,
+                  "the archive " + name + " is damaged: " + exception.reason());
+  }
+  throw Failure(ExitStatus::notThere, "the file " + name + " is no typed-object archive");
+}
+
+}  // namespace
+
+void archive(Session& session) {
+  const Format format = session.arguments.format;
+  if (format == Format::csv) {
+    throw Failure(ExitStatus::wrongUse, "the structure of an archive does not fit the format csv");
+  }
+  const ArchiveDocument document = readArchive(session.arguments.words.front());
+  std::string& out = session.output.text();
+  if (format == Format::table) {
+    out += terminalLines(document.text());
+  } else {
+    JsonText::appendHarmless(out, document.json());
+    out += '\n';
+  }
+}
+
+}  // namespace mrziphoto::tool

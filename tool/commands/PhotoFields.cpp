@@ -1,0 +1,231 @@
+#include "PhotoFields.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+#include <MRZiPhoto/exif/TVQiPhotoUserData.h>
+#include <MRZiPhoto/photos/AttributeMgr.h>
+#include <MRZiPhoto/values/Array.h>
+#include <MRZiPhoto/values/NSException.h>
+
+#include "../output/Failure.h"
+#include "../output/Messages.h"
+#include "../output/Values.h"
+#include "../output/Wording.h"
+
+namespace mrziphoto::tool {
+namespace {
+
+void writeKeywords(RecordWriter& out, const ImageRecRef& photo) {
+  const Ref<Array> keywords = photo.keywords().array();
+  out.beginList();
+  if (keywords) {
+    for (const Value& keyword : *keywords) {
+      if (const std::optional<std::string> text = keywordText(keyword)) {
+        out.text(*text);
+      }
+    }
+  }
+  out.endList();
+}
+
+void writePhotoKey(RecordWriter& out, const ImageRecRef& photo) {
+  if (const std::optional<std::int64_t> number = photo.plainKeyNumber()) {
+    out.integer(*number);
+  } else {
+    writeKey(out, photo.key());
+  }
+}
+
+/// A field that writes the answer of one operation, which is a text, a date or a boolean.
+template <auto operation>
+void answer(RecordWriter& out, const ImageRecRef& photo) {
+  const auto value = (photo.*operation)();
+  if constexpr (std::is_same_v<decltype(value), const bool>) {
+    out.boolean(value);
+  } else if constexpr (std::is_same_v<decltype(value), const std::optional<Date>>) {
+    out.date(value);
+  } else {
+    out.text(value);
+  }
+}
+
+/// In which of the two sets of fields a field stands by itself.
+enum class Usual { no, yes, alsoInTables };
+
+struct PhotoField {
+  std::string_view name;
+  Usual usual = Usual::no;
+  /// The straight way to the answer; nullptr for fields that key-value access answers.
+  PhotoFields::Write write = nullptr;
+};
+
+// In the order of `--fields all`. Those of a listing go the straight way: a library may have a
+// million photos.
+constexpr std::array kPhotoFields{
+    PhotoField{"key", Usual::alsoInTables, writePhotoKey},
+    PhotoField{"rollKey", Usual::yes,
+               [](RecordWriter& out, const ImageRecRef& photo) { writeKey(out, photo.rollKey()); }},
+    PhotoField{"date", Usual::yes, answer<&ImageRecRef::date>},
+    PhotoField{"archiveDate", Usual::alsoInTables, answer<&ImageRecRef::archiveDate>},
+    PhotoField{"modificationDate", Usual::yes, answer<&ImageRecRef::modificationDate>},
+    PhotoField{"caption", Usual::alsoInTables, answer<&ImageRecRef::caption>},
+    PhotoField{"comments", Usual::yes, answer<&ImageRecRef::comments>},
+    PhotoField{"keywords", Usual::alsoInTables, writeKeywords},
+    PhotoField{"imagePath", Usual::alsoInTables, answer<&ImageRecRef::imagePath>},
+    PhotoField{"originalImagePath", Usual::yes, answer<&ImageRecRef::originalImagePath>},
+    PhotoField{"thumbnailPath", Usual::yes, answer<&ImageRecRef::thumbnailPath>},
+    PhotoField{"originalFilename", Usual::yes, answer<&ImageRecRef::originalFilename>},
+    PhotoField{"hasBeenEdited", Usual::yes, answer<&ImageRecRef::hasBeenEdited>},
+    PhotoField{"directory"},
+    PhotoField{"relativeDirectory"},
+    PhotoField{"filename"},
+    PhotoField{"extension"},
+    PhotoField{"originalExtension"},
+    PhotoField{"fileSize"},
+    PhotoField{"rotation"},
+    PhotoField{"imageWidth"},
+    PhotoField{"imageHeight"},
+    PhotoField{"maker"},
+    PhotoField{"model"},
+    PhotoField{"software"},
+    PhotoField{"aperture"},
+    PhotoField{"maximumAperture"},
+    PhotoField{"exposure"},
+    PhotoField{"exposureBias"},
+    PhotoField{"shutter"},
+    PhotoField{"subjectDistance"},
+    PhotoField{"isoSpeed"},
+    PhotoField{"focalLength"},
+    PhotoField{"brightness"},
+    PhotoField{"sensingMethod"},
+    PhotoField{"lightSource"},
+    PhotoField{"flash"},
+    PhotoField{"meteringMode"},
+    PhotoField{"sensingMethodDescription"},
+    PhotoField{"lightSourceDescription"},
+    PhotoField{"flashDescription"},
+    PhotoField{"meteringModeDescription"},
+};
+
+/// A photo without a library, which tells what names a photo answers.
+const ImageRecRef& anyPhoto() {
+  static const Ref<ImageRecRef> photo = [] {
+    Ref<ImageRecRef> made = ImageRecRef::init();
+    // With a store of its own it looks for none beside a picture file.
+    made->setImageAttributes(AttributeMgr::init());
+    return made;
+  }();
+  return *photo;
+}
+
+void complain(const ImageRecRef& photo, const std::string& what, const NSException& exception) {
+  const Value number = numberOfKey(photo.key());
+  const std::string which =
+      number.isNothing() ? "a photo without a key" : "photo " + number.description();
+  Messages::complain("what cannot be read",
+                     which + ": " + what + " cannot be read: " + exception.reason());
+}
+
+/// The camera values of one photo, asked for once.
+class Camera {
+ public:
+  explicit Camera(const ImageRecRef& photo) : _photo(photo) {}
+
+  /// Nothing when the photo's camera block cannot be read, which the first call complains about.
+  [[nodiscard]] const Ref<TVQiPhotoUserData>& data() {
+    if (!_isAsked) {
+      _isAsked = true;
+      try {
+        _data = _photo.exifData();
+      } catch (const NSException& exception) {
+        complain(_photo, "the camera block", exception);
+      }
+    }
+    return _data;
+  }
+
+ private:
+  const ImageRecRef& _photo;
+  Ref<TVQiPhotoUserData> _data;
+  bool _isAsked = false;
+};
+
+}  // namespace
+
+PhotoFields PhotoFields::usual(Format format) {
+  PhotoFields fields;
+  for (const PhotoField& field : kPhotoFields) {
+    if (field.usual == Usual::alsoInTables ||
+        (field.usual == Usual::yes && format != Format::table)) {
+      fields.add(field.name, field.write);
+    }
+  }
+  return fields;
+}
+
+PhotoFields PhotoFields::all() {
+  PhotoFields fields;
+  for (const PhotoField& field : kPhotoFields) {
+    fields.add(field.name, field.write);
+  }
+  return fields;
+}
+
+PhotoFields PhotoFields::named(const std::vector<std::string>& names) {
+  PhotoFields fields;
+  for (const std::string& name : names) {
+    const auto* known = std::ranges::find(kPhotoFields, name, &PhotoField::name);
+    fields.add(name, known != kPhotoFields.end() ? known->write : nullptr);
+  }
+  return fields;
+}
+
+void PhotoFields::add(std::string_view name, Write direct) {
+  if (std::ranges::find(_fields, name, &Field::name) != _fields.end()) {
+    return;
+  }
+  const ImageRecRef& photo = anyPhoto();
+  Field field{std::string(name), direct, photo.accessorNamed(name),
+              photo.exifData()->accessorNamed(name)};
+  if (direct == nullptr && field.ofPhoto == nullptr && field.ofCamera == nullptr) {
+    std::array<std::string_view, kPhotoFields.size()> names;
+    std::ranges::transform(kPhotoFields, names.begin(), &PhotoField::name);
+    throw Failure(ExitStatus::wrongUse,
+                  "a photo has no field '" + field.name + '\'' + didYouMean(field.name, names, ""));
+  }
+  _fields.push_back(std::move(field));
+}
+
+std::vector<std::string> PhotoFields::names() const {
+  std::vector<std::string> names;
+  for (const Field& field : _fields) {
+    names.push_back(field.name);
+  }
+  return names;
+}
+
+void PhotoFields::write(RecordWriter& out, const ImageRecRef& photo) const {
+  Camera camera(photo);
+  out.beginRecord();
+  for (const Field& field : _fields) {
+    try {
+      if (field.write != nullptr) {
+        field.write(out, photo);
+      } else if (field.ofPhoto != nullptr) {
+        writeValue(out, field.ofPhoto->get(photo));
+      } else if (const Ref<TVQiPhotoUserData>& data = camera.data()) {
+        writeValue(out, field.ofCamera->get(*data));
+      } else {
+        out.null();
+      }
+    } catch (const NSException& exception) {
+      complain(photo, '\'' + field.name + '\'', exception);
+      out.null();
+    }
+  }
+  out.endRecord();
+}
+
+}  // namespace mrziphoto::tool
