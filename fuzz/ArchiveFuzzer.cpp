@@ -20,13 +20,21 @@ void decode(const Data& data) {
   }
 }
 
-void print(const Data& data) {
+void list(const Data& data) {
   const auto document = ArchiveDocument::initWithData(data);
   if (!document) {
     return;
   }
-  (void)document->text();
-  (void)document->json();
+  std::size_t depth = 0;
+  for (const ArchiveItem& item : document->items()) {
+    using Kind = ArchiveItem::Kind;
+    depth += item.kind == Kind::newObject ? 1 : 0;
+    if ((item.kind == Kind::classReference && item.number >= document->classes().size()) ||
+        (item.kind == Kind::cString && item.number >= document->cStrings().size()) ||
+        (item.kind == Kind::endOfObject && depth-- == 0)) {
+      std::abort();
+    }
+  }
   const Data written = document->write();
   if (ArchiveDocument::initWithData(written).value().write() != written) {
     std::abort();
@@ -38,7 +46,7 @@ void print(const Data& data) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   setLogSink({});
   const Data bytes = Data::copyOf({reinterpret_cast<const char*>(data), size});
-  for (const auto use : {decode, print}) {
+  for (const auto use : {decode, list}) {
     try {
       use(bytes);
     } catch (const NSException&) {

@@ -4,18 +4,28 @@
 
 #include "../values/Limits.h"
 #include "../values/NSException.h"
-#include "detail/ArchiveContents.h"
+#include "detail/ArchiveReader.h"
 #include "detail/ArchiveWriter.h"
 
 namespace mrziphoto {
 namespace {
 
-using detail::ArchiveItem;
 using detail::ArchiveReader;
 using detail::ArchiveWriter;
 using Kind = ArchiveItem::Kind;
 
 }  // namespace
+
+struct ArchiveDocument::Contents {
+  Data data;
+  std::endian byteOrder;
+  std::int32_t systemVersion;
+  std::vector<ArchiveItem> items;
+  std::vector<ArchiveClass> classes;
+  std::vector<ArchiveCString> cStrings;
+  std::size_t length;
+  std::string trailingReason;
+};
 
 /// Reads an archive into a run of items.
 class ArchiveDocument::Builder {
@@ -91,8 +101,8 @@ namespace {
 /// Writes items. What has a number is written in full where it stands first.
 class ItemWriter {
  public:
-  ItemWriter(ArchiveWriter& writer, const std::vector<ArchiveReader::ClassRecord>& classes,
-             const std::vector<ArchiveReader::CString>& cStrings)
+  ItemWriter(ArchiveWriter& writer, const std::vector<ArchiveClass>& classes,
+             const std::vector<ArchiveCString>& cStrings)
       : _writer(writer), _classes(classes), _cStrings(cStrings) {}
 
   void write(const ArchiveItem& item) {
@@ -127,7 +137,7 @@ class ItemWriter {
  private:
   void writeClass(std::optional<std::uint32_t> position) {
     while (position && *position >= _classesWritten) {
-      const ArchiveReader::ClassRecord& record = _classes[*position];
+      const ArchiveClass& record = _classes[*position];
       _writer.writeNew();
       _writer.writeShared(record.name);
       _writer.writeInteger(record.version, 'i');
@@ -151,8 +161,8 @@ class ItemWriter {
   }
 
   ArchiveWriter& _writer;
-  const std::vector<ArchiveReader::ClassRecord>& _classes;
-  const std::vector<ArchiveReader::CString>& _cStrings;
+  const std::vector<ArchiveClass>& _classes;
+  const std::vector<ArchiveCString>& _cStrings;
   std::size_t _classesWritten = 0;
   std::size_t _cStringsWritten = 0;
 };
@@ -186,6 +196,12 @@ std::size_t ArchiveDocument::trailingLength() const {
 }
 
 const std::string& ArchiveDocument::trailingReason() const { return _contents->trailingReason; }
+
+std::span<const ArchiveItem> ArchiveDocument::items() const { return _contents->items; }
+
+std::span<const ArchiveClass> ArchiveDocument::classes() const { return _contents->classes; }
+
+std::span<const ArchiveCString> ArchiveDocument::cStrings() const { return _contents->cStrings; }
 
 Data ArchiveDocument::write() const {
   ArchiveWriter writer(_contents->byteOrder, _contents->systemVersion);

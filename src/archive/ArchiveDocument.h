@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "../values/Data.h"
 #include "../values/Export.h"
+#include "ArchiveItem.h"
 
 namespace mrziphoto {
 
@@ -35,31 +37,21 @@ class MRZIPHOTO_EXPORT ArchiveDocument {
   /// Why the bytes behind the archive part are no group; empty when there are none.
   [[nodiscard]] const std::string& trailingReason() const;
 
+  /// The archive part as one run of items in the order of the file, valid as long as a copy of this
+  /// document lives: a group is followed by its values; a new object by its class, its groups and
+  /// its end. Every class and C string that an item names by its position is there.
+  [[nodiscard]] std::span<const ArchiveItem> items() const;
+  /// Classes in the order of the file, superclasses behind the class that needs them first.
+  [[nodiscard]] std::span<const ArchiveClass> classes() const;
+  [[nodiscard]] std::span<const ArchiveCString> cStrings() const;
+
   /// The archive part, written anew: the same bytes for every archive that the format's original
   /// writer wrote.
   [[nodiscard]] Data write() const;
-  /// Indented lines for people to read, each group with its type and its values. Objects, classes
-  /// and C strings bear the numbers that references name, classes their superclasses and versions
-  /// where they stand first. Bytes are shortened.
-  [[nodiscard]] std::string text() const;
-  /// The same as one line of JSON, nothing shortened:
-  ///
-  ///     {"byteOrder", "streamerVersion", "systemVersion", "length",
-  ///      "classes": [{"number", "name", "version", "superclass": number or null}],
-  ///      "groups": [{"types", "values": [...]}],
-  ///      "trailing": null or {"offset", "length", "reason"}}
-  ///
-  /// A value is a number; a text; null for nil; "nan", "inf" or "-inf"; or an object that says
-  /// more:
-  /// {"object": number, "class": name, "groups"}, {"reference": number}, {"class": name, "number"},
-  /// {"cString": number, "text"}, {"bytes": length, "hex"}.
-  [[nodiscard]] std::string json() const;
 
  private:
   struct Contents;
   class Builder;
-  class TextPrinter;
-  class JsonPrinter;
 
   explicit ArchiveDocument(std::shared_ptr<const Contents> contents);
 

@@ -14,7 +14,6 @@
 namespace mrziphoto {
 namespace {
 
-using detail::ArchiveItem;
 using detail::failArchive;
 
 /// Stands for an object that was passed over, inside a collection that was passed over, too.

@@ -16,10 +16,11 @@
 
 namespace mrziphoto {
 
+struct ArchiveItem;
+
 namespace detail {
 class ArchiveReader;
 class ArchiveType;
-struct ArchiveItem;
 struct FoundationClass;
 }  // namespace detail
 
@@ -109,7 +110,7 @@ class MRZIPHOTO_EXPORT NSUnarchiver {
 
   const detail::ArchiveType& expectType(std::string_view type);
   Value valuesOf(const detail::ArchiveType& type);
-  Value valueOf(const detail::ArchiveItem& item);
+  Value valueOf(const ArchiveItem& item);
   Value borrowedText(std::string_view text);
   DictionaryKey sharedKey(std::string_view text);
   Value newObject(std::size_t number);

@@ -122,4 +122,17 @@ inline constexpr std::string_view kEveryType = R"(
     '#' NSString:1 NSObject:0 nil  '+' x028684
     '[3i]' 1 -2 300  '[4c]' x008486ff  '{_NSPoint=ff}' 1 f2.5  'iI' 1 5  '@' nil)";
 
+/// Every kind of item, with objects inside objects, and damage at its end.
+inline constexpr std::string_view kPhotoArchive = R"(
+    'i' 25
+    '@' new Photo:0 Stored:1 NSObject:0 nil
+      S1 new NSString:1 O3  '+' "say \hi" end
+      'c@@' x01 nil new O1  S1 O0 end
+      '*' new S0  S8 O7
+      '{s=fdd[2c]}' f0.5 2 x83000000000000f07f x00ff  S6 x02fffe
+      '[30c]' x000000000000000000000000000000000000000000000000000000000000
+      'Q' -1  '#' O1  ':' 'a'
+    end
+    S1 O4  x000100000002)";
+
 }  // namespace mrziphoto

@@ -5,9 +5,8 @@
 #include <MRZiPhoto/files/FileManager.h>
 #include <MRZiPhoto/values/NSException.h>
 
+#include "../output/ArchivePrinting.h"
 #include "../output/Failure.h"
-#include "../output/JsonText.h"
-#include "../output/TerminalText.h"
 #include "Commands.h"
 
 namespace mrziphoto::tool {
@@ -39,13 +38,8 @@ void archive(Session& session) {
     throw Failure(ExitStatus::wrongUse, "the structure of an archive does not fit the format csv");
   }
   const ArchiveDocument document = readArchive(session.arguments.words.front());
-  std::string& out = session.output.text();
-  if (format == Format::table) {
-    out += terminalLines(document.text());
-  } else {
-    JsonText::appendHarmless(out, document.json());
-    out += '\n';
-  }
+  const auto write = format == Format::table ? writeArchiveLines : writeArchiveJson;
+  write(session.output, document);
 }
 
 }  // namespace mrziphoto::tool

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <span>
 #include <utility>
 
 #include <MRZiPhoto/values/Text.h>
@@ -34,6 +35,9 @@ constexpr std::array kShortEscapes{
     std::pair{'"', '"'},  std::pair{'\\', '\\'}, std::pair{'\n', 'n'}, std::pair{'\t', 't'},
     std::pair{'\r', 'r'}, std::pair{'\b', 'b'},  std::pair{'\f', 'f'},
 };
+constexpr std::size_t kAlwaysShort = 3;  // of these, from the first on
+
+using ControlCharacters = JsonText::ControlCharacters;
 
 void appendUnit(std::string& out, std::uint32_t unit) {
   constexpr std::string_view kDigits = "0123456789abcdef";
@@ -43,8 +47,10 @@ void appendUnit(std::string& out, std::uint32_t unit) {
   }
 }
 
-void appendEscape(std::string& out, std::uint32_t character) {
-  for (const auto& [plain, letter] : kShortEscapes) {
+void appendEscape(std::string& out, std::uint32_t character, ControlCharacters controls) {
+  const bool isShort = controls == ControlCharacters::shortForms;
+  for (const auto& [plain, letter] :
+       std::span(kShortEscapes).first(isShort ? kShortEscapes.size() : kAlwaysShort)) {
     if (static_cast<unsigned char>(plain) == character) {
       out += '\\';
       out += letter;
@@ -86,9 +92,10 @@ std::size_t plainEights(std::string_view text, std::size_t begin) {
   return i - begin;
 }
 
-/// Appends well-formed text, those characters as escapes that `isEscaped` says.
-template <class IsEscaped>
-void appendEscaped(std::string& out, std::string_view text, IsEscaped&& isEscaped) {
+/// Appends well-formed text with the escapes that JSON asks for, and with all characters escaped
+/// that steer a terminal where `isHarmless`.
+void appendWellFormed(std::string& out, std::string_view text, ControlCharacters controls,
+                      bool isHarmless) {
   std::size_t begin = 0;
   for (std::size_t i = plainEights(text, 0); i < text.size();) {
     const Treatment treatment = kTreatments.at(static_cast<unsigned char>(text[i]));
@@ -99,9 +106,9 @@ void appendEscaped(std::string& out, std::string_view text, IsEscaped&& isEscape
     std::string_view rest = text.substr(i);
     const std::uint32_t character = text::nextCharacter(rest);
     const std::size_t end = text.size() - rest.size();
-    if (isEscaped(treatment, character)) {
+    if (treatment == Treatment::escaped || (isHarmless && steersTerminal(character))) {
       out.append(text, begin, i - begin);
-      appendEscape(out, character);
+      appendEscape(out, character, controls);
       begin = end;
     }
     i = end;
@@ -109,28 +116,25 @@ void appendEscaped(std::string& out, std::string_view text, IsEscaped&& isEscape
   out.append(text, begin);
 }
 
-void appendEscaped(std::string& out, std::string_view text) {
-  appendEscaped(out, text, [](Treatment treatment, std::uint32_t character) {
-    return treatment == Treatment::escaped || steersTerminal(character);
-  });
+void appendEscaped(std::string& out, std::string_view text, ControlCharacters controls,
+                   bool isHarmless) {
+  if (isAscii(text) || text::isUtf8(text)) {
+    appendWellFormed(out, text, controls, isHarmless);
+  } else {
+    appendWellFormed(out, text::repairedUtf8(text), controls, isHarmless);
+  }
 }
 
 }  // namespace
 
-void JsonText::appendQuoted(std::string& out, std::string_view text) {
+void JsonText::appendQuoted(std::string& out, std::string_view text, ControlCharacters controls) {
   out += '"';
-  if (isAscii(text) || text::isUtf8(text)) {
-    appendEscaped(out, text);
-  } else {
-    appendEscaped(out, text::repairedUtf8(text));
-  }
+  appendEscaped(out, text, controls, true);
   out += '"';
 }
 
-void JsonText::appendHarmless(std::string& out, std::string_view json) {
-  appendEscaped(out, json, [](Treatment treatment, std::uint32_t character) {
-    return treatment == Treatment::perhapsSteering && steersTerminal(character);
-  });
+void JsonText::appendUnquoted(std::string& out, std::string_view text) {
+  appendEscaped(out, text, ControlCharacters::numbered, false);
 }
 
 void JsonText::separate() {
@@ -146,7 +150,7 @@ void JsonText::word(std::string_view word) {
 
 void JsonText::text(std::string_view text) {
   separate();
-  appendQuoted(*_out, text);
+  appendQuoted(*_out, text, _controls);
 }
 
 void JsonText::open(char bracket) {

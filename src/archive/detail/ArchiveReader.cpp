@@ -27,14 +27,6 @@ constexpr std::size_t integerSize(std::int8_t head) {
 
 }  // namespace
 
-double ArchiveItem::real() const {
-  if (kind == Kind::integer) {
-    return static_cast<double>(integer());
-  }
-  return type == 'f' ? static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(number)))
-                     : std::bit_cast<double>(number);
-}
-
 bool ArchiveReader::isArchive(std::string_view bytes) {
   constexpr std::size_t kSystemVersionAt = kSignatureAt + kBigEndianSignature.size();
   if (bytes.size() <= kSystemVersionAt || bytes[0] != kStreamerVersion ||

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "../../values/KeyedHash.h"
+#include "../ArchiveItem.h"
 #include "ArchiveType.h"
 
 namespace mrziphoto::detail {
@@ -30,35 +31,6 @@ inline constexpr std::int8_t kFirstNumber = -110;
 
 inline constexpr std::string_view kBigEndianSignature = "typedstream";
 inline constexpr std::string_view kLittleEndianSignature = "streamtyped";
-inline constexpr char kStreamerVersion = 4;
-
-/// One value as it stands in an archive. Texts and bytes lie in the archive.
-struct ArchiveItem {
-  enum class Kind : std::uint8_t {
-    nil,
-    integer,          // also a real number in its short form
-    real,             // `number` has the bits, as many as the type has
-    bytes,            // with their length before them
-    rawBytes,         // an array of characters
-    sharedString,     // a selector or an atom
-    classReference,   // `number` is a position in classes()
-    cString,          // `number` is a position in cStrings()
-    newObject,        // `number` is the object's; its class and contents follow
-    objectReference,  // `number` is the object's
-    group,            // the type string of the values that follow
-    endOfObject
-  };
-
-  Kind kind = Kind::nil;
-  char type = 0;
-  std::uint64_t number = 0;  // of a text the length
-  const char* start = nullptr;
-
-  [[nodiscard]] std::string_view text() const { return {start, static_cast<std::size_t>(number)}; }
-  [[nodiscard]] std::int64_t integer() const { return static_cast<std::int64_t>(number); }
-  /// The value of an item of type `f` or `d`.
-  [[nodiscard]] double real() const;
-};
 
 /// Reads the parts that archives are made of, checks every bound, and numbers strings, objects,
 /// classes and C strings as the format does. What the parts mean is for others to say.
@@ -66,18 +38,10 @@ struct ArchiveItem {
 /// Every operation throws NSException where the archive is damaged; nothing more can be read then.
 class ArchiveReader {
  public:
-  struct ClassRecord {
-    std::string_view name;
-    std::int32_t version = 0;
-    std::size_t number = 0;                   // among objects, classes and C strings
-    std::optional<std::uint32_t> superclass;  // position in classes()
-    std::uint32_t chainLength = 1;            // the class itself and all above it
-    std::uint64_t chainTextSize = 0;          // bytes of their names
-    bool isComplete = false;                  // the chain has been read to its end
-  };
-  struct CString {
-    std::string_view text;
-    std::size_t number;
+  struct ClassRecord : ArchiveClass {
+    std::uint32_t chainLength = 1;    // the class itself and all above it
+    std::uint64_t chainTextSize = 0;  // bytes of their names
+    bool isComplete = false;          // the chain has been read to its end
   };
 
   /// True when the bytes begin with a header that this class reads.
@@ -94,7 +58,7 @@ class ArchiveReader {
   [[nodiscard]] bool isAtEnd() const { return remaining() == 0; }
 
   [[nodiscard]] const std::vector<ClassRecord>& classes() const { return _classes; }
-  [[nodiscard]] const std::vector<CString>& cStrings() const { return _cStrings; }
+  [[nodiscard]] const std::vector<ArchiveCString>& cStrings() const { return _cStrings; }
   /// The class of that name that was read last, or nullptr.
   [[nodiscard]] const ClassRecord* classNamed(std::string_view name) const;
 
@@ -171,7 +135,7 @@ class ArchiveReader {
   std::vector<SharedString> _strings;
   std::vector<Entry> _entries;
   std::vector<ClassRecord> _classes;
-  std::vector<CString> _cStrings;
+  std::vector<ArchiveCString> _cStrings;
   std::deque<ArchiveType> _types;
   std::unordered_map<std::string_view, std::uint32_t, KeyedHash> _classesByName;
   std::uint64_t _namedAgain = 0;
