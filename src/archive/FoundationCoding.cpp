@@ -84,33 +84,53 @@ class PlainObject final : public Object {
   static const Class kClass;
 
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
-  void initWithCoder(NSUnarchiver& /*coder*/) override {}
   void encodeWithCoder(NSArchiver& /*coder*/) const override {}
 };
 const Class PlainObject::kClass{"NSObject", nullptr, 0, &makeEmpty<PlainObject>};
 
+void fillNothing(Object& /*object*/, NSUnarchiver& /*coder*/) {}
+
+void fillArray(Object& object, NSUnarchiver& coder) {
+  auto& array = static_cast<Array&>(object);
+  const std::size_t count = coder.decodeCount(kLeastBytes);
+  array.reserve(std::min(count, kMostReserved));
+  for (std::size_t i = 0; i < count; ++i) {
+    array.append(coder.decodeElement());
+  }
+}
+
+void fillDictionary(Object& object, NSUnarchiver& coder) {
+  auto& dictionary = static_cast<Dictionary&>(object);
+  const std::size_t count = coder.decodeCount(2 * kLeastBytes);
+  dictionary.reserve(std::min(count, kMostReserved));
+  for (std::size_t i = 0; i < count; ++i) {
+    const DictionaryKey key = coder.decodeKey();
+    dictionary.set(key, coder.decodeElement());
+  }
+}
+
 using detail::FoundationClass;
 
 constexpr std::array kFoundationClasses{
-    FoundationClass{"NSObject", &PlainObject::kClass, nullptr},
-    FoundationClass{"NSString", nullptr, decodeString},
-    FoundationClass{"NSMutableString", nullptr, decodeString},
-    FoundationClass{"NSNumber", nullptr, decodeNumber},
-    FoundationClass{"NSValue", nullptr, decodePlainValue},
-    FoundationClass{"NSArray", &Array::kClass, nullptr},
-    FoundationClass{"NSMutableArray", &Array::kClass, nullptr},
-    FoundationClass{"NSDictionary", &Dictionary::kClass, nullptr},
-    FoundationClass{"NSMutableDictionary", &Dictionary::kClass, nullptr},
-    FoundationClass{"NSSet", &Array::kClass, nullptr},
-    FoundationClass{"NSMutableSet", &Array::kClass, nullptr},
-    FoundationClass{"NSData", nullptr, decodeData},
-    FoundationClass{"NSMutableData", nullptr, decodeData},
-    FoundationClass{"NSDate", nullptr, decodeDate},
-    FoundationClass{"NSCalendarDate", nullptr, decodeCalendarDate},
-    FoundationClass{"NSNull", nullptr, decodeNull},
-    FoundationClass{"NSURL", nullptr, decodeUrl},
-    FoundationClass{"NSAttributedString", nullptr, decodeAttributedString},
-    FoundationClass{"NSMutableAttributedString", nullptr, decodeAttributedString}};
+    FoundationClass{"NSObject", nullptr, &PlainObject::kClass, fillNothing},
+    FoundationClass{"NSString", decodeString},
+    FoundationClass{"NSMutableString", decodeString},
+    FoundationClass{"NSNumber", decodeNumber},
+    FoundationClass{"NSValue", decodePlainValue},
+    FoundationClass{"NSArray", nullptr, &Array::kClass, fillArray},
+    FoundationClass{"NSMutableArray", nullptr, &Array::kClass, fillArray},
+    FoundationClass{"NSDictionary", nullptr, &Dictionary::kClass, fillDictionary},
+    FoundationClass{"NSMutableDictionary", nullptr, &Dictionary::kClass, fillDictionary},
+    FoundationClass{"NSSet", nullptr, &Array::kClass, fillArray},
+    FoundationClass{"NSMutableSet", nullptr, &Array::kClass, fillArray},
+    FoundationClass{"NSData", decodeData},
+    FoundationClass{"NSMutableData", decodeData},
+    FoundationClass{"NSDate", decodeDate},
+    FoundationClass{"NSCalendarDate", decodeCalendarDate},
+    FoundationClass{"NSNull", decodeNull},
+    FoundationClass{"NSURL", decodeUrl},
+    FoundationClass{"NSAttributedString", decodeAttributedString},
+    FoundationClass{"NSMutableAttributedString", decodeAttributedString}};
 
 constexpr Class kStringClass{"NSString", nullptr, 1};
 constexpr Class kValueClass{"NSValue"};
@@ -134,6 +154,31 @@ void encodeData(const Value& value, NSArchiver& coder) {
   coder.encodeDataObject(value.data()->bytes());
 }
 
+void checkElement(const Value& element) {
+  if (element.isNothing()) {
+    NSException::raise(kNSInvalidArgumentException, "an archived collection cannot hold nothing");
+  }
+}
+
+void encodeArray(const Value& value, NSArchiver& coder) {
+  const Ref<Array> array = value.array();
+  coder.encodeInt(static_cast<std::int32_t>(array->size()));
+  for (const Value& element : *array) {
+    checkElement(element);
+    coder.encodeObject(element);
+  }
+}
+
+void encodeDictionary(const Value& value, NSArchiver& coder) {
+  const Ref<Dictionary> dictionary = value.dictionary();
+  coder.encodeInt(static_cast<std::int32_t>(dictionary->size()));
+  for (const auto& [key, element] : *dictionary) {
+    checkElement(element);
+    coder.encodeKey(key.text());
+    coder.encodeObject(element);
+  }
+}
+
 struct ArchivedKind {
   Value::Kind kind;
   const Class* archivedClass;
@@ -146,17 +191,13 @@ constexpr std::array kArchivedKinds{
     ArchivedKind{Value::Kind::floating, &kNumberClass, encodeNumber},
     ArchivedKind{Value::Kind::decimal, &kNumberClass, encodeNumber},
     ArchivedKind{Value::Kind::date, &kDateClass, encodeDate},
-    ArchivedKind{Value::Kind::data, &kDataClass, encodeData}};
+    ArchivedKind{Value::Kind::data, &kDataClass, encodeData},
+    ArchivedKind{Value::Kind::array, &Array::kClass, encodeArray},
+    ArchivedKind{Value::Kind::dictionary, &Dictionary::kClass, encodeDictionary}};
 
 const ArchivedKind* archivedKind(Value::Kind kind) {
   const auto* found = std::ranges::find(kArchivedKinds, kind, &ArchivedKind::kind);
   return found != kArchivedKinds.end() ? found : nullptr;
-}
-
-void checkElement(const Value& element) {
-  if (element.isNothing()) {
-    NSException::raise(kNSInvalidArgumentException, "an archived collection cannot hold nothing");
-  }
 }
 
 }  // namespace
@@ -173,40 +214,6 @@ const Class* detail::archivedClassOf(Value::Kind kind) {
 
 void detail::encodeContents(const Value& value, NSArchiver& coder) {
   archivedKind(value.kind())->encode(value, coder);
-}
-
-void Array::initWithCoder(NSUnarchiver& coder) {
-  const std::size_t count = coder.decodeCount(kLeastBytes);
-  _values.reserve(std::min(count, kMostReserved));
-  for (std::size_t i = 0; i < count; ++i) {
-    _values.push_back(coder.decodeElement());
-  }
-}
-
-void Array::encodeWithCoder(NSArchiver& coder) const {
-  coder.encodeInt(static_cast<std::int32_t>(size()));
-  for (const Value& element : _values) {
-    checkElement(element);
-    coder.encodeObject(element);
-  }
-}
-
-void Dictionary::initWithCoder(NSUnarchiver& coder) {
-  const std::size_t count = coder.decodeCount(2 * kLeastBytes);
-  reserve(std::min(count, kMostReserved));
-  for (std::size_t i = 0; i < count; ++i) {
-    const DictionaryKey key = coder.decodeKey();
-    set(key, coder.decodeElement());
-  }
-}
-
-void Dictionary::encodeWithCoder(NSArchiver& coder) const {
-  coder.encodeInt(static_cast<std::int32_t>(size()));
-  for (const Entry& entry : _entries) {
-    checkElement(entry.value);
-    coder.encodeKey(entry.key.text());
-    coder.encodeObject(entry.value);
-  }
 }
 
 }  // namespace mrziphoto

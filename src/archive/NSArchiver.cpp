@@ -69,9 +69,9 @@ std::optional<NSArchiver::Identity> NSArchiver::identityOf(const Value& value) {
 }
 
 void NSArchiver::writeObject(const Value& value) {
-  const Class* plainClass = detail::archivedClassOf(value.kind());
+  const Class* foundationClass = detail::archivedClassOf(value.kind());
   const Ref<Object> object = value.object();
-  if (plainClass == nullptr && !object) {
+  if (foundationClass == nullptr && !object) {
     _writer->writeNil();
     return;
   }
@@ -86,8 +86,8 @@ void NSArchiver::writeObject(const Value& value) {
     _objects.emplace(*identity, number);
     _kept.push_back(value);
   }
-  writeClass(plainClass != nullptr ? plainClass : &object->objectClass());
-  if (plainClass != nullptr) {
+  writeClass(foundationClass != nullptr ? foundationClass : &object->objectClass());
+  if (foundationClass != nullptr) {
     detail::encodeContents(value, *this);
   } else {
     object->encodeWithCoder(*this);

@@ -223,16 +223,19 @@ Value NSUnarchiver::newObject(std::size_t number) {
 Value NSUnarchiver::contentsOf(std::size_t number) {
   const std::uint32_t classPosition = _objects[number].classPosition;
   const Loader loader = loaderFor(classPosition);
-  const Class* kind =
-      loader.foundation != nullptr ? loader.foundation->container : loader.registered;
-  if (kind != nullptr) {
+  const detail::FoundationClass* foundation = loader.foundation;
+  if (foundation != nullptr && foundation->decode != nullptr) {
+    return foundation->decode(*this);
+  }
+  if (const Class* kind = foundation != nullptr ? foundation->container : loader.registered) {
     const Ref<Object> object = Ref<Object>::adopt(kind->make());
     _objects[number].value = object;  // for references from inside
-    object->initWithCoder(*this);
+    if (foundation != nullptr) {
+      foundation->fill(*object, *this);
+    } else {
+      object->initWithCoder(*this);
+    }
     return object;
-  }
-  if (loader.foundation != nullptr) {
-    return loader.foundation->decode(*this);
   }
   if (_skipping == 0) {
     failUnknownClass(classPosition);

@@ -34,8 +34,6 @@ class MRZIPHOTO_EXPORT Array final : public Object {
   [[nodiscard]] std::string description() const override;
   [[nodiscard]] bool isEqual(const Object& other) const override;
   [[nodiscard]] std::size_t hash() const override;
-  void initWithCoder(NSUnarchiver& coder) override;
-  void encodeWithCoder(NSArchiver& coder) const override;
 
  private:
   std::vector<Value> _values;

@@ -77,8 +77,6 @@ class MRZIPHOTO_EXPORT Dictionary final : public Object {
   /// Equal keys with equal values, whatever their order.
   [[nodiscard]] bool isEqual(const Object& other) const override;
   [[nodiscard]] std::size_t hash() const override;
-  void initWithCoder(NSUnarchiver& coder) override;
-  void encodeWithCoder(NSArchiver& coder) const override;
 
  private:
   class Index;
