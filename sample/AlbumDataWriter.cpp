@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include <MRZiPhoto/albums/Album.h>
@@ -13,7 +14,7 @@
 #include <MRZiPhoto/values/Text.h>
 
 #include "sample/Generations.h"
-#include "sample/PropertyListStream.h"
+#include "sample/PropertyListFile.h"
 #include "sample/SampleAlbums.h"
 #include "sample/SampleLibrary.h"
 
@@ -33,16 +34,17 @@ constexpr std::array kApplications{
     Application{kNewestSampleVersion, "9.4"},
 };
 
-void writeKeys(PropertyListStream& list, const SampleSelection& photos) {
+void writeKeys(PropertyListFile& list, const SampleSelection& photos) {
   list.beginArray(Album::kKeyList);
   for (std::uint32_t i = 0; i < photos.most; ++i) {
-    list.string(SampleModel::photoKey(photos.first + i * photos.step));
+    list.string(std::to_string(SampleModel::photoKey(photos.first + i * photos.step)));
+    list.flushIfLarge();
   }
   list.endArray();
   list.integer("PhotoCount", photos.most);
 }
 
-void writeFilters(PropertyListStream& list) {
+void writeFilters(PropertyListFile& list) {
   list.string("Filter Mode", "All");
   list.beginArray("Filters");
   list.beginDictionary();
@@ -53,7 +55,7 @@ void writeFilters(PropertyListStream& list) {
   list.endArray();
 }
 
-void writeAlbum(PropertyListStream& list, const SampleModel& model, const SampleAlbum& album) {
+void writeAlbum(PropertyListFile& list, const SampleModel& model, const SampleAlbum& album) {
   list.beginDictionary();
   list.integer(Album::kAlbumId, album.key);
   list.string(Album::kAlbumName, album.name);
@@ -77,7 +79,7 @@ void writeAlbum(PropertyListStream& list, const SampleModel& model, const Sample
 
 // The albums of the oldest libraries lie in a folder of their own. A reader shows those behind the
 // ones listed here, so that listing them would show them twice.
-void writeAlbums(PropertyListStream& list, const SampleModel& model) {
+void writeAlbums(PropertyListFile& list, const SampleModel& model) {
   list.beginArray("List of Albums");
   if (model.version() > kLastWithAlbumFiles) {
     for (const SampleAlbum& album : sampleAlbums()) {
@@ -87,7 +89,7 @@ void writeAlbums(PropertyListStream& list, const SampleModel& model) {
   list.endArray();
 }
 
-void writeRolls(PropertyListStream& list, const SampleModel& model) {
+void writeRolls(PropertyListFile& list, const SampleModel& model) {
   list.beginArray("List of Rolls");
   for (std::uint32_t i = 0; i < model.rollCount(); ++i) {
     const SampleRoll roll = model.roll(i);
@@ -100,14 +102,14 @@ void writeRolls(PropertyListStream& list, const SampleModel& model) {
     }
     list.real(RollAlbum::kRollDateAsTimerInterval, roll.date);
     list.key("KeyPhotoKey");
-    list.string(SampleModel::photoKey(roll.firstPhoto));
+    list.string(std::to_string(SampleModel::photoKey(roll.firstPhoto)));
     writeKeys(list, {roll.firstPhoto, 1, roll.photoCount});
     list.endDictionary();
   }
   list.endArray();
 }
 
-void writeKeywords(PropertyListStream& list) {
+void writeKeywords(PropertyListFile& list) {
   list.beginDictionary("List of Keywords");
   for (const SampleKeyword& keyword : SampleModel::keywords()) {
     list.string(std::to_string(keyword.key), keyword.text);
@@ -116,7 +118,7 @@ void writeKeywords(PropertyListStream& list) {
 }
 
 // What a photo's record answers as its archive date is the date that stands here.
-void writePhoto(PropertyListStream& list, const SamplePhoto& photo, const std::string& prefix) {
+void writePhoto(PropertyListFile& list, const SamplePhoto& photo, const std::string& prefix) {
   list.beginDictionary(std::to_string(photo.key));
   list.string("MediaType", "Image");
   list.string(ImageRecRef::kCaption, photo.caption);
@@ -137,19 +139,34 @@ void writePhoto(PropertyListStream& list, const SamplePhoto& photo, const std::s
   if (!photo.keywords.empty()) {
     list.beginArray(ImageRecRef::kKeywords);
     for (const std::int32_t keyword : photo.keywords) {
-      list.string(static_cast<std::uint32_t>(keyword));
+      list.string(std::to_string(keyword));
     }
     list.endArray();
   }
   list.endDictionary();
 }
 
+/// The text with U+FFFD for what XML does not allow.
+std::string xmlText(std::string_view bytes) {
+  const std::string text = text::repairedUtf8(bytes);
+  std::string result;
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::string_view before = rest;
+    const std::uint32_t character = text::nextCharacter(rest);
+    const bool isControl =
+        character < ' ' && character != '\t' && character != '\n' && character != '\r';
+    const bool isAllowed = !isControl && character != 0xFFFE && character != 0xFFFF;
+    result += isAllowed ? before.substr(0, before.size() - rest.size()) : "\uFFFD";
+  }
+  return result;
+}
+
 }  // namespace
 
 void writeAlbumData(const SampleModel& model, const std::string& folder,
                     const std::function<void()>& photoDone) {
-  const std::string archivePath = text::repairedUtf8(folder);
-  PropertyListStream list(folder + "/AlbumData.xml");
+  const std::string archivePath = xmlText(folder);
+  PropertyListFile list(folder + "/AlbumData.xml");
   list.beginDictionary();
   list.string("Application Version", std::ranges::lower_bound(kApplications, model.version(), {},
                                                               &Application::lastVersion)
@@ -163,6 +180,7 @@ void writeAlbumData(const SampleModel& model, const std::string& folder,
   list.beginDictionary("Master Image List");
   model.forEachPhoto([&](const SampleRoll&, const SamplePhoto& photo) {
     writePhoto(list, photo, archivePath + "/");
+    list.flushIfLarge();
     photoDone();
   });
   list.endDictionary();

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
-#include <jpeglib.h>
+#include "sample/JpegWriter.h"
 
 namespace mrziphoto::sample {
 namespace {
@@ -89,54 +89,30 @@ void drawFrame(Picture& picture) {
   fill(picture, width - thickness, 0, width, height);
 }
 
-// The JPEG library reports a failure by a call that must not come back. The only one that writing
-// to memory knows is a lack of memory.
-struct ErrorManager {
-  jpeg_error_mgr manager;  // first, so that the library's pointer to it is one to the whole
-  std::jmp_buf failed;
+/// A file in memory, whose bytes can be had once it is closed.
+class MemoryFile {
+ public:
+  MemoryFile() : _stream(::open_memstream(&_bytes, &_size)) {}
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+  ~MemoryFile() {
+    close();
+    std::free(_bytes);
+  }
+
+  [[nodiscard]] std::FILE* stream() const { return _stream; }
+  std::string_view close() {
+    if (std::FILE* stream = std::exchange(_stream, nullptr); stream != nullptr) {
+      std::fclose(stream);
+    }
+    return {_bytes, _size};
+  }
+
+ private:
+  char* _bytes = nullptr;
+  std::size_t _size = 0;
+  std::FILE* _stream;
 };
-
-[[noreturn]] void jumpOut(j_common_ptr compressor) {
-  std::longjmp(reinterpret_cast<ErrorManager*>(compressor->err)->failed, 1);
-}
-
-struct JpegBytes {
-  unsigned char* bytes = nullptr;
-  unsigned long size = 0;
-};
-
-// Holds nothing that a jump could leave behind.
-bool compress(const Picture& picture, std::string_view exif, JpegBytes& result) {
-  constexpr int kQuality = 85;
-  jpeg_compress_struct compressor;
-  ErrorManager errors;
-  compressor.err = jpeg_std_error(&errors.manager);
-  errors.manager.error_exit = jumpOut;
-  if (setjmp(errors.failed) != 0) {
-    jpeg_destroy_compress(&compressor);
-    return false;
-  }
-  jpeg_create_compress(&compressor);
-  jpeg_mem_dest(&compressor, &result.bytes, &result.size);
-  compressor.image_width = static_cast<JDIMENSION>(picture.width());
-  compressor.image_height = static_cast<JDIMENSION>(picture.height());
-  compressor.input_components = static_cast<int>(Picture::kSamples);
-  compressor.in_color_space = JCS_RGB;
-  jpeg_set_defaults(&compressor);
-  jpeg_set_quality(&compressor, kQuality, TRUE);
-  jpeg_start_compress(&compressor, TRUE);
-  if (!exif.empty()) {
-    jpeg_write_marker(&compressor, JPEG_APP0 + 1, reinterpret_cast<const JOCTET*>(exif.data()),
-                      static_cast<unsigned>(exif.size()));
-  }
-  for (std::size_t y = 0; y < picture.height(); ++y) {
-    JSAMPROW row = const_cast<JSAMPROW>(picture.row(y));
-    jpeg_write_scanlines(&compressor, &row, 1);
-  }
-  jpeg_finish_compress(&compressor);
-  jpeg_destroy_compress(&compressor);
-  return true;
-}
 
 }  // namespace
 
@@ -151,17 +127,16 @@ Picture drawPicture(const PictureSubject& subject, std::size_t width, std::size_
 }
 
 std::string jpegFile(const Picture& picture, std::string_view exif) {
-  JpegBytes result;
-  const bool succeeded = compress(picture, exif, result);
-  std::string file;
-  if (succeeded) {
-    file.assign(reinterpret_cast<const char*>(result.bytes), result.size);
-  }
-  std::free(result.bytes);
-  if (!succeeded) {
+  constexpr int kQuality = 85;
+  MemoryFile file;
+  if (file.stream() == nullptr) {
     throw std::bad_alloc();
   }
-  return file;
+  JpegWriter writer(file.stream(), picture.width(), picture.height());
+  if (!writer.begin(kQuality, exif) || !writer.writeRows(picture.samples()) || !writer.finish()) {
+    throw std::bad_alloc();
+  }
+  return std::string(file.close());
 }
 
 }  // namespace mrziphoto::sample

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,9 @@ class Picture {
   [[nodiscard]] const std::uint8_t* row(std::size_t y) const {
     return &_samples[y * _width * kSamples];
   }
+
+  /// Of all rows.
+  [[nodiscard]] std::span<const std::uint8_t> samples() const { return _samples; }
 
  private:
   std::size_t _width;

@@ -9,7 +9,7 @@
 
 #include "output/Failure.h"
 #include "output/Wording.h"
-#include "pictures/JpegWriter.h"
+#include "sample/JpegWriter.h"
 
 namespace mrziphoto::tool {
 namespace {
@@ -106,7 +106,7 @@ constexpr std::array kOptions{
            takeSwitch<&Arguments::all>},
     Option{kSheet, '\0', "columns", "N", "Thumbnails side by side; chosen to fit by default",
            [](Arguments& it, const GivenOption& given) {
-             it.columns = numberIn<std::uint32_t>(1, JpegWriter::kLongestSide, given);
+             it.columns = numberIn<std::uint32_t>(1, sample::JpegWriter::kLongestSide, given);
            }},
     Option{kSheet, '\0', "size", "PIXELS",
            "The side of a thumbnail's cell, 16 to 512 (128 by default)",

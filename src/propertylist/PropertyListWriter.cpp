@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <optional>
+#include <utility>
 
 #include "../values/Array.h"
 #include "../values/Dictionary.h"
@@ -38,11 +38,18 @@ std::string_view referenceFor(char character) {
   }
 }
 
+bool isPlain(char character) {
+  return character >= ' ' && character < '\x7F' && referenceFor(character).empty();
+}
+
 void appendEscaped(std::string& out, std::string_view text) {
-  std::string_view rest = text;
   std::size_t taken = 0;
-  while (!rest.empty()) {
-    const std::size_t at = text.size() - rest.size();
+  for (std::size_t at = 0; at < text.size();) {
+    if (isPlain(text[at])) {
+      ++at;
+      continue;
+    }
+    std::string_view rest = text.substr(at);
     if (text::characterLength(rest) == 0 || !detail::xml::isAllowed(text::nextCharacter(rest))) {
       refuse("a character that XML does not allow");
     }
@@ -51,6 +58,7 @@ void appendEscaped(std::string& out, std::string_view text) {
       out.append(text.substr(taken, at - taken)).append(reference);
       taken = at + 1;
     }
+    at = text.size() - rest.size();
   }
   out.append(text.substr(taken));
 }
@@ -64,141 +72,111 @@ std::string realText(double value) {
   return {text.data(), written.ptr};
 }
 
-class Writer {
- public:
-  Writer(std::string& out, std::size_t level) : _out(out), _margin(level) {}
-
-  void value(const Value& value) {
-    if (value.isWeak()) {
-      refuse("a reference that may lead back to a value around it");
-    }
-    switch (value.kind()) {
-      case Value::Kind::integer:
-        integer(value);
-        return;
-      case Value::Kind::floating:
-        element("real", realText(value.doubleValue()));
-        return;
-      case Value::Kind::decimal:
-        element("real", value.description());
-        return;
-      case Value::Kind::string:
-        element("string", *value.text());
-        return;
-      case Value::Kind::date:
-        date(*value.date());
-        return;
-      case Value::Kind::data:
-        data(value.data()->bytes());
-        return;
-      case Value::Kind::array:
-        array(*value.array());
-        return;
-      case Value::Kind::dictionary:
-        dictionary(*value.dictionary());
-        return;
-      case Value::Kind::nothing:
-      case Value::Kind::object:
-        break;
-    }
-    refuse(value.className());
+std::string dateText(Date date) {
+  auto text = Date{std::floor(date.secondsSinceReferenceDate)}.iso8601();
+  if (!text) {
+    refuse("a date outside the years 1 to 9999");
   }
-
-  void element(std::string_view name, std::string_view text) {
-    indent();
-    _out.append("<").append(name).append(">");
-    appendEscaped(_out, text);
-    _out.append("</").append(name).append(">\n");
-  }
-
- private:
-  void line(std::string_view text) {
-    indent();
-    _out.append(text).append("\n");
-  }
-  void indent() { _out.append(_margin + _nesting, '\t'); }
-
-  void integer(const Value& value) {
-    if (value.numberType() == 'B') {
-      line(value.intValue() != 0 ? "<true/>" : "<false/>");
-    } else {
-      element("integer", value.description());
-    }
-  }
-
-  void date(Date date) {
-    const auto text = Date{std::floor(date.secondsSinceReferenceDate)}.iso8601();
-    if (!text) {
-      refuse("a date outside the years 1 to 9999");
-    }
-    element("date", *text);
-  }
-
-  void data(std::string_view bytes) {
-    line("<data>");
-    while (!bytes.empty()) {
-      const std::string_view part = bytes.substr(0, kBase64BytesALine);
-      indent();
-      detail::appendBase64(_out, part);
-      _out += '\n';
-      bytes.remove_prefix(part.size());
-    }
-    line("</data>");
-  }
-
-  void array(const Array& array) {
-    container("array", array.empty(), [&] {
-      for (const Value& item : array) {
-        value(item);
-      }
-    });
-  }
-
-  void dictionary(const Dictionary& dictionary) {
-    container("dict", dictionary.empty(), [&] {
-      for (const auto& [key, item] : dictionary) {
-        element("key", key.text());
-        value(item);
-      }
-    });
-  }
-
-  template <class Content>
-  void container(const std::string& name, bool isEmpty, Content content) {
-    if (_nesting >= Limits::current().nesting) {
-      refuse("values that are nested so deeply");
-    }
-    if (isEmpty) {
-      line("<" + name + "/>");
-      return;
-    }
-    line("<" + name + ">");
-    ++_nesting;
-    content();
-    --_nesting;
-    line("</" + name + ">");
-  }
-
-  std::string& _out;
-  std::size_t _margin;
-  std::uint32_t _nesting = 0;
-};
+  return *std::move(text);
+}
 
 }  // namespace
 
+void PropertyListWriter::beginPropertyList() {
+  _text +=
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+      "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+      "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+      "<plist version=\"1.0\">\n";
+}
+
+void PropertyListWriter::endPropertyList() { _text += "</plist>\n"; }
+
+void PropertyListWriter::begin(std::string_view tag) {
+  if (_nesting >= Limits::current().nesting) {
+    refuse("values that are nested so deeply");
+  }
+  line(tag);
+  ++_nesting;
+}
+
+void PropertyListWriter::end(std::string_view tag) {
+  --_nesting;
+  line(tag);
+}
+
+void PropertyListWriter::line(std::string_view text) {
+  _text.append(_nesting, '\t').append(text) += '\n';
+}
+
+void PropertyListWriter::element(std::string_view name, std::string_view text) {
+  _text.append(_nesting, '\t').append("<").append(name).append(">");
+  appendEscaped(_text, text);
+  _text.append("</").append(name).append(">\n");
+}
+
+void PropertyListWriter::integer(std::int64_t number) {
+  std::array<char, 32> digits{};
+  const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+  element("integer", {digits.data(), written.ptr});
+}
+
+void PropertyListWriter::data(std::string_view bytes) {
+  line("<data>");
+  while (!bytes.empty()) {
+    const std::string_view part = bytes.substr(0, kBase64BytesALine);
+    _text.append(_nesting, '\t');
+    detail::appendBase64(_text, part);
+    _text += '\n';
+    bytes.remove_prefix(part.size());
+  }
+  line("</data>");
+}
+
+void PropertyListWriter::value(const Value& value) {
+  if (value.isWeak()) {
+    refuse("a reference that may lead back to a value around it");
+  }
+  switch (value.kind()) {
+    case Value::Kind::integer:
+      return value.numberType() == 'B' ? boolean(value.intValue() != 0)
+                                       : element("integer", value.description());
+    case Value::Kind::floating:
+      return real(realText(value.doubleValue()));
+    case Value::Kind::decimal:
+      return real(value.description());
+    case Value::Kind::string:
+      return string(*value.text());
+    case Value::Kind::date:
+      return element("date", dateText(*value.date()));
+    case Value::Kind::data:
+      return data(value.data()->bytes());
+    case Value::Kind::array:
+      beginArray();
+      for (const Value& item : *value.array()) {
+        this->value(item);
+      }
+      return endArray();
+    case Value::Kind::dictionary:
+      beginDictionary();
+      for (const auto& [name, item] : *value.dictionary()) {
+        key(name.text());
+        this->value(item);
+      }
+      return endDictionary();
+    case Value::Kind::nothing:
+    case Value::Kind::object:
+      break;
+  }
+  refuse(value.className());
+}
+
 std::string propertyListFromValue(const Value& value) {
-  std::string result(kPropertyListBegin);
-  appendPropertyListValue(result, value, 0);
-  result += kPropertyListEnd;
-  return result;
-}
-
-void appendPropertyListValue(std::string& out, const Value& value, std::size_t level) {
-  Writer(out, level).value(value);
-}
-
-void appendPropertyListKey(std::string& out, std::string_view key, std::size_t level) {
-  Writer(out, level).element("key", key);
+  PropertyListWriter writer;
+  writer.beginPropertyList();
+  writer.value(value);
+  writer.endPropertyList();
+  return std::move(writer.text());
 }
 
 }  // namespace mrziphoto

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -9,29 +10,48 @@
 
 namespace mrziphoto {
 
-/// What stands before and after the one value of an XML property list.
-inline constexpr std::string_view kPropertyListBegin =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-    "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-    "<plist version=\"1.0\">\n";
-inline constexpr std::string_view kPropertyListEnd = "</plist>\n";
-
-/// A value as a whole XML property list in UTF-8, dictionaries in the order of their entries.
+/// Writes an XML property list in UTF-8 element by element, an element a line, indented by tabs.
 ///
-/// Throws NSException "NSInvalidArgumentException" for what a property list cannot hold: nothing,
-/// objects, dates outside the years 1 to 9999, characters that XML does not allow, and values
-/// nested deeper than a reader takes. The fraction of a date's second is left out.
-[[nodiscard]] MRZIPHOTO_EXPORT std::string propertyListFromValue(const Value& value);
+/// Every operation throws NSException "NSInvalidArgumentException" for what a property list cannot
+/// hold: nothing, objects, dates outside the years 1 to 9999, characters that XML does not allow,
+/// and values nested deeper than a reader takes.
+class MRZIPHOTO_EXPORT PropertyListWriter {
+ public:
+  /// What stands before and after the one value of a whole property list.
+  void beginPropertyList();
+  void endPropertyList();
 
-/// Appends a value as one element, `level` tabs from the margin, with a line feed behind it. A
-/// large property list is written piece by piece between `kPropertyListBegin` and
-/// `kPropertyListEnd`, with the tags of its outer dictionaries written by the caller. Throws as
-/// `propertyListFromValue` does.
-MRZIPHOTO_EXPORT void appendPropertyListValue(std::string& out, const Value& value,
-                                              std::size_t level);
-/// Appends the <key> that stands before a value, likewise.
-MRZIPHOTO_EXPORT void appendPropertyListKey(std::string& out, std::string_view key,
-                                            std::size_t level);
+  void beginDictionary() { begin("<dict>"); }
+  void endDictionary() { end("</dict>"); }
+  void beginArray() { begin("<array>"); }
+  void endArray() { end("</array>"); }
+  /// Before each value of a dictionary.
+  void key(std::string_view text) { element("key", text); }
+
+  void string(std::string_view text) { element("string", text); }
+  void integer(std::int64_t number);
+  /// A number in decimal digits.
+  void real(std::string_view digits) { element("real", digits); }
+  void boolean(bool value) { line(value ? "<true/>" : "<false/>"); }
+  /// A value with all that is in it, dictionaries in the order of their entries. The fraction of a
+  /// date's second is left out.
+  void value(const Value& value);
+
+  /// What has been written and not been taken yet. A long list is written out piece by piece.
+  [[nodiscard]] std::string& text() { return _text; }
+
+ private:
+  void begin(std::string_view tag);
+  void end(std::string_view tag);
+  void line(std::string_view text);
+  void element(std::string_view name, std::string_view text);
+  void data(std::string_view bytes);
+
+  std::string _text;
+  std::uint32_t _nesting = 0;
+};
+
+/// A value as a whole XML property list. Throws as `PropertyListWriter` does.
+[[nodiscard]] MRZIPHOTO_EXPORT std::string propertyListFromValue(const Value& value);
 
 }  // namespace mrziphoto

@@ -393,13 +393,21 @@ TEST(PropertyListWriter, WritesWhatTheReaderReads) {
   EXPECT_EQ(read(text), value) << text;
   EXPECT_TRUE(ExpatReading(text).error == XML_ERROR_NONE);
 
-  std::string pieces(kPropertyListBegin);
-  pieces += "<dict>\n";
-  for (const auto& [key, item] : *value.dictionary()) {
-    appendPropertyListKey(pieces, key.text(), 1);
-    appendPropertyListValue(pieces, item, 1);
-  }
-  EXPECT_EQ(pieces + "</dict>\n" + std::string(kPropertyListEnd), text);
+  PropertyListWriter pieces;
+  pieces.beginPropertyList();
+  pieces.beginDictionary();
+  pieces.key("one");
+  pieces.integer(-1);
+  pieces.key("half & none");
+  pieces.beginArray();
+  pieces.real("0.50");
+  pieces.boolean(false);
+  pieces.endArray();
+  pieces.endDictionary();
+  pieces.endPropertyList();
+  EXPECT_EQ(pieces.text().substr(pieces.text().find("<dict>")),
+            "<dict>\n\t<key>one</key>\n\t<integer>-1</integer>\n\t<key>half &amp; none</key>\n"
+            "\t<array>\n\t\t<real>0.50</real>\n\t\t<false/>\n\t</array>\n</dict>\n</plist>\n");
 }
 
 TEST(PropertyListWriter, RefusesWhatNoPropertyListHolds) {

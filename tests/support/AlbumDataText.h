@@ -14,15 +14,15 @@ namespace mrziphoto {
 /// A value with the types of its numbers and the order of its entries. Dates that no property list
 /// could be written with come as descriptions.
 inline std::string textOfValue(const Value& value) {
-  std::string text;
+  PropertyListWriter writer;
   try {
     if (!value.isNothing()) {
-      appendPropertyListValue(text, value, 0);
+      writer.value(value);
     }
   } catch (const NSException&) {
-    text = value.description();
+    return value.description();
   }
-  return text;
+  return writer.text();
 }
 
 /// What a table of album data says, as text.

@@ -15,10 +15,10 @@
 #include "../output/NewFile.h"
 #include "../output/Progress.h"
 #include "../pictures/ContactSheet.h"
-#include "../pictures/JpegWriter.h"
 #include "../pictures/Pictures.h"
 #include "Commands.h"
 #include "Library.h"
+#include "sample/JpegWriter.h"
 
 namespace mrziphoto::tool {
 namespace {
@@ -40,14 +40,15 @@ std::optional<Data> thumbnailPng(const TVQiPhotoDatabase& database, const ImageR
 /// Writes the sheet; answers how many photos have no thumbnail.
 std::size_t drawSheet(const TVQiPhotoDatabase& database, const List<ImageRecRef>& photos,
                       const SheetLayout& layout, NewFile& file) {
-  JpegWriter picture(file.stream(), layout.width(), layout.height());
+  constexpr int kQuality = 88;
+  sample::JpegWriter picture(file.stream(), layout.width(), layout.height());
   const auto expect = [&](bool isWritten) {
     if (!isWritten) {
       file.fail();
     }
   };
   errno = ENOMEM;  // what a failure is due to unless the file system says otherwise
-  expect(picture.begin());
+  expect(picture.begin(kQuality));
   SheetRow row(layout);
   Progress progress("Drawing");
   std::size_t drawn = 0;

@@ -7,10 +7,12 @@
 #include <string>
 
 #include "../output/Failure.h"
-#include "JpegWriter.h"
+#include "sample/JpegWriter.h"
 
 namespace mrziphoto::tool {
 namespace {
+
+using sample::JpegWriter;
 
 constexpr std::size_t kUsualWidth = 2048;
 constexpr std::uint8_t kWhite = 0xFF;

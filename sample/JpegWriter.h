@@ -5,8 +5,9 @@
 #include <cstdio>
 #include <memory>
 #include <span>
+#include <string_view>
 
-namespace mrziphoto::tool {
+namespace mrziphoto::sample {
 
 /// A JPEG picture on its way into a file, rows from the top: no more of it is in memory than the
 /// caller holds.
@@ -23,8 +24,9 @@ class JpegWriter {
   // Each of these answers false when the file cannot be written, which `errno` tells, or when there
   // is no memory; nothing more can be written then.
 
-  /// To be called first.
-  [[nodiscard]] bool begin();
+  /// To be called first. `quality` goes up to 100; `exif` is the content of the EXIF segment, empty
+  /// for none.
+  [[nodiscard]] bool begin(int quality, std::string_view exif = {});
   /// Red, green and blue of whole rows.
   [[nodiscard]] bool writeRows(std::span<const std::uint8_t> samples);
   /// After the last row.
@@ -35,4 +37,4 @@ class JpegWriter {
   std::unique_ptr<Compressor> _compressor;
 };
 
-}  // namespace mrziphoto::tool
+}  // namespace mrziphoto::sample

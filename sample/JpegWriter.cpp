@@ -1,15 +1,10 @@
-#include "JpegWriter.h"
+#include "sample/JpegWriter.h"
 
 #include <csetjmp>
 
 #include <jpeglib.h>
 
-namespace mrziphoto::tool {
-namespace {
-
-constexpr int kQuality = 88;
-
-}  // namespace
+namespace mrziphoto::sample {
 
 static_assert(JpegWriter::kLongestSide <= JPEG_MAX_DIMENSION);
 
@@ -42,7 +37,7 @@ JpegWriter::~JpegWriter() { jpeg_destroy_compress(&_compressor->state); }
 
 // A jump out of the library skips no destructor: between it and these there are none.
 
-bool JpegWriter::begin() {
+bool JpegWriter::begin(int quality, std::string_view exif) {
   jpeg_compress_struct& state = _compressor->state;
   if (setjmp(_compressor->failed) != 0) {
     return false;
@@ -54,8 +49,12 @@ bool JpegWriter::begin() {
   state.input_components = static_cast<int>(kSamples);
   state.in_color_space = JCS_RGB;
   jpeg_set_defaults(&state);
-  jpeg_set_quality(&state, kQuality, TRUE);
+  jpeg_set_quality(&state, quality, TRUE);
   jpeg_start_compress(&state, TRUE);
+  if (!exif.empty()) {
+    jpeg_write_marker(&state, JPEG_APP0 + 1, reinterpret_cast<const JOCTET*>(exif.data()),
+                      static_cast<unsigned>(exif.size()));
+  }
   return true;
 }
 
@@ -80,4 +79,4 @@ bool JpegWriter::finish() {
   return true;
 }
 
-}  // namespace mrziphoto::tool
+}  // namespace mrziphoto::sample
