@@ -5,10 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <MRZiPhoto/values/Log.h>
+
 // A test program takes the locale of its surroundings, as a host program with windows does. The run
 // in another place asks for a decimal comma; a locale that is missing then is a failure.
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
+  mrziphoto::setLogSink([](std::string_view) {});  // a test collects what it looks at
   if (std::setlocale(LC_ALL, "") != nullptr) {
     std::locale::global(std::locale(""));
   }

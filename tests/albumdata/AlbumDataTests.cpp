@@ -1,22 +1,10 @@
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/albumdata/detail/AlbumData.h>
 #include <MRZiPhoto/files/FileFailure.h>
 #include <MRZiPhoto/propertylist/PropertyList.h>
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
-#include <MRZiPhoto/values/Limits.h>
-#include <MRZiPhoto/values/NSException.h>
 
 #include "support/AlbumDataText.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -337,12 +325,12 @@ TEST(AlbumData, GoesByTheLimits) {
 }
 
 TEST(AlbumData, OfRealLibrariesIsPlain) {
-  const std::filesystem::path files(MRZIPHOTO_REAL_FILES);
-  if (!std::filesystem::exists(files)) {
+  const fs::path files(MRZIPHOTO_REAL_FILES);
+  if (!fs::exists(files)) {
     GTEST_SKIP() << "no files of real programs are here";
   }
   std::size_t read = 0;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(files)) {
+  for (const auto& entry : fs::recursive_directory_iterator(files)) {
     const std::string name = entry.path().filename();
     if (entry.path().extension() != ".xml" || !entry.is_regular_file() ||
         name == "AlbumData2.xml") {

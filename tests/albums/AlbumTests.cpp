@@ -1,7 +1,3 @@
-#include <memory>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/albums/ArchiveAlbum.h>
 #include <MRZiPhoto/albums/DynamicAlbum.h>
 #include <MRZiPhoto/albums/Filter.h>
@@ -10,17 +6,11 @@
 #include <MRZiPhoto/albums/LastImportAlbum.h>
 #include <MRZiPhoto/albums/PublishedAlbum.h>
 #include <MRZiPhoto/albums/RollAlbum.h>
-#include <MRZiPhoto/archive/NSArchiver.h>
-#include <MRZiPhoto/archive/NSUnarchiver.h>
-#include <MRZiPhoto/values/Array.h>
-#include <MRZiPhoto/values/Limits.h>
-#include <MRZiPhoto/values/NSException.h>
 
 #include "support/ArchivedAs.h"
-#include "support/CollectedLog.h"
 #include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -93,7 +83,7 @@ TEST(Album, ADerivedKindLogsItsBaseClassUnderItsOwnName) {
   archiver.encodeObject(Album::init<RollAlbum>());
   CollectedLog log;
   static_cast<void>(NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject());
-  EXPECT_EQ(log.lines(), std::vector<std::string>{"RollAlbum version 10"});
+  EXPECT_EQ(log.lines(), Texts{"RollAlbum version 10"});
 }
 
 TEST(Album, ComesFromAlbumData) {
@@ -101,11 +91,11 @@ TEST(Album, ComesFromAlbumData) {
   EXPECT_EQ(Album::init<LastImportAlbum>()->albumName(), "Last Import");
   EXPECT_EQ(Album::init<RollAlbum>()->albumName(), "Album");
 
-  const Ref<Album> trip = Album::initWithDictionary<Album>(
-      Dictionary{{"AlbumName", "Trip"},
-                 {"AlbumId", 7},
-                 {"Annotation", "a"},
-                 {"KeyList", make<Array>(std::vector<Value>{"12", -1, "x"})}});
+  const Ref<Album> trip =
+      Album::initWithDictionary<Album>(Dictionary{{"AlbumName", "Trip"},
+                                                  {"AlbumId", 7},
+                                                  {"Annotation", "a"},
+                                                  {"KeyList", list({"12", -1, "x"})}});
   EXPECT_EQ(trip->albumName(), "Trip");
   EXPECT_EQ(trip->key(), Value(7));
   EXPECT_EQ(trip->comments(), "a");
@@ -127,13 +117,13 @@ TEST(Album, ComesFromAlbumData) {
 
   // What is of another kind counts as missing.
   const Value odd = make<Array>();
-  const Ref<RollAlbum> roll = Album::initWithDictionary<RollAlbum>(
-      Dictionary{{"AlbumName", "Alpha"},
-                 {"RollName", 5},
-                 {"AlbumKey", odd},
-                 {"AlbumId", 7},
-                 {"RollDateAsTimerInterval", "abc"},
-                 {"KeyList", make<Array>(std::vector<Value>{odd, 12})}});
+  const Ref<RollAlbum> roll =
+      Album::initWithDictionary<RollAlbum>(Dictionary{{"AlbumName", "Alpha"},
+                                                      {"RollName", 5},
+                                                      {"AlbumKey", odd},
+                                                      {"AlbumId", 7},
+                                                      {"RollDateAsTimerInterval", "abc"},
+                                                      {"KeyList", list({odd, 12})}});
   EXPECT_EQ(roll->albumName(), "Alpha");
   EXPECT_EQ(roll->key(), Value(7));
   EXPECT_EQ(roll->date(), std::nullopt);
@@ -141,8 +131,8 @@ TEST(Album, ComesFromAlbumData) {
 }
 
 TEST(Album, FindsItsPhotosThroughItsDatabase) {
-  const Ref<Album> album = Album::initWithDictionary<Album>(
-      Dictionary{{"KeyList", make<Array>(std::vector<Value>{"7", "9", "8"})}});
+  const Ref<Album> album =
+      Album::initWithDictionary<Album>(Dictionary{{"KeyList", list({"7", "9", "8"})}});
   auto database = std::make_unique<StandInDatabase>();
   database->photos = {{7, ImageRecRef::init()}, {8, ImageRecRef::init()}};
   EXPECT_TRUE(album->photos().empty());
@@ -165,7 +155,7 @@ TEST(Album, EveryClassAnswersItsOperationsByName) {
   database.itself = Key::initWithKey(1);
   const Ref<ImageRecRef> photo = ImageRecRef::init();
   database.photos[7] = photo;
-  const Ref<Array> photos = make<Array>(std::vector<Value>{photo});
+  const Ref<Array> photos = list({photo});
   const Ref<AttributeMgr> attributes = AttributeMgr::init();
   attributes->setModificationDate(Date{4});
   const auto filled = [&](const Ref<Album>& album) {
@@ -180,7 +170,6 @@ TEST(Album, EveryClassAnswersItsOperationsByName) {
     const auto album = Ref<Object>::adopt(kind->make()).as<Album>();
     album->setAlbumName("name");
     filled(album);
-    const CollectedLog log;
     const bool asksRolls = kind == &KeywordAlbum::kClass;
     expectAnswers(*album, {{"albumId", 5},
                            {"albumName", "name"},
@@ -200,7 +189,6 @@ TEST(Album, EveryClassAnswersItsOperationsByName) {
     album->setDatabase(nullptr);
     EXPECT_TRUE(album->valueForKey("database").isNothing());
   }
-  const CollectedLog log;
   const Ref<RollAlbum> roll = Album::init<RollAlbum>();
   const Ref<ArchiveAlbum> archive = containing<ArchiveAlbum>({roll});
   const Ref<Album> plain = named("A");
@@ -208,16 +196,15 @@ TEST(Album, EveryClassAnswersItsOperationsByName) {
   database.rolls[5] = photo;
   photo->setImageInfoForKey(dictionary({{"DateAsTimerInterval", 9}}), 5);
   expectAnswers(*roll, {{"_rollRecRef", photo}, {"archiveDate", Date{9}}, {"date", {}}});
-  expectAnswers(*archive, {{"rolls", make<Array>(std::vector<Value>{roll})}});
-  expectAnswers(*containing<FolderAlbum>({plain, roll}),
-                {{"albums", make<Array>(std::vector<Value>{plain})}});
+  expectAnswers(*archive, {{"rolls", list({roll})}});
+  expectAnswers(*containing<FolderAlbum>({plain, roll}), {{"albums", list({plain})}});
   const Ref<KeyMgr> keys = KeyMgr::initWithKeyNumbers({7});
   keys->setDatabase(&database);
   expectAnswers(*keys, {{"database", Key::initWithKey(1)},
-                        {"imageKeys", make<Array>(std::vector<Value>{Key::initWithKey(7)})},
+                        {"imageKeys", list({Key::initWithKey(7)})},
                         {"photos", photos}});
   NSArchiver archiver;
-  archiver.encodeObject(make<ArchivedAs<Filter>>(dictionary({{"a", 1}})));
+  archiver.encodeObject(archivedAs<Filter>({{"a", 1}}));
   expectAnswers(
       *NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject().object(),
       {{"arguments", dictionary({{"a", 1}})}});
@@ -239,7 +226,6 @@ TEST(RollAlbum, AsksItsRollRecordBeforeItself) {
   record->setDatabase(&database);
   database.rolls[5] = record;
   roll->setDatabase(&database);
-  CollectedLog log;
   EXPECT_EQ(roll->albumName(), "Gamma");
   EXPECT_EQ(roll->title(), "Gamma");
   EXPECT_EQ(roll->comments(), std::nullopt);
@@ -257,7 +243,7 @@ TEST(FolderAlbum, ListsPlainAlbumsWithFoldersFlattened) {
   // A folder that stands there twice is listed twice; one inside itself is not.
   EXPECT_EQ(names(withChildren<FolderAlbum>({inner, named("D"), inner})->albums()), "CDC");
   const Ref<FolderAlbum> circle = named<FolderAlbum>("circle");
-  const Ref<Array> inCircle = make<Array>(std::vector<Value>{named("E"), circle, inner});
+  const Ref<Array> inCircle = list({named("E"), circle, inner});
   circle->storedDictionary()->set(Album::kChildren, inCircle);
   EXPECT_EQ(names(circle->albums()), "EC");
   circle->storedDictionary()->set(Album::kChildren, {});
@@ -271,8 +257,8 @@ TEST(FolderAlbum, ListsPlainAlbumsWithFoldersFlattened) {
   const Limits::Scope scope(limits);
   CollectedLog log;
   EXPECT_EQ(doubled->albums().size(), 316U);
-  EXPECT_EQ(log.lines(), std::vector<std::string>{"FolderAlbum 'Album' holds too many albums: "
-                                                  "316 of them are listed"});
+  EXPECT_EQ(log.lines(), Texts{"FolderAlbum 'Album' holds too many albums: "
+                               "316 of them are listed"});
 }
 
 TEST(ArchiveAlbum, ListsItsRollsOnce) {
@@ -323,8 +309,8 @@ TEST(Album, AlbumFilesThatHoldNoAlbumGiveNothing) {
   for (const std::string_view name : {"/.DS_Store", "/text", "/number"}) {
     EXPECT_FALSE(Album::albumWithContentsOfFile(folder.path() + std::string(name)));
   }
-  EXPECT_EQ(log.lines(), std::vector<std::string>{"NSInvalidArgumentException - '" + folder.path() +
-                                                  "/text' is no archive = (null)"});
+  EXPECT_EQ(log.lines(), Texts{"NSInvalidArgumentException - '" + folder.path() +
+                               "/text' is no archive = (null)"});
   EXPECT_FALSE(Album::albumWithContentsOfFile(folder.path() + "/missing"));
   EXPECT_FALSE(Album::albumWithContentsOfFile(""));
   EXPECT_EQ(log.lines().size(), 2U);
@@ -335,7 +321,7 @@ TEST(KeyMgr, ReadsThePackedForm) {
   struct Case {
     std::string_view packed;
     std::vector<std::uint32_t> keys;
-    std::vector<std::string> lines;
+    Texts lines;
   };
   for (const Case& each :
        {Case{"\0\0\0\2\0\0\0\x10\0\0\0\x20"sv, {16, 32}, {}},
@@ -345,8 +331,7 @@ TEST(KeyMgr, ReadsThePackedForm) {
         {"\xFF\xFF\xFF\xFF\0\0\0\x10\0"sv, {16}, {"KeyMgr count = -1, but entries = 2"}},
         {"\0\0\0"sv, {}, {}}}) {
     NSArchiver archiver;
-    archiver.encodeObject(
-        make<ArchivedAs<KeyMgr>>(dictionary({{"KeyList", Data::copyOf(each.packed)}})));
+    archiver.encodeObject(archivedAs<KeyMgr>({{"KeyList", Data::copyOf(each.packed)}}));
     const Ref<KeyMgr> keys = NSUnarchiver::initForReadingWithData(archiver.archivedData())
                                  ->decodeObject()
                                  .object<KeyMgr>();
@@ -362,7 +347,7 @@ TEST(KeyMgr, ReadsArchivedKeys) {
   const auto withoutNumber = make<ArchivedAs<Key>>(make<Dictionary>());
   const auto listed = make<Array>(
       std::vector<Value>{Key::initWithKey(5), "6", withoutNumber, Key::initWithKey(0xFFFFFFFF)});
-  archiver.encodeObject(make<ArchivedAs<KeyMgr>>(dictionary({{"Keys", listed}})));
+  archiver.encodeObject(archivedAs<KeyMgr>({{"Keys", listed}}));
   const Ref<KeyMgr> keys = NSUnarchiver::initForReadingWithData(archiver.archivedData())
                                ->decodeObject()
                                .object<KeyMgr>();
@@ -382,7 +367,7 @@ TEST(KeyMgr, KeepsItsKeysInOnePlace) {
                                    ->decodeObject()
                                    .object<KeyMgr>();
   EXPECT_EQ(archived->keyNumbers(), (std::vector<std::uint32_t>{4, 9}));
-  archived->storedDictionary()->set("Keys", make<Array>(std::vector<Value>{Key::initWithKey(1)}));
+  archived->storedDictionary()->set("Keys", list({Key::initWithKey(1)}));
   EXPECT_EQ(archived->keyNumbers(), (std::vector<std::uint32_t>{1}));
   EXPECT_EQ(archived->imageKeys().size(), 1U);
   EXPECT_EQ(KeyMgr::initWithKeys(List<Key>({make<Key>(), nullptr}))->keyNumbers().size(), 0U);

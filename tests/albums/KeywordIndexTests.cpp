@@ -1,12 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/albums/KeywordMgr.h>
-#include <MRZiPhoto/archive/NSArchiver.h>
-#include <MRZiPhoto/archive/NSUnarchiver.h>
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/values/Array.h>
 
 #include "support/ArchivedAs.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -21,8 +17,7 @@ std::vector<Value> keysOfAllKinds() {
       keys.push_back(number);
       keys.emplace_back(Key::initWithKeyValue(number));
     }
-    keys.emplace_back(make<ArchivedAs<Key>>(
-        std::initializer_list<std::pair<std::string_view, Value>>{{"Key", 7}, {"More", 1}}));
+    keys.emplace_back(archivedAs<Key>({{"Key", 7}, {"More", 1}}));
   }
   return keys;
 }
@@ -35,8 +30,7 @@ TEST(KeywordMgr, FindsKeywordsAsAWalkOverThemWould) {
   for (const Value& key : keysOfAllKinds()) {
     used->append(Keyword::initWithDictionary(Dictionary{{"Key", key}}));
   }
-  archiver.encodeObject(make<ArchivedAs<KeywordMgr>>(
-      std::initializer_list<std::pair<std::string_view, Value>>{{"UsedKeywords", used}}));
+  archiver.encodeObject(archivedAs<KeywordMgr>({{"UsedKeywords", used}}));
   const Ref<KeywordMgr> manager = NSUnarchiver::initForReadingWithData(archiver.archivedData())
                                       ->decodeObject()
                                       .object<KeywordMgr>();

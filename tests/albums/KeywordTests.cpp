@@ -1,15 +1,10 @@
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/albums/KeywordMgr.h>
-#include <MRZiPhoto/archive/NSArchiver.h>
-#include <MRZiPhoto/archive/NSUnarchiver.h>
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/values/Array.h>
 
 #include "support/ArchivedAs.h"
-#include "support/CollectedLog.h"
 #include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -39,7 +34,7 @@ TEST(Keyword, ComesFromTextsDictionariesAndAnythingElse) {
   EXPECT_EQ(keyword("x", 3)->keyValue(), Value(3));
   EXPECT_TRUE(log.lines().empty());
   EXPECT_EQ(Keyword::initWithString(5)->string(), std::nullopt);
-  EXPECT_EQ(log.lines(), std::vector<std::string>{"Don't know how to init Keyword from 5'"});
+  EXPECT_EQ(log.lines(), Texts{"Don't know how to init Keyword from 5'"});
 }
 
 TEST(Keyword, ShowsTheFavouriteByItsName) {
@@ -49,12 +44,10 @@ TEST(Keyword, ShowsTheFavouriteByItsName) {
 }
 
 TEST(KeywordMgr, ListsOneEntryAndSearchesTheOther) {
-  const Ref<KeywordMgr> manager = managerOver(dictionary(
-      {{"KeywordList",
-        make<Array>(std::vector<Value>{keyword("a", 1), "b", dictionary({{"String", "c"}})})},
-       {"UsedKeywords",
-        make<Array>(std::vector<Value>{"text", keyword("used", 1), keyword("later", 1),
-                                       keyword("object", Key::initWithKey(2))})}}));
+  const Ref<KeywordMgr> manager = managerOver(
+      dictionary({{"KeywordList", list({keyword("a", 1), "b", dictionary({{"String", "c"}})})},
+                  {"UsedKeywords", list({"text", keyword("used", 1), keyword("later", 1),
+                                         keyword("object", Key::initWithKey(2))})}}));
   expectAnswers(*manager, {{"count", 3}, {"keywords", manager->keywords().value()}});
   EXPECT_EQ(manager->keywords()[2]->string(), "c");
   EXPECT_TRUE(manager->keywords().isSameList(manager->keywords()));
@@ -63,9 +56,7 @@ TEST(KeywordMgr, ListsOneEntryAndSearchesTheOther) {
   EXPECT_FALSE(manager->keywordForKeyNumber(2)) << "a Key equals no bare number";
   EXPECT_TRUE(manager->keywordForKeyNumber(Key::initWithKey(2)));
   EXPECT_FALSE(manager->keywordForKeyNumber(3));
-  EXPECT_EQ(
-      managerOver(dictionary({{"UsedKeywords", make<Array>(std::vector<Value>{"x"})}}))->count(),
-      1U);
+  EXPECT_EQ(managerOver(dictionary({{"UsedKeywords", list({"x"})}}))->count(), 1U);
   EXPECT_EQ(managerOver(dictionary({}))->count(), 0U);
 }
 

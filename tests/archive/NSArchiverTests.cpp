@@ -1,15 +1,5 @@
-#include <limits>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <MRZiPhoto/archive/NSArchiver.h>
-#include <MRZiPhoto/archive/NSUnarchiver.h>
-#include <MRZiPhoto/values/NSException.h>
-
 #include "support/ArchiveBytes.h"
-#include "support/Collections.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,15 +1,9 @@
 #include <functional>
-#include <vector>
 
-#include <gtest/gtest.h>
-
-#include <MRZiPhoto/archive/NSArchiver.h>
-#include <MRZiPhoto/archive/NSUnarchiver.h>
 #include <MRZiPhoto/values/ClassRegistry.h>
-#include <MRZiPhoto/values/NSException.h>
 
 #include "support/ArchiveBytes.h"
-#include "support/Collections.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,10 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/albums/FilterAlbum.h>
 #include <MRZiPhoto/albums/FolderAlbum.h>
 #include <MRZiPhoto/albums/SlideshowAlbum.h>
 
 #include "support/CodedLibrary.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -17,8 +16,7 @@ Value named(std::string_view name) {
 }
 
 Value folderOf(const std::string& name, std::vector<Value> children) {
-  return make<ArchivedAs<FolderAlbum>>(std::initializer_list<std::pair<std::string_view, Value>>{
-      {"Name", name}, {"Children", make<Array>(std::move(children))}});
+  return archivedAs<FolderAlbum>({{"Name", name}, {"Children", make<Array>(std::move(children))}});
 }
 
 /// The names of a catalogue's albums, behind a bar that of its archive album, and what was logged
@@ -62,8 +60,7 @@ TEST(CodedAlbumRecords, EndAtTheNumber0AndRefuseOtherObjects) {
 
 TEST(FolderAlbum, ThatContainsItselfIsWalkedOnce) {
   const Ref<FolderAlbum> folder = Album::init<FolderAlbum>();
-  const Ref<Array> children =
-      make<Array>(std::vector<Value>{folder, folder, named("a"), folder, folder});
+  const Ref<Array> children = list({folder, folder, named("a"), folder, folder});
   const_cast<Dictionary&>(*folder->storedDictionary()).set(Album::kChildren, children);
   EXPECT_EQ(albums({folder}), "a|0");
   const_cast<Dictionary&>(*folder->storedDictionary()).set(Album::kChildren, Value());

@@ -1,8 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/albums/FolderAlbum.h>
 
 #include "support/CodedLibrary.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -10,15 +9,13 @@ namespace {
 using Type = CodedBlockType;
 
 /// "name = value" for each entry, in stored order.
-std::vector<std::string> entriesOf(const Ref<Dictionary>& dictionary) {
-  std::vector<std::string> entries;
+Texts entriesOf(const Ref<Dictionary>& dictionary) {
+  Texts entries;
   for (const Dictionary::Entry& entry : *dictionary) {
     entries.push_back(std::string(entry.key.text()) + " = " + entry.value.description());
   }
   return entries;
 }
-
-using Entries = std::vector<std::string>;
 
 CodedBuilder fileBlock(std::uint32_t number, Type type, std::u16string_view path) {
   return CodedBuilder().block(number, type, CodedBuilder().item("idFP", path));
@@ -71,18 +68,17 @@ TEST(CodedImageRecords, PutWhatAPhotosRecordSaysIntoItsStores) {
             "Modification_Date = 2001-01-01 00:00:02 +0000");
   EXPECT_EQ(record->keywords().array()->size(), 2U);
   EXPECT_EQ((*record->keywords().array())[0].object<Keyword>()->string(), "two");
-  Entries attributes = entriesOf(store->attributes());
+  Texts attributes = entriesOf(store->attributes());
   ASSERT_EQ(attributes.size(), 8U);
   EXPECT_TRUE(attributes.back().starts_with("KeyWords = ("));
   attributes.pop_back();
-  EXPECT_EQ(attributes,
-            (Entries{"ArchiveDate = 2001-01-01 00:00:03 +0000",
-                     "MetaDate = 2001-01-01 00:00:04 +0000", "Caption = Köln \U0001F600",
-                     "Annotation = comment", "FileSize = 18446744073709551615",
-                     "OrigFileName = DSC_1.JPG", "ImageUserData = <65786966>"}));
+  EXPECT_EQ(attributes, (Texts{"ArchiveDate = 2001-01-01 00:00:03 +0000",
+                               "MetaDate = 2001-01-01 00:00:04 +0000", "Caption = Köln \U0001F600",
+                               "Annotation = comment", "FileSize = 18446744073709551615",
+                               "OrigFileName = DSC_1.JPG", "ImageUserData = <65786966>"}));
   EXPECT_EQ(entriesOf(record->info()->storedDictionary()),
-            (Entries{"Image_Height = 480", "Image_Width = 640", "FileName = name.jpg",
-                     "Rotation = 90", "Date = 2001-01-01 00:00:01 +0000"}));
+            (Texts{"Image_Height = 480", "Image_Width = 640", "FileName = name.jpg",
+                   "Rotation = 90", "Date = 2001-01-01 00:00:01 +0000"}));
   EXPECT_EQ(record->imagePath(), library.path("2004/7.jpg"));
   EXPECT_EQ(record->originalImagePath(), library.path("2004/Originals/7.jpg"));
   EXPECT_EQ(record->thumbnailPath(), library.path("2004/05/06/Thumbs/7.jpg"));
@@ -96,7 +92,6 @@ TEST(CodedImageRecords, PutWhatARollsRecordSaysIntoItsStores) {
     ASSERT_EQ(library->rollRecRefs().size(), 1U);
     const Ref<ImageRecRef> record = library->rollRecRefs()[0];
     EXPECT_EQ(record->imagePath(), library.path("2004/05/06/sub/name.jpg"));
-    const CollectedLog log;
     if (version == 24) {
       EXPECT_FALSE(record->info());
       EXPECT_TRUE(record->imageAttributes()->storedDictionary()->empty()) << "made for want of one";
@@ -105,11 +100,11 @@ TEST(CodedImageRecords, PutWhatARollsRecordSaysIntoItsStores) {
     EXPECT_EQ(record->modificationDate(), Date{2});
     EXPECT_EQ(
         entriesOf(record->imageAttributes()->attributes()),
-        (Entries{"ArchiveDate = 2001-01-01 00:00:03 +0000", "ModDate = 2001-01-01 00:00:02 +0000",
-                 "MetaDate = 2001-01-01 00:00:04 +0000", "Caption = Köln \U0001F600",
-                 "Annotation = comment", "OrigFileName = DSC_1.JPG"}));
+        (Texts{"ArchiveDate = 2001-01-01 00:00:03 +0000", "ModDate = 2001-01-01 00:00:02 +0000",
+               "MetaDate = 2001-01-01 00:00:04 +0000", "Caption = Köln \U0001F600",
+               "Annotation = comment", "OrigFileName = DSC_1.JPG"}));
     EXPECT_EQ(entriesOf(record->info()->storedDictionary()),
-              (Entries{"FileName = 2004/7.jpg", "Date = 2001-01-01 00:00:01 +0000"}));
+              (Texts{"FileName = 2004/7.jpg", "Date = 2001-01-01 00:00:01 +0000"}));
   }
 }
 
@@ -168,7 +163,6 @@ TEST(CodedImageRecords, GoThroughOddRecordsAsThePlainOnes) {
   ASSERT_TRUE(library) << library.log().front();
   ASSERT_EQ(library->photos().size(), std::size(cases));
   for (std::size_t i = 0; i < std::size(cases); ++i) {
-    const CollectedLog log;  // of folders that nobody knows
     const Ref<ImageRecRef> record = library->photos()[i];
     EXPECT_EQ(record->caption(), "after") << i;
     EXPECT_EQ(record->keywords().array()->size(), cases[i].keywords) << i;
@@ -184,7 +178,6 @@ TEST(CodedImageRecords, GoThroughOddRecordsAsThePlainOnes) {
 TEST(CodedImageRecords, AreMadeAnewAfterTheyWereLetGo) {
   const CodedLibrary library(60, CodedBuilder().images({fullRecord(7, 5), fullRecord(8, 5)}));
   ASSERT_TRUE(library);
-  const CollectedLog log;
   const Ref<ImageRecRef> record = library->photos()[0];
   const std::string before = record->description();
   const Ref<AttributeMgr> attributes = record->imageAttributes();
@@ -213,9 +206,9 @@ TEST(CodedImageRecords, RefuseFieldsWhoseSizeDoesNotFit) {
           60, CodedBuilder().images({around(
                   CodedBuilder().number(field.code).number(size).raw(std::string(size, 'x')))}));
       EXPECT_FALSE(library) << fourCharacterText(field.code);
-      EXPECT_EQ(library.log(), Entries{"NSInternalInconsistencyException - Unexpected datasize " +
-                                       std::to_string(size) + " during " +
-                                       std::string(kind.operation) + " = (null)"})
+      EXPECT_EQ(library.log(), Texts{"NSInternalInconsistencyException - Unexpected datasize " +
+                                     std::to_string(size) + " during " +
+                                     std::string(kind.operation) + " = (null)"})
           << fourCharacterText(field.code);
     }
   };
@@ -301,7 +294,7 @@ TEST(CodedImageRecords, HaveTheKeywordsOfTheStoreBeforeThem) {
 /// loaded must leave one line that says why.
 bool isLibraryOrRefusal(const TemporaryFolder& folder, const std::string& bytes) {
   // Some file systems write a file that is made anew over an old one to the disk at once.
-  std::filesystem::remove(folder / "Library.iPhoto");
+  fs::remove(folder / "Library.iPhoto");
   folder.write("Library.iPhoto", bytes);
   const CollectedLog log;
   const Ref<TVQiPhotoLibrary> library =

@@ -1,6 +1,5 @@
-#include <gtest/gtest.h>
-
 #include "support/CodedLibrary.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -81,9 +80,7 @@ TEST(CodedRollRecords, BecomeRollAlbums) {
 }
 
 TEST(CodedRollRecords, StandInForTheRollsAmongTheArchiveAlbumsChildren) {
-  const Value archive =
-      make<ArchivedAs<ArchiveAlbum>>(std::initializer_list<std::pair<std::string_view, Value>>{
-          {"Children", make<Array>(std::vector<Value>{Album::init<RollAlbum>()})}});
+  const Value archive = archivedAs<ArchiveAlbum>({{"Children", list({Album::init<RollAlbum>()})}});
   const CodedBuilder albums = CodedBuilder().item("dbAL", albumArchive({archive}));
   const CodedLibrary alone(60, albums);
   ASSERT_TRUE(alone);

@@ -1,12 +1,9 @@
-#include <gtest/gtest.h>
-
 #include "support/CodedLibrary.h"
 #include "support/LibraryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
-
-using Lines = std::vector<std::string>;
 
 CodedBuilder roll(std::int32_t key) { return CodedBuilder().item("stKY", key); }
 
@@ -18,8 +15,8 @@ std::string shortened(std::string text, const std::string& folder) {
   return text;
 }
 
-Lines sentences(const std::vector<Notice>& notices, const std::string& folder) {
-  Lines lines;
+Texts sentences(const std::vector<Notice>& notices, const std::string& folder) {
+  Texts lines;
   for (const Notice& notice : notices) {
     EXPECT_EQ(notice.file, folder + "/Library.iPhoto");
     EXPECT_TRUE(!notice.offset ||
@@ -43,8 +40,8 @@ TEST(DamagedCatalogue, TellsWhatOfItsPromisesWasRead) {
     CodedBuilder sections;
     std::size_t photos;
     std::size_t rolls;
-    std::string logged;                  // behind "Damaged iPhoto library …: "; empty for no line
-    std::vector<std::string> noticed{};  // behind "the catalogue … "
+    std::string logged;  // behind "Damaged iPhoto library …: "; empty for no line
+    Texts noticed{};     // behind "the catalogue … "
   };
   const auto ended = [](std::string_view what, const CodedBuilder& sections, std::size_t photos,
                         const std::string& read, const std::string& where, std::size_t rolls = 0) {
@@ -148,7 +145,7 @@ TEST(DamagedCatalogue, TellsWhatOfItsPromisesWasRead) {
     const CodedLibrary library(60, each.sections);
     ASSERT_TRUE(library) << library.log().front();
     const std::string folder = library.path("");
-    Lines logged;
+    Texts logged;
     for (const std::string& line : library.log()) {
       logged.push_back(shortened(line, folder.substr(0, folder.size() - 1)));
     }
@@ -157,9 +154,9 @@ TEST(DamagedCatalogue, TellsWhatOfItsPromisesWasRead) {
                                 [](const std::string& line) { return line.starts_with("Using "); }),
                  logged.end());
     EXPECT_EQ(logged, each.logged.empty()
-                          ? Lines()
-                          : Lines{"Damaged iPhoto library L/Library.iPhoto: " + each.logged});
-    Lines noticed;
+                          ? Texts()
+                          : Texts{"Damaged iPhoto library L/Library.iPhoto: " + each.logged});
+    Texts noticed;
     for (const std::string& rest : each.noticed) {
       noticed.push_back("the catalogue 'L/Library.iPhoto' " + rest);
     }
@@ -207,7 +204,7 @@ TEST(DamagedCatalogue, IsRefusedWhereATypedReadMeetsANegativeSize) {
     const CodedLibrary library(
         60, CodedBuilder().images({codedPhoto(1)}).raw(each.sections.bytes()).item("dbMD", 1.0));
     EXPECT_FALSE(library);
-    EXPECT_EQ(library.log(), Lines{"NSInternalInconsistencyException - Unexpected datasize " +
+    EXPECT_EQ(library.log(), Texts{"NSInternalInconsistencyException - Unexpected datasize " +
                                    std::to_string(each.size) + " during " +
                                    std::string(each.operation) + " = (null)"});
   }
@@ -243,7 +240,6 @@ TEST(DamagedCatalogue, TellsThatAlbumDataStandsInForWhatItLost) {
     const LibraryFolder folder;
     folder.write("Library.iPhoto", catalogueBytes(60, each.sections));
     folder.writeAlbumData(each.albumData);
-    const CollectedLog log;
     const Ref<TVQiPhotoLibrary> library =
         TVQiPhotoLibrary::initWithContentsOfFile(folder.root + "/Library.iPhoto");
     ASSERT_TRUE(library);
@@ -252,13 +248,13 @@ TEST(DamagedCatalogue, TellsThatAlbumDataStandsInForWhatItLost) {
     EXPECT_EQ(library->numberOfAlbums(), each.albumData == lists ? 0U : 1U);
     EXPECT_EQ(library->numberOfRolls(), each.albumData == lists ? 0U : 1U);
     EXPECT_EQ(library->numberOfKeywords(), each.albumData == lists ? 0U : 1U);
-    Lines told;
+    Texts told;
     for (const std::string& line : sentences(library->notices(), folder.root)) {
       if (!line.starts_with("the catalogue ")) {
         told.push_back(line);
       }
     }
-    Lines expected;
+    Texts expected;
     for (const std::string_view what : each.standIns) {
       expected.push_back("the " + std::string(what) +
                          " are those of 'L/AlbumData.xml': none could be read from the damaged "

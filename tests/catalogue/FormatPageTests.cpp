@@ -1,19 +1,16 @@
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/albums/AlbumKind.h>
 #include <MRZiPhoto/catalogue/CodedFields.h>
 #include <MRZiPhoto/values/ClassRegistry.h>
 
 #include "support/MarkdownTable.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
 
 using namespace std::string_view_literals;
 
-using Rows = std::vector<MarkdownRow>;
+using PageRows = std::vector<MarkdownRow>;
 
 constexpr std::string_view kNone = "–";
 constexpr std::array kReads{kNone,         "short"sv,     "int"sv,  "long"sv, "float"sv,  "date"sv,
@@ -22,9 +19,9 @@ static_assert(kReads.size() == kCodedReads.size());
 
 /// The rows of a page's table, cut to the columns that are compared. What a page says of a value
 /// that is kept is its own affair.
-Rows table(const std::string& page, std::string_view heading, std::size_t columns,
-           std::size_t keptColumns = 0) {
-  Rows rows = markdownTable(MRZIPHOTO_DOCS "/formats/" + page, heading);
+PageRows table(const std::string& page, std::string_view heading, std::size_t columns,
+               std::size_t keptColumns = 0) {
+  PageRows rows = markdownTable(MRZIPHOTO_DOCS "/formats/" + page, heading);
   for (MarkdownRow& row : rows) {
     row.resize(columns + keptColumns);
     for (std::size_t i = columns; i < row.size(); ++i) {
@@ -46,7 +43,7 @@ void addKept(MarkdownRow& row, Value value) {
 }
 
 TEST(FormatPages, ListTheKindsOfCodedValues) {
-  Rows expected;
+  PageRows expected;
   for (std::size_t i = 1; i < kCodedReads.size(); ++i) {
     const std::uint32_t size = kCodedReads[i].requiredSize;
     expected.push_back({std::string(kReads[i]), size == 0 ? "any" : std::to_string(size)});
@@ -55,10 +52,10 @@ TEST(FormatPages, ListTheKindsOfCodedValues) {
 }
 
 TEST(FormatPages, ListTheCodes) {
-  Rows sections;
-  Rows fields;
-  Rows blockFields;
-  Rows rollFields;
+  PageRows sections;
+  PageRows fields;
+  PageRows blockFields;
+  PageRows rollFields;
   for (const CodedSection& section : kCodedSections) {
     sections.push_back(codeAndRead(section));
   }
@@ -78,19 +75,19 @@ TEST(FormatPages, ListTheCodes) {
   EXPECT_EQ(table("coded-catalogue.md", "Sections", 2), sections);
   EXPECT_EQ(table("coded-image-records.md", "Fields", 2, 1), fields);
   EXPECT_EQ(table("coded-roll-records.md", "Fields", 2, 1), rollFields);
-  const Rows blocks = table("coded-image-records.md", "Fields of a block", 2, 4);
+  const PageRows blocks = table("coded-image-records.md", "Fields of a block", 2, 4);
   EXPECT_EQ(blocks, blockFields);
 }
 
 TEST(FormatPages, ListTheArchivedClasses) {
-  Rows albums;
+  PageRows albums;
   for (const AlbumKind* kind : albumKinds()) {
     albums.push_back({std::string(kind->name),
                       std::string(kind->superclass != nullptr ? kind->superclass->name : kNone),
                       std::to_string(kind->highestVersion), std::string(kind->defaultName)});
   }
   EXPECT_EQ(table("archived-records.md", "Albums", 4), albums);
-  const Rows classes = table("archived-records.md", "Classes", 3);
+  const PageRows classes = table("archived-records.md", "Classes", 3);
   EXPECT_EQ(classes.size(), 15U);
   for (const MarkdownRow& row : classes) {
     const Class* known = ClassRegistry::find(row[0]);

@@ -1,21 +1,11 @@
-#include <algorithm>
-#include <filesystem>
-#include <random>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/catalogue/TVQiPhotoLibrary.h>
 #include <MRZiPhoto/photos/RecordDatabase.h>
-#include <MRZiPhoto/values/Array.h>
-#include <MRZiPhoto/values/Limits.h>
-#include <MRZiPhoto/values/NSException.h>
 
 #include "support/CodedBuilder.h"
 #include "support/CodedLibrary.h"
-#include "support/CollectedLog.h"
 #include "support/LibraryFolder.h"
 #include "support/StandInDatabase.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -69,7 +59,7 @@ TEST(TVQiPhotoLibrary, TellsTheVersionOfACatalogueFile) {
   library.writeArchivedVersion("archive", 42);
   EXPECT_EQ(TVQiPhotoLibrary::iPhotoVersionForFilename(library.root + "/archive"), 42);
   // Only its beginning is read: a file that is too large to be read whole tells its version, too.
-  std::filesystem::resize_file(library.root + "/archive", Limits().fileSize + 1);
+  fs::resize_file(library.root + "/archive", Limits().fileSize + 1);
   EXPECT_EQ(TVQiPhotoLibrary::iPhotoVersionForFilename(library.root + "/archive"), 42);
   library.writeArchive("objects", {"text"});
   CollectedLog log;
@@ -95,16 +85,15 @@ TEST(TVQiPhotoLibrary, LoadsAlbumDataAboveVersion15) {
   const Ref<TVQiPhotoLibrary> loaded =
       TVQiPhotoLibrary::initWithContentsOfFile(library.root + "/Library6.iPhoto");
   ASSERT_TRUE(loaded);
-  EXPECT_EQ(log.lines(), (std::vector<std::string>{
-                             "New iPhoto library version 151",
-                             "Using " + library.root + " instead of /old as the archive path"}));
+  EXPECT_EQ(log.lines(), (Texts{"New iPhoto library version 151",
+                                "Using " + library.root + " instead of /old as the archive path"}));
   EXPECT_EQ(loaded->libraryVersion(), 151);
   EXPECT_EQ(captions(loaded->photos()), "P1 P2 ");
   EXPECT_EQ(captions(loaded->rollRecRefs()), "R1 ");
   EXPECT_EQ(loaded->albums()[0]->albumName(), "A");
   EXPECT_EQ(loaded->numberOfAlbums(), 1U);
   EXPECT_EQ(loaded->numberOfRolls(), 1U);
-  EXPECT_TRUE(loaded->keywordsForKeys(*make<Array>(std::vector<Value>{3})).empty());
+  EXPECT_TRUE(loaded->keywordsForKeys(*list({3})).empty());
 
   // The recorded folder is a plain prefix of the text, wherever in a component it ends.
   for (const auto& [path, updated] : std::initializer_list<std::pair<std::string, std::string>>{
@@ -198,7 +187,6 @@ TEST(TVQiPhotoLibrary, FindsRecordsByTheKeysThatTheyHaveNow) {
   library.writeAlbumData(
       xml::entry("Master Image List", xml::dict(image(1, "a", 5) + image(2, "b", 5) +
                                                 image(3, "c", 5) + image(4, "r") + image(5, "s"))));
-  const CollectedLog log;
   const Ref<TVQiPhotoLibrary> catalogue = load(library);
   ASSERT_TRUE(catalogue);
   const auto photos = [&] {
@@ -226,11 +214,10 @@ TEST(TVQiPhotoLibrary, FindsRecordsByTheKeysThatTheyHaveNow) {
 TEST(TVQiPhotoLibrary, FindsKeywordsAndRollsByKeysOfEveryKind) {
   const Ref<TVQiPhotoLibrary> keywords = TVQiPhotoLibrary::init();
   keywords->addKeyword(Keyword::initWithString("keyless"));
-  for (const auto& [text, key] : std::initializer_list<std::pair<std::string_view, Value>>{
-           {"zero", Value(0)},
-           {"seven", Value(Key::initWithKey(7))},
-           {"later", Value(7)},
-           {"eight", Value(8)}}) {
+  for (const auto& [text, key] : Entries{{"zero", Value(0)},
+                                         {"seven", Value(Key::initWithKey(7))},
+                                         {"later", Value(7)},
+                                         {"eight", Value(8)}}) {
     keywords->addKeyword(Keyword::initWithDictionary(Dictionary{{"String", text}, {"Key", key}}));
   }
   const CodedLibrary library(

@@ -1,17 +1,11 @@
-#include <algorithm>
-#include <filesystem>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/files/FileManager.h>
 #include <MRZiPhoto/photos/Key.h>
 
 #include "sample/Bytes.h"
 #include "support/CodedLibrary.h"
-#include "support/CollectedLog.h"
 #include "support/LibraryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -25,7 +19,6 @@ Ref<TVQiPhotoDatabase> openedAs(const LibraryFolder& library, std::int32_t versi
   library.write(name, catalogueBytes(version, CodedBuilder()));
   library.writeArchive("Dir.data", {1, make<Array>()});
   library.writeAlbumData("");
-  const CollectedLog log;
   return library.open();
 }
 
@@ -104,9 +97,8 @@ TEST(Thumbnails, OutliveAReload) {
   const auto database = openedAs(library, 60);
   const auto cache = database->thumbnailSegmentCache();
   const auto image = database->thumbnailForKeyImageSize(7, {4, 3});
-  const std::filesystem::path file = library.root + "/Dir.data";
-  std::filesystem::last_write_time(file, std::filesystem::file_time_type{});
-  const CollectedLog log;
+  const fs::path file = library.root + "/Dir.data";
+  fs::last_write_time(file, fs::file_time_type{});
   EXPECT_TRUE(database->reloadIfChanged());
   EXPECT_EQ(database->thumbnailSegmentCache(), cache);
   if (image) {  // built with images
@@ -156,7 +148,6 @@ TEST(Thumbnails, OfARealLibraryAreFiles) {
   if (!NSImage::isSupported() || !FileManager::isFolder(real)) {
     GTEST_SKIP() << "built without images, or no " << real;
   }
-  const CollectedLog log;
   const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(real);
   ASSERT_TRUE(database);
   ASSERT_EQ(database->photos().size(), 7U);

@@ -1,17 +1,9 @@
-#include <random>
-
-#include <gtest/gtest.h>
-
-#include <MRZiPhoto/archive/NSArchiver.h>
-#include <MRZiPhoto/archive/NSUnarchiver.h>
 #include <MRZiPhoto/directories/TVQiPhotoDirectories.h>
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/values/Array.h>
 
-#include "support/CollectedLog.h"
 #include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,13 +1,9 @@
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/exif/CameraRecords.h>
 #include <MRZiPhoto/exif/SettingDescriptions.h>
 #include <MRZiPhoto/values/Format.h>
 
 #include "support/MarkdownTable.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,18 +1,10 @@
-#include <cstdlib>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/exif/CameraRecords.h>
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
 #include <MRZiPhoto/values/Log.h>
-#include <MRZiPhoto/values/NSException.h>
 
 #include "sample/ExifBlockWriter.h"
 #include "support/KeyValueAnswers.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -94,13 +86,13 @@ TEST(TVQiPhotoUserData, WorksOutExposureTimes) {
 }
 
 TEST(TVQiPhotoUserData, ReadsTextsInMacRomanAndLogsUnexpectedTypes) {
-  std::vector<std::string> lines;
+  Texts lines;
   const LogSink before = setLogSink([&](std::string_view line) { lines.emplace_back(line); });
   const auto camera = decoded(ExifBlockWriter().text(kMaker, "M\x8Ak\xDB").text(kModel, "X1", 1));
   setLogSink(before);
   EXPECT_EQ(camera->maker(), "Mäk€");
   EXPECT_EQ(camera->model(), "X1");
-  EXPECT_EQ(lines, std::vector<std::string>{"String type 1 for code 0xa96d6f64"});
+  EXPECT_EQ(lines, Texts{"String type 1 for code 0xa96d6f64"});
 }
 
 TEST(TVQiPhotoUserData, KeepsEveryRecordAndTheLastOfEachCode) {

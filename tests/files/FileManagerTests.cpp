@@ -1,29 +1,18 @@
-#include <algorithm>
-#include <array>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include <MRZiPhoto/files/FileFailure.h>
 #include <MRZiPhoto/files/FileManager.h>
 #include <MRZiPhoto/files/Path.h>
 #include <MRZiPhoto/files/ReadingRules.h>
 #include <MRZiPhoto/files/detail/FolderNames.h>
-#include <MRZiPhoto/values/Limits.h>
 
 #include "support/EnvironmentVariable.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
-
-namespace fs = std::filesystem;
 
 TEST(FileManager, TellsEntriesApart) {
   const TemporaryFolder folder;
@@ -336,11 +325,10 @@ TEST(Path, AppendsExtensions) {
 }
 
 TEST(Path, SplitsIntoComponentsAndBack) {
-  using Parts = std::vector<std::string>;
-  EXPECT_EQ(path::components("/Users//a/b"), (Parts{"/", "Users", "a", "b"}));
-  EXPECT_EQ(path::components("a/b/"), (Parts{"a", "b", "/"}));
-  EXPECT_EQ(path::components("/"), Parts{"/"});
-  EXPECT_EQ(path::components(""), Parts{});
+  EXPECT_EQ(path::components("/Users//a/b"), (Texts{"/", "Users", "a", "b"}));
+  EXPECT_EQ(path::components("a/b/"), (Texts{"a", "b", "/"}));
+  EXPECT_EQ(path::components("/"), Texts{"/"});
+  EXPECT_EQ(path::components(""), Texts{});
   EXPECT_EQ(path::fromComponents({"/", "Users", "a"}), "/Users/a");
   EXPECT_EQ(path::fromComponents({"2004", "05", "/"}), "2004/05");
   EXPECT_EQ(path::fromComponents({}), "");

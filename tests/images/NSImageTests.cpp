@@ -1,14 +1,6 @@
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <filesystem>
-#include <limits>
-#include <map>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include <MRZiPhoto/files/FileFailure.h>
 #include <MRZiPhoto/files/FileManager.h>
@@ -16,11 +8,9 @@
 #include <MRZiPhoto/images/NSImage.h>
 #include <MRZiPhoto/images/detail/ImageBackend.h>
 #include <MRZiPhoto/values/Format.h>
-#include <MRZiPhoto/values/Limits.h>
 
 #include "sample/Picture.h"
-#include "support/CollectedLog.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -247,13 +237,11 @@ TEST_F(NSImageTests, GoesByTheLimitsInForce) {
            {picture,
             {.decodingTime = std::chrono::milliseconds(0)},
             name + "cannot be decoded: it takes longer than 0 milliseconds"}}) {
-    const CollectedLog log;
     const Ref<NSImage> image = imageOf(each.bytes);
     const Limits::Scope scope(each.limits);
     EXPECT_EQ(static_cast<bool>(image->bitmapOfPixels(3, 3)), each.failure.empty());
     EXPECT_EQ(image->failure(), each.failure);
   }
-  const CollectedLog log;
   const Limits::Scope scope({.bitmapPixels = 1199});
   EXPECT_FALSE(imageOf(picture)->bitmap());
   EXPECT_FALSE(imageOf(picture)->bitmapOfPixels(40, 30));
@@ -273,7 +261,7 @@ class DisturbedBytes final : public detail::ImageBytes {
 
   std::size_t read(std::uint64_t offset, char* destination, std::size_t count) override {
     if (_readingsLeft != kNever && _readingsLeft-- == 0) {
-      std::filesystem::resize_file(_path, 0);
+      fs::resize_file(_path, 0);
     }
     _isReading = true;
     const std::size_t got = ImageBytes::read(offset, destination, count);
@@ -281,7 +269,7 @@ class DisturbedBytes final : public detail::ImageBytes {
     return got;
   }
   bool isLate() override { return _readingsLeft == kNever && !_isReading; }
-  [[nodiscard]] bool isEmptied() const { return std::filesystem::file_size(_path) == 0; }
+  [[nodiscard]] bool isEmptied() const { return fs::file_size(_path) == 0; }
 
  private:
   std::string _path;
@@ -290,8 +278,7 @@ class DisturbedBytes final : public detail::ImageBytes {
 };
 
 TEST_F(NSImageTests, EndsWhenAFileShrinksMeanwhile) {
-  for (const auto& seed :
-       std::filesystem::directory_iterator(MRZIPHOTO_FUZZ_SEEDS "/ImageFuzzer")) {
+  for (const auto& seed : fs::directory_iterator(MRZIPHOTO_FUZZ_SEEDS "/ImageFuzzer")) {
     const std::string whole(FileManager::contents(seed.path().string())->bytes());
     bool isEmptied = true;
     for (int reading = 0; isEmptied; ++reading) {
@@ -300,7 +287,7 @@ TEST_F(NSImageTests, EndsWhenAFileShrinksMeanwhile) {
       const std::optional<detail::ImageHeader> header = detail::imageHeaderOf(*file);
       ASSERT_TRUE(header) << seed;
       // The first time before anything is read.
-      std::filesystem::resize_file(folder / "picture", reading == 0 ? 0 : whole.size());
+      fs::resize_file(folder / "picture", reading == 0 ? 0 : whole.size());
       DisturbedBytes bytes(*file, header->format, folder / "picture", reading);
       std::string reason;
       const Limits limits;
@@ -382,7 +369,7 @@ TEST_F(NSImageTests, TriesAgainWhenTheFileHasChanged) {
   EXPECT_TRUE(image->bitmap());
 
   // A pipe in its place is not waited for.
-  std::filesystem::remove(folder / "picture");
+  fs::remove(folder / "picture");
   ASSERT_EQ(mkfifo((folder / "picture").c_str(), 0600), 0);
   EXPECT_FALSE(image->bitmap());
   EXPECT_EQ(image->failure(),
@@ -433,8 +420,7 @@ TEST_F(NSImageTests, DrawsIntoSizes) {
 // Whatever is damaged: an answer or none, and no word on standard error.
 TEST_F(NSImageTests, SurvivesDamagedFiles) {
   int decoded = 0;
-  for (const auto& seed :
-       std::filesystem::directory_iterator(MRZIPHOTO_FUZZ_SEEDS "/ImageFuzzer")) {
+  for (const auto& seed : fs::directory_iterator(MRZIPHOTO_FUZZ_SEEDS "/ImageFuzzer")) {
     const std::string whole(FileManager::contents(seed.path().string())->bytes());
     decoded += imageOf(whole)->bitmap() ? 1 : 0;
     testing::internal::CaptureStderr();
@@ -442,7 +428,6 @@ TEST_F(NSImageTests, SurvivesDamagedFiles) {
     for (std::size_t i = 0; i < whole.size(); i += step) {
       std::string bytes = whole;
       bytes[i] ^= static_cast<char>(0x41 + i % 50);
-      const CollectedLog log;
       for (const std::string& each : {bytes, whole.substr(0, i)}) {
         const Ref<NSImage> image = imageOf(each);
         const NSSize size = image->size();
@@ -459,9 +444,9 @@ TEST_F(NSImageTests, SurvivesDamagedFiles) {
 }
 
 TEST_F(NSImageTests, ReadsRealPictures) {
-  const std::filesystem::path masters =
+  const fs::path masters =
       MRZIPHOTO_REAL_FILES "/iPhoto-9.4.3.photolibrary/Masters/2013/08/19/20130819-192758";
-  if (!std::filesystem::exists(masters)) {
+  if (!fs::exists(masters)) {
     GTEST_SKIP() << masters << " is not there";
   }
   for (const auto& [name, size] : {std::pair{"P1060169", NSSize{3648, 2736}},

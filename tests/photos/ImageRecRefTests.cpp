@@ -1,21 +1,10 @@
-#include <array>
-#include <filesystem>
-#include <memory>
-
-#include <gtest/gtest.h>
-
-#include <MRZiPhoto/archive/NSArchiver.h>
-#include <MRZiPhoto/archive/NSUnarchiver.h>
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
-#include <MRZiPhoto/values/Array.h>
-#include <MRZiPhoto/values/NSException.h>
 
 #include "support/ArchivedAs.h"
-#include "support/CollectedLog.h"
 #include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -91,7 +80,7 @@ TEST(ImageRecRef, AsksItsSourcesInOrder) {
                                             {"ModDateAsTimerInterval", 302},
                                             {"Comment", "a2"},
                                             {"Caption", "c2"},
-                                            {"Keywords", make<Array>(std::vector<Value>{2})}}),
+                                            {"Keywords", list({2})}}),
                                 2);
     }
     if (has('3')) {
@@ -100,22 +89,20 @@ TEST(ImageRecRef, AsksItsSourcesInOrder) {
     }
     if (has('4')) {
       const Ref<ImageRec> info = infoStore(4);
-      info->setObjectForKey(
-          make<ArchivedAs<ImageSource>>(dictionary({{"Directory", 7}, {"Filename", "4.jpg"}})),
-          ImageRec::kImageSource);
+      info->setObjectForKey(archivedAs<ImageSource>({{"Directory", 7}, {"Filename", "4.jpg"}}),
+                            ImageRec::kImageSource);
       photo->setDBInfo(again(info).object<ImageRec>());
       photo->setDBImageAttributes(attributesStore(4));
     }
     return photo;
   };
   const Value none;
-  const Value two = make<Array>(std::vector<Value>{2});
+  const Value two = list({2});
   static constexpr std::string_view kSources[]{"1", "2", "4", "13", "23", "1234"};
   struct Case {
     std::string_view operation;
     std::array<Value, std::size(kSources)> answers;
   };
-  const CollectedLog log;
   for (const Case& each : std::initializer_list<Case>{
            {"photoId", {1, 2, 4, 1, 2, 2}},
            {"keyStringValue", {"1", "2", "4", "1", "2", "2"}},
@@ -173,7 +160,6 @@ TEST(ImageRecRef, FindsPicturesWhereTheLibraryLiesNow) {
                            {"ThumbPath", "thumbnailPath", "/new/Library/p.jpg"},
                            {"ImageOriginalPath", "originalImagePath", "/was/p.jpg"}}) {
     const Ref<ImageRecRef> photo = photoOf(dictionary({{each.entry, "/was/p.jpg"}}), database);
-    const CollectedLog log;
     EXPECT_EQ(photo->valueForKey(each.operation).text(), each.path) << each.entry;
   }
   const Ref<ImageRecRef> both = photoOf(dictionary({{"ImageThumbnailPath", "/was/image.jpg"},
@@ -185,7 +171,6 @@ TEST(ImageRecRef, FindsPicturesWhereTheLibraryLiesNow) {
   EXPECT_EQ(both->recordedOriginalPath(), "/new/Library/o.jpg");
   EXPECT_EQ(both->originalImagePath(), "/new/Library/a/Originals/42.?origExt?");
   EXPECT_TRUE(both->hasBeenEdited());
-  const CollectedLog log;
   const Ref<ImageRecRef> unmoved = photoOf(dictionary({{"ImagePath", "/was/a/p.jpg"}}), database);
   EXPECT_EQ(unmoved->thumbnailPath(), "/new/Library/a/Thumbs/42.jpg");
 }
@@ -209,7 +194,6 @@ TEST(ImageRecRef, AnswersNothingOfOtherKindsOfValues) {
                                                      {"DateAsTimerInterval", "soon"},
                                                      {"Keywords", "none"}}),
                                          database);
-  CollectedLog log;
   EXPECT_EQ(photo->caption(), std::nullopt);
   EXPECT_EQ(photo->comments(), std::nullopt);
   EXPECT_EQ(photo->archiveDate(), std::nullopt);
@@ -224,8 +208,7 @@ TEST(ImageRecRef, AsksForARewrittenPathOnceAndSaysWhenThereIsNoFolder) {
   CollectedLog log;
   EXPECT_EQ(photo->directory(), std::nullopt);
   EXPECT_EQ(log.lines(),
-            std::vector<std::string>{
-                "ImageRecRef - directory '(null)' does not exist for Key: {\n    Key = 42;\n}"});
+            Texts{"ImageRecRef - directory '(null)' does not exist for Key: {\n    Key = 42;\n}"});
 
   database.recorded = "/was";
   const Ref<Dictionary> imageInfo = dictionary({{"ImagePath", "/was/a/p.jpg"}});
@@ -245,9 +228,9 @@ TEST(ImageRecRef, AsksForARewrittenPathOnceAndSaysWhenThereIsNoFolder) {
 
 TEST(ImageRecRef, ResolvesLinksInItsFolder) {
   const TemporaryFolder library;
-  const std::string root = std::filesystem::canonical(library.path()).string();
-  std::filesystem::create_directories(root + "/real/2004");
-  std::filesystem::create_directory_symlink(root + "/real", root + "/link");
+  const std::string root = fs::canonical(library.path()).string();
+  fs::create_directories(root + "/real/2004");
+  fs::create_directory_symlink(root + "/real", root + "/link");
   StandInDatabase database;
   database.archive = std::nullopt;
   database.root = root;
@@ -287,7 +270,7 @@ TEST(ImageRecRef, KeywordsComeAsRecordsKeysOrAsStored) {
   };
   ASSERT_EQ(keywords({"3", "77"})->size(), 1U) << "an unknown key is left out";
   EXPECT_EQ((*keywords({"3"}))[0].object(), Ref<Object>(kids));
-  EXPECT_EQ(Value(keywords({3, 4})), Value(make<Array>(std::vector<Value>{3, 4})));
+  EXPECT_EQ(Value(keywords({3, 4})), Value(list({3, 4})));
   EXPECT_TRUE(keywords({})->empty());
   const Ref<ImageRecRef> photo = photoOf(dictionary({}), database);
   const Ref<AttributeMgr> store = AttributeMgr::init();
@@ -299,10 +282,10 @@ TEST(ImageRecRef, KeywordsComeAsRecordsKeysOrAsStored) {
 TEST(ImageRecRef, ReadsStoresBesideThePhoto) {
   const TemporaryFolder library;
   StandInDatabase database;
-  database.root = std::filesystem::canonical(library.path()).string();
+  database.root = fs::canonical(library.path()).string();
   database.archive = std::nullopt;
   database.version = 149;
-  std::filesystem::create_directories(library.path() + "/2004/Data");
+  fs::create_directories(library.path() + "/2004/Data");
   const auto write = [&](const std::string& name, const Value& object) {
     NSArchiver archiver;
     archiver.encodeObject(object);
@@ -328,7 +311,7 @@ TEST(ImageRecRef, ReadsStoresBesideThePhoto) {
     bool handsStoresIn;
     std::string caption;
     Value width;
-    std::vector<std::string> lines;  // of asking for both twice
+    Texts lines;  // of asking for both twice
   };
   const std::string damaged =
       "NSInvalidArgumentException - '" + data + "2.attr' is no archive = (null)";
@@ -374,11 +357,11 @@ TEST(ImageRecRef, ReadsStoresBesideThePhoto) {
 
   {
     const CollectedLog log;
-    const auto place = std::filesystem::current_path();
-    std::filesystem::current_path(library.path() + "/2004/Data");
+    const auto place = fs::current_path();
+    fs::current_path(library.path() + "/2004/Data");
     const Ref<ImageRecRef> lost = photoOf(dictionary({{"Caption", "of no folder"}}), database, 1);
     EXPECT_EQ(lost->caption(), "of no folder") << "no store is taken from where the process runs";
-    std::filesystem::current_path(place);
+    fs::current_path(place);
     EXPECT_EQ(log.lines().back(), "No data for image attributes at (null)");
   }
   database.version = 150;
@@ -428,7 +411,6 @@ TEST(ImageRecRef, AsksItsSourceAgainAfterAFault) {
 }
 
 TEST(ImageRecRef, WhatOutlivesItsDatabaseOrItsPhotoHasNone) {
-  const CollectedLog log;
   auto database = std::make_unique<StandInDatabase>();
   Ref<ImageRecRef> photo = photoOf(dictionary({{"ImagePath", "/old/Library/a/p.jpg"}}), *database);
   const Ref<TVQiPhotoUserData> camera = photo->exifData();
@@ -499,10 +481,9 @@ TEST(ImageRecRef, DumpsBytes) {
   const std::string blanks(32, ' ');
   EXPECT_EQ(
       log.lines(),
-      (std::vector<std::string>{
-          "     1:   0:  3130 3332 3534 3736 3938 6261 6463 6665  0123456789abcdef",
-          "    11:  10:  7e7f  a20" + blanks + ".~ .", "    15:  14:    58     " + blanks + "X",
-          "    15:   0:    59     " + blanks + "Y", "    16:   1:    5a     " + blanks + "Z"}));
+      (Texts{"     1:   0:  3130 3332 3534 3736 3938 6261 6463 6665  0123456789abcdef",
+             "    11:  10:  7e7f  a20" + blanks + ".~ .", "    15:  14:    58     " + blanks + "X",
+             "    15:   0:    59     " + blanks + "Y", "    16:   1:    5a     " + blanks + "Z"}));
 }
 
 TEST(ImageRecRef, KnowsTheOldNameForUndefinedKeys) {
@@ -511,12 +492,12 @@ TEST(ImageRecRef, KnowsTheOldNameForUndefinedKeys) {
   CollectedLog log;
   EXPECT_TRUE(photo->handleQueryWithUnboundKey("maker").isNothing());
   EXPECT_THROW((void)photo->tvq_handleQueryWithUnboundKey("nobody"), NSException);
-  EXPECT_EQ(log.lines(),
-            (std::vector<std::string>{
-                "handleQueryWithUnboundKey: is deprecated: Use valueForUndefinedKey: in 10.3 and "
-                "later - current Foundation is vn. 500.000000",
-                "tvq_handleQueryWithUnboundKey: is deprecated: Use valueForUndefinedKey: in 10.3 "
-                "and later - current Foundation is vn. 500.000000"}));
+  EXPECT_EQ(
+      log.lines(),
+      (Texts{"handleQueryWithUnboundKey: is deprecated: Use valueForUndefinedKey: in 10.3 and "
+             "later - current Foundation is vn. 500.000000",
+             "tvq_handleQueryWithUnboundKey: is deprecated: Use valueForUndefinedKey: in 10.3 "
+             "and later - current Foundation is vn. 500.000000"}));
 }
 
 }  // namespace

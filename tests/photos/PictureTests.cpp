@@ -1,12 +1,11 @@
 #include <cstdio>
 
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/images/NSImage.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
 #include <MRZiPhoto/values/ClassRegistry.h>
 
 #include "support/StandInDatabase.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -39,8 +38,7 @@ const Class HostImage::kClass{"TVQAttributedImage", &NSImage::kClass, 0, &makeEm
 // Before any photo asks for the kind of its images.
 const bool isRegistered = (ClassRegistry::add(HostImage::kClass), true);
 
-Ref<ImageRecRef> photoWith(StandInDatabase& database,
-                           std::initializer_list<std::pair<std::string_view, Value>> imageInfo) {
+Ref<ImageRecRef> photoWith(StandInDatabase& database, Entries imageInfo) {
   Ref<ImageRecRef> photo = ImageRecRef::init();
   photo->setImageInfoForKey(make<Dictionary>(imageInfo), 42);
   photo->setImageAttributes(AttributeMgr::init());

@@ -1,17 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <MRZiPhoto/archive/NSArchiver.h>
-#include <MRZiPhoto/archive/NSUnarchiver.h>
 #include <MRZiPhoto/photos/AttributeMgr.h>
 #include <MRZiPhoto/photos/DBSource.h>
 #include <MRZiPhoto/photos/ImageRec.h>
 #include <MRZiPhoto/photos/ImageRefKey.h>
-#include <MRZiPhoto/values/NSException.h>
 
 #include "support/ArchivedAs.h"
-#include "support/CollectedLog.h"
 #include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -86,8 +81,8 @@ TEST(ImageRec, PrefersItsImageSource) {
   EXPECT_EQ(info->fileName(), std::nullopt) << "the source decides, even without a name";
 
   NSArchiver archiver;
-  const Value source = archivedAndRead(
-      archiver, make<ArchivedAs<ImageSource>>(dictionary({{"Directory", 8}, {"Filename", "s"}})));
+  const Value source =
+      archivedAndRead(archiver, archivedAs<ImageSource>({{"Directory", 8}, {"Filename", "s"}}));
   expectAnswers(*source.object(), {{"directoryKey", 8}, {"filename", "s"}});
   const Ref<ImageRec> full = ImageRec::initWithDictionary(dictionary({{"Key", 1}, {"Roll", 2}}));
   full->setObjectForKey(source, "ImageSource");
@@ -131,7 +126,7 @@ TEST(ArchivedStores, LogNewerVersionsAndReadOn) {
     Value object;
     std::string_view versionName;
     std::uint32_t version;
-    std::vector<std::string> lines;
+    Texts lines;
   };
   const Ref<ImageRec> info = ImageRec::init();
   info->setFileName("a.jpg");

@@ -1,23 +1,11 @@
 #include <cmath>
-#include <filesystem>
-#include <limits>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <expat.h>
-#include <gtest/gtest.h>
 
 #include <MRZiPhoto/propertylist/PropertyList.h>
 #include <MRZiPhoto/propertylist/PropertyListWriter.h>
-#include <MRZiPhoto/values/Array.h>
-#include <MRZiPhoto/values/Dictionary.h>
-#include <MRZiPhoto/values/Limits.h>
-#include <MRZiPhoto/values/NSException.h>
 
-#include "support/Collections.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -57,8 +45,8 @@ std::string repeated(std::string_view text, std::size_t times) {
 }
 
 /// The parts of a list that has a bar between two.
-std::vector<std::string> partsOf(std::string_view list) {
-  std::vector<std::string> parts;
+Texts partsOf(std::string_view list) {
+  Texts parts;
   while (!list.empty()) {
     const std::size_t size = std::min(list.find('|'), list.size());
     parts.emplace_back(list.substr(0, size));
@@ -358,11 +346,11 @@ TEST(PropertyListAndExpat, AgreeOnDamagedDocuments) {
 }
 
 TEST(PropertyList, ReadsFilesOfRealPrograms) {
-  const std::filesystem::path files = MRZIPHOTO_REAL_FILES;
-  if (!std::filesystem::exists(files)) {
+  const fs::path files = MRZIPHOTO_REAL_FILES;
+  if (!fs::exists(files)) {
     GTEST_SKIP() << files << " is not there";
   }
-  const std::filesystem::path library = files / "iPhoto-9.4.3.photolibrary";
+  const fs::path library = files / "iPhoto-9.4.3.photolibrary";
   const Ref<Dictionary> album = read(fileBytes(library / "AlbumData.xml")).dictionary();
   const Ref<Dictionary> photos = album->get("Master Image List").dictionary();
   ASSERT_EQ(photos->size(), 7U);
@@ -418,7 +406,7 @@ TEST(PropertyListWriter, RefusesWhatNoPropertyListHolds) {
   const Ref<Array> circle = make<Array>();
   circle->append(Value::weak(*circle));
   for (const Value& value : {Value(), Value("\x01"), Value("\uFFFE"), Value(Date{1e12}),
-                             dictionary({{"\x02", true}}), deep, Value(circle)}) {
+                             Value(dictionary({{"\x02", true}})), deep, Value(circle)}) {
     EXPECT_THROW((void)propertyListFromValue(value), NSException);
   }
 }

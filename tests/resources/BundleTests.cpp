@@ -1,16 +1,6 @@
-#include <cstdlib>
 #include <dlfcn.h>
-#include <filesystem>
-#include <optional>
-#include <set>
-#include <string>
 #include <sys/wait.h>
-#include <tuple>
 #include <unistd.h>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include <MRZiPhoto/files/FileManager.h>
 #include <MRZiPhoto/files/detail/OwnFile.h>
@@ -19,9 +9,8 @@
 #include <MRZiPhoto/resources/UserDefaults.h>
 #include <MRZiPhoto/resources/detail/StringTable.h>
 
-#include "support/CollectedLog.h"
 #include "support/EnvironmentVariable.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -78,8 +67,7 @@ TEST(Bundle, AnswersInTheUsersLanguageElseInEnglish) {
   const Bundle bundle(folder.path());
   EXPECT_EQ(bundle.localizedStringForKey("a", "Broken"), "a");
   EXPECT_EQ(bundle.localizedStringForKey("b", "Broken"), "b");
-  EXPECT_EQ(log.lines(), std::vector<std::string>{"'" + folder / "de.lproj/Broken.strings" +
-                                                  "' is no string table"});
+  EXPECT_EQ(log.lines(), Texts{"'" + folder / "de.lproj/Broken.strings" + "' is no string table"});
 }
 
 TEST(Bundle, AnswersItsInformation) {
@@ -101,9 +89,9 @@ TEST(Bundle, AnswersItsInformation) {
 }
 
 TEST(TVQiPhotoFramework, EveryLanguageHasTheSameTexts) {
-  const std::filesystem::path resources = TVQiPhotoFramework::bundle()->path();
-  ASSERT_TRUE(std::filesystem::is_directory(resources)) << resources;
-  const auto read = [&](const char* language, const std::filesystem::path& name) {
+  const fs::path resources = TVQiPhotoFramework::bundle()->path();
+  ASSERT_TRUE(fs::is_directory(resources)) << resources;
+  const auto read = [&](const char* language, const fs::path& name) {
     const auto bytes = FileManager::contents((resources / language / name).string());
     const auto table = bytes ? detail::stringTableFromBytes(bytes->bytes()) : std::nullopt;
     EXPECT_TRUE(table) << language << name;
@@ -115,7 +103,7 @@ TEST(TVQiPhotoFramework, EveryLanguageHasTheSameTexts) {
     return keys;
   };
   int tables = 0;
-  for (const auto& file : std::filesystem::directory_iterator(resources / "en.lproj")) {
+  for (const auto& file : fs::directory_iterator(resources / "en.lproj")) {
     const auto name = file.path().filename();
     EXPECT_EQ(read("en.lproj", name), read("de.lproj", name)) << name;
     ++tables;
@@ -125,7 +113,6 @@ TEST(TVQiPhotoFramework, EveryLanguageHasTheSameTexts) {
 
 // Loaded by a path that is relative to a folder which the host then leaves.
 TEST(TVQiPhotoFramework, FindsItsResourcesFromWhereItWasLoaded) {
-  namespace fs = std::filesystem;
   const fs::path library = fs::canonical(MRZIPHOTO_LIBRARY);
   const fs::path resources =
       library.parent_path().parent_path() / "share" / "MRZiPhoto" / "resources";

@@ -1,31 +1,15 @@
-#include <algorithm>
-#include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
-#include <set>
-#include <sstream>
 #include <stdexcept>
-#include <string>
 #include <system_error>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
 #include <MRZiPhoto/thumbcache/iPhotoSegmentCache.h>
-#include <MRZiPhoto/values/Array.h>
 
 #include "sample/SampleLibrary.h"
-#include "support/CollectedLog.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::size_t kPhotos = 24;
 constexpr std::size_t kRolls = 4;
@@ -70,8 +54,8 @@ std::set<std::string> archiveMarks(const std::string& folder) {
 
 std::string textOf(const std::optional<std::string>& text) { return text.value_or("(nothing)"); }
 
-std::vector<std::string> keywordTexts(const Value& keywords) {
-  std::vector<std::string> texts;
+Texts keywordTexts(const Value& keywords) {
+  Texts texts;
   for (const Value& each : *keywords.array()) {
     const Ref<Keyword> keyword = each.object<Keyword>();
     texts.push_back(keyword ? textOf(keyword->string()) : "no keyword");
@@ -80,31 +64,31 @@ std::vector<std::string> keywordTexts(const Value& keywords) {
 }
 
 /// What libraries of all versions say of a photo; paths begin behind the library folder.
-std::vector<std::string> story(const ImageRecRef& photo, const std::string& root) {
-  std::vector<std::string> lines{photo.keyStringValue(),
-                                 textOf(photo.caption()),
-                                 textOf(photo.comments()),
-                                 Value(photo.archiveDate()).description(),
-                                 textOf(photo.originalFilename()),
-                                 photo.fileSize().description(),
-                                 textOf(photo.imagePath()).substr(root.size()),
-                                 textOf(photo.thumbnailPath()).substr(root.size())};
+Texts story(const ImageRecRef& photo, const std::string& root) {
+  Texts lines{photo.keyStringValue(),
+              textOf(photo.caption()),
+              textOf(photo.comments()),
+              Value(photo.archiveDate()).description(),
+              textOf(photo.originalFilename()),
+              photo.fileSize().description(),
+              textOf(photo.imagePath()).substr(root.size()),
+              textOf(photo.thumbnailPath()).substr(root.size())};
   std::ranges::copy(keywordTexts(photo.keywords()), std::back_inserter(lines));
   return lines;
 }
 
-std::vector<std::string> story(const RollAlbum& roll) {
-  std::vector<std::string> lines{keyNumber(roll.key()).description(), textOf(roll.albumName()),
-                                 textOf(roll.comments()), Value(roll.date()).description(),
-                                 Value(roll.archiveDate()).description()};
+Texts story(const RollAlbum& roll) {
+  Texts lines{keyNumber(roll.key()).description(), textOf(roll.albumName()),
+              textOf(roll.comments()), Value(roll.date()).description(),
+              Value(roll.archiveDate()).description()};
   for (const Ref<ImageRecRef>& photo : roll.photos()) {
     lines.push_back(photo->keyStringValue());
   }
   return lines;
 }
 
-std::vector<std::vector<std::string>> story(const TVQiPhotoDatabase& database) {
-  std::vector<std::vector<std::string>> lines;
+std::vector<Texts> story(const TVQiPhotoDatabase& database) {
+  std::vector<Texts> lines;
   for (const Ref<ImageRecRef>& photo : database.photos()) {
     lines.push_back(story(*photo, database.directory()));
   }
@@ -219,7 +203,6 @@ TEST(SampleLibraryTest, OpensInEveryGeneration) {
 TEST(SampleLibraryTest, OpensInTheOtherByteOrder) {
   for (const Generation& generation : generations()) {
     SCOPED_TRACE(generation.version);
-    const CollectedLog log;
     const TemporaryFolder folder;
     SampleOptions options = optionsFor(folder.path(), generation.version);
     options.bigEndianArchives = true;
@@ -233,7 +216,6 @@ TEST(SampleLibraryTest, OpensInTheOtherByteOrder) {
 TEST(SampleLibraryTest, IsLoadedAnewWhenItWasRewrittenInEveryGeneration) {
   for (const Generation& generation : generations()) {
     SCOPED_TRACE(generation.version);
-    const CollectedLog log;
     const TemporaryFolder folder;
     SampleOptions options = optionsFor(folder.path(), generation.version);
     options.images = false;
@@ -258,7 +240,6 @@ TEST(SampleLibraryTest, IsLoadedAnewWhenItWasRewrittenInEveryGeneration) {
 }
 
 TEST(SampleLibraryTest, TellsTheSameStoryInAllGenerations) {
-  const CollectedLog log;
   const auto storyOfVersion = [](std::int32_t version) {
     const TemporaryFolder folder;
     writeSampleLibrary(optionsFor(folder.path(), version));
@@ -272,7 +253,6 @@ TEST(SampleLibraryTest, TellsTheSameStoryInAllGenerations) {
 }
 
 TEST(SampleLibraryTest, KeepsWhatTheCameraNoted) {
-  const CollectedLog log;
   for (const std::int32_t version : {20, 50, 60}) {
     const TemporaryFolder folder;
     writeSampleLibrary(optionsFor(folder.path(), version));
@@ -289,7 +269,6 @@ TEST(SampleLibraryTest, KeepsWhatTheCameraNoted) {
 }
 
 TEST(SampleLibraryTest, TellsTheStoredSizeOfAFileThatHasAnother) {
-  const CollectedLog log;
   for (const bool isStored : {true, false}) {
     const TemporaryFolder folder;
     writeSampleLibrary(optionsFor(folder.path(), isStored ? 60 : 200));
@@ -303,7 +282,6 @@ TEST(SampleLibraryTest, TellsTheStoredSizeOfAFileThatHasAnother) {
 }
 
 TEST(SampleLibraryTest, CachesAThumbnailOfEveryPhoto) {
-  const CollectedLog log;
   const TemporaryFolder folder;
   writeSampleLibrary(optionsFor(folder.path(), 60));
   const Ref<TVQiPhotoDatabase> database =
@@ -336,7 +314,6 @@ TEST(SampleLibraryTest, WritesTheSameBytesForTheSameSeed) {
 }
 
 TEST(SampleLibraryTest, LeavesPicturesOut) {
-  const CollectedLog log;
   for (const std::int32_t version : {20, 60, 200}) {
     const TemporaryFolder folder;
     SampleOptions options = optionsFor(folder.path(), version);
@@ -360,7 +337,6 @@ TEST(SampleLibraryTest, LeavesPicturesOut) {
 }
 
 TEST(SampleLibraryTest, CanBeEmpty) {
-  const CollectedLog log;
   for (const std::int32_t version : {20, 60, 200}) {
     const TemporaryFolder folder;
     SampleOptions options = optionsFor(folder.path(), version);

@@ -1,13 +1,6 @@
-#include <cstdint>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <MRZiPhoto/archive/NSArchiver.h>
 #include <MRZiPhoto/stream/TVQiPhotoCodedStreamData.h>
-#include <MRZiPhoto/values/NSException.h>
+
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

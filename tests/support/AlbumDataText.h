@@ -1,13 +1,10 @@
 #pragma once
 
-#include <string>
-#include <string_view>
-
 #include <MRZiPhoto/albumdata/detail/AlbumData.h>
 #include <MRZiPhoto/propertylist/PropertyListWriter.h>
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
-#include <MRZiPhoto/values/Dictionary.h>
-#include <MRZiPhoto/values/NSException.h>
+
+#include "Testing.h"
 
 namespace mrziphoto {
 

@@ -2,6 +2,8 @@
 
 #include <MRZiPhoto/photos/ArchivedRecord.h>
 
+#include "Testing.h"
+
 namespace mrziphoto {
 
 /// Archives itself as a `Kind` over the entries it is given, whatever they are.
@@ -9,9 +11,12 @@ template <class Kind>
 class ArchivedAs final : public ArchivedRecord {
  public:
   explicit ArchivedAs(Ref<Dictionary> entries) : ArchivedRecord(std::move(entries)) {}
-  ArchivedAs(std::initializer_list<std::pair<std::string_view, Value>> entries)
-      : ArchivedAs(make<Dictionary>(entries)) {}
   [[nodiscard]] const Class& objectClass() const override { return Kind::kClass; }
 };
+
+template <class Kind>
+Ref<ArchivedAs<Kind>> archivedAs(Entries entries) {
+  return make<ArchivedAs<Kind>>(dictionary(entries));
+}
 
 }  // namespace mrziphoto

@@ -1,13 +1,10 @@
 #pragma once
 
 #include <bit>
-#include <cstdint>
-#include <string>
-#include <string_view>
-#include <type_traits>
-#include <vector>
 
 #include <MRZiPhoto/catalogue/CodedFields.h>
+
+#include "Testing.h"
 
 namespace mrziphoto {
 

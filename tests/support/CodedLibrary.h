@@ -1,19 +1,14 @@
 #pragma once
 
 #include <bit>
-#include <string>
-#include <vector>
 
 #include <MRZiPhoto/albums/KeywordMgr.h>
-#include <MRZiPhoto/archive/NSArchiver.h>
 #include <MRZiPhoto/catalogue/TVQiPhotoLibrary.h>
-#include <MRZiPhoto/values/Array.h>
 
+#include "Testing.h"
 #include "support/ArchivedAs.h"
 #include "support/CodedBuilder.h"
-#include "support/CollectedLog.h"
 #include "support/StandInDatabase.h"
-#include "support/TemporaryFolder.h"
 
 namespace mrziphoto {
 
@@ -44,8 +39,7 @@ inline Value keywordStore(const std::vector<std::pair<std::string_view, int>>& k
   for (const auto& [text, key] : keywords) {
     used->append(Keyword::initWithDictionary(Dictionary{{"String", text}, {"Key", key}}));
   }
-  return make<ArchivedAs<KeywordMgr>>(
-      std::initializer_list<std::pair<std::string_view, Value>>{{"UsedKeywords", used}});
+  return archivedAs<KeywordMgr>({{"UsedKeywords", used}});
 }
 
 /// The bytes of a catalogue of that version: up to version 50 the sections stand behind an archive
@@ -89,7 +83,7 @@ class CodedLibrary {
   explicit operator bool() const { return static_cast<bool>(_library); }
   const TVQiPhotoLibrary* operator->() const { return _library.get(); }
   /// What was logged while the catalogue was loaded.
-  [[nodiscard]] const std::vector<std::string>& log() const { return _log; }
+  [[nodiscard]] const Texts& log() const { return _log; }
   /// The path of an entry of the folder.
   [[nodiscard]] std::string path(const std::string& name) const { return _folder / name; }
 
@@ -97,7 +91,7 @@ class CodedLibrary {
   TemporaryFolder _folder;
   StandInDatabase _database;
   Ref<TVQiPhotoLibrary> _library;
-  std::vector<std::string> _log;
+  Texts _log;
 };
 
 }  // namespace mrziphoto

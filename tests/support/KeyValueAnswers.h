@@ -1,13 +1,6 @@
 #pragma once
 
-#include <string_view>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <MRZiPhoto/values/NSException.h>
-#include <MRZiPhoto/values/Object.h>
-#include <MRZiPhoto/values/Value.h>
+#include "Testing.h"
 
 namespace mrziphoto {
 

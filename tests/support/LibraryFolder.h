@@ -1,12 +1,11 @@
 #pragma once
 
-#include <filesystem>
-#include <string>
+#include <sys/stat.h>
 
-#include <MRZiPhoto/archive/NSArchiver.h>
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 
-#include "TemporaryFolder.h"
+#include "CodedBuilder.h"
+#include "Testing.h"
 
 namespace mrziphoto {
 
@@ -16,10 +15,10 @@ class LibraryFolder {
 
  public:
   /// The folder as a database names it.
-  const std::string root = std::filesystem::canonical(_folder.path()).string();
+  const std::string root = fs::canonical(_folder.path()).string();
 
+  [[nodiscard]] std::string operator/(const std::string& name) const { return root + "/" + name; }
   void write(const std::string& name, std::string_view contents) const {
-    std::filesystem::create_directories(std::filesystem::path(root + "/" + name).parent_path());
     _folder.write(name, contents);
   }
   void writeArchive(const std::string& name, const std::vector<Value>& objects) const {
@@ -32,16 +31,17 @@ class LibraryFolder {
   /// A catalogue file whose archive holds the version.
   void writeArchivedVersion(const std::string& name, std::int32_t version) const {
     NSArchiver archiver;
-    archiver.encodeValueOfObjCType("i", version);
+    archiver.encodeInt(version);
     write(name, archiver.archivedData().bytes());
   }
   /// A coded catalogue file of nothing but the version.
   void writeCodedVersion(const std::string& name, std::int32_t version) const {
-    std::string bytes("dbVS\0\0\0\4", 8);
-    for (const int shift : {24, 16, 8, 0}) {
-      bytes += static_cast<char>(version >> shift);
-    }
-    write(name, bytes);
+    write(name, CodedBuilder().item("dbVS", version).bytes());
+  }
+  /// Both catalogue files of a version above 50.
+  void writeCodedVersions(std::int32_t version) const {
+    writeCodedVersion("Library.iPhoto", version);
+    writeCodedVersion("Library6.iPhoto", version);
   }
   /// "AlbumData.xml" around the entries of its dictionary.
   void writeAlbumData(const std::string& entries) const {
@@ -49,8 +49,28 @@ class LibraryFolder {
           "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + entries +
               "</dict></plist>\n");
   }
-  [[nodiscard]] Ref<TVQiPhotoDatabase> open() const {
-    return TVQiPhotoDatabase::initWithContentsOfDirectory(root);
+  void makePipe(const std::string& name) const {
+    ASSERT_EQ(mkfifo((*this / name).c_str(), 0644), 0) << name;
+  }
+  /// Moves the modification date of a file.
+  void makeLater(const std::string& name, std::chrono::seconds by = std::chrono::seconds(2)) const {
+    fs::last_write_time(*this / name, fs::last_write_time(*this / name) + by);
+  }
+  [[nodiscard]] Ref<TVQiPhotoDatabase> open(const OpeningOptions& options = {},
+                                            OpeningFailure* failure = nullptr) const {
+    return TVQiPhotoDatabase::initWithContentsOfDirectory(root, options, failure);
+  }
+  /// The text with "ROOT" for the folder.
+  [[nodiscard]] std::string rooted(const std::string& text) const {
+    return replaced(text, root, "ROOT");
+  }
+  /// What a database tells, with "ROOT" for the folder.
+  [[nodiscard]] Texts noticesOf(const TVQiPhotoDatabase& database) const {
+    Texts sentences;
+    for (const Notice& notice : database.notices()) {
+      sentences.push_back(rooted(notice.sentence));
+    }
+    return sentences;
   }
 };
 

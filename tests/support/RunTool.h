@@ -1,14 +1,10 @@
 #pragma once
 
-#include <array>
-#include <cstdlib>
 #include <pty.h>
-#include <string>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
-#include "TemporaryFolder.h"
+#include "Testing.h"
 
 namespace mrziphoto {
 
@@ -18,36 +14,40 @@ struct ToolResult {
   std::string err;
 };
 
-/// Runs the command line tool in a shell. `destination` says where its standard output goes instead
-/// of into the result, in the shell's words: ">/dev/full", "| true".
-inline ToolResult runTool(const std::vector<std::string>& arguments,
+/// A word that the shell takes as it is.
+inline std::string quoted(const std::string& word) {
+  return "'" + replaced(word, "'", "'\\''") + "' ";
+}
+
+/// Runs the command line tool with words of the shell's, where $L is a folder. `destination` says
+/// where its standard output goes instead of into the result, likewise: ">/dev/full", "| true".
+inline ToolResult runLine(const std::string& line, const std::string& folder,
                           const std::string& destination = "") {
-  const auto quoted = [](const std::string& word) {
-    std::string result = "'";
-    for (const char c : word) {
-      result += c == '\'' ? "'\\''" : std::string(1, c);
-    }
-    return result + "' ";
-  };
-  const TemporaryFolder folder;
-  std::string command = "{ " + quoted(MRZIPHOTO_TOOL);
-  for (const std::string& argument : arguments) {
-    command += quoted(argument);
-  }
+  const TemporaryFolder results;
   // The status goes into a file, since that of a pipe is its last program's.
-  command += "; echo $? >" + quoted(folder / "status") + "; } 2>" + quoted(folder / "err") +
-             (destination.empty() ? ">" + quoted(folder / "out") : destination);
+  const std::string command = "L=" + quoted(folder) + "; { " + quoted(MRZIPHOTO_TOOL) + line +
+                              "; echo $? >" + quoted(results / "status") + "; } 2>" +
+                              quoted(results / "err") +
+                              (destination.empty() ? ">" + quoted(results / "out") : destination);
   if (std::system(command.c_str()) == -1) {
     return {};
   }
-  return {std::atoi(fileBytes(folder / "status").c_str()), fileBytes(folder / "out"),
-          fileBytes(folder / "err")};
+  return {std::atoi(fileBytes(results / "status").c_str()), fileBytes(results / "out"),
+          fileBytes(results / "err")};
+}
+
+/// Runs it with these arguments.
+inline ToolResult runTool(const Texts& arguments, const std::string& destination = "") {
+  std::string line;
+  for (const std::string& argument : arguments) {
+    line += quoted(argument);
+  }
+  return runLine(line, "", destination);
 }
 
 /// What the tool writes to a terminal of so many columns, standard error included.
-inline std::string runToolInTerminal(const std::vector<std::string>& arguments,
-                                     unsigned short columns) {
-  std::vector<std::string> words{MRZIPHOTO_TOOL};
+inline std::string runToolInTerminal(const Texts& arguments, unsigned short columns) {
+  Texts words{MRZIPHOTO_TOOL};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
   argv.reserve(words.size() + 1);

@@ -1,15 +1,13 @@
 #pragma once
 
-#include <map>
-#include <string>
-#include <vector>
-
 #include <MRZiPhoto/albums/Keyword.h>
 #include <MRZiPhoto/images/NSImage.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
 #include <MRZiPhoto/photos/Key.h>
 #include <MRZiPhoto/photos/PhotoFolder.h>
 #include <MRZiPhoto/photos/RecordDatabase.h>
+
+#include "Testing.h"
 
 namespace mrziphoto {
 
@@ -28,7 +26,7 @@ struct StandInDatabase final : RecordDatabase {
   mutable int updates = 0;
   Ref<Object> itself;  // for key-value access
 
-  mutable std::vector<std::string> unreadable;
+  mutable Texts unreadable;
 
   Ref<Object> object() const override { return itself; }
   void noteUnreadable(std::string_view /*what*/, const std::string& reason) const override {
@@ -81,11 +79,5 @@ struct StandInDatabase final : RecordDatabase {
   std::int32_t iPhotoLibraryVersion() const override { return version; }
   std::string iPhotoDataVersion() const override { return generation; }
 };
-
-/// A dictionary of these entries, as a value or a reference.
-inline Ref<Dictionary> dictionary(
-    std::initializer_list<std::pair<std::string_view, Value>> entries) {
-  return make<Dictionary>(entries);
-}
 
 }  // namespace mrziphoto

@@ -1,21 +1,13 @@
-#include <cstdint>
-#include <limits>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
-#include <MRZiPhoto/values/Array.h>
-#include <MRZiPhoto/values/Dictionary.h>
+
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
 
 TEST(PhotoTable, GivesBackEveryValueWithItsType) {
   const std::int64_t least = std::numeric_limits<std::int64_t>::min();
-  const Ref<Dictionary> nested = make<Dictionary>(
-      std::initializer_list<std::pair<std::string_view, Value>>{{"", "empty name"}, {"Roll", 1}});
+  const Ref<Dictionary> nested = make<Dictionary>(Entries{{"", "empty name"}, {"Roll", 1}});
   const std::vector<Value> values{
       "",
       "text",
@@ -37,10 +29,10 @@ TEST(PhotoTable, GivesBackEveryValueWithItsType) {
       Date{123456789.25},
       Data::copyOf(std::string("\0\1\2", 3)),
       make<Array>(),
-      make<Array>(std::vector<Value>{"1", "0", "4294967295"}),
-      make<Array>(std::vector<Value>{"1", "01"}),
-      make<Array>(std::vector<Value>{"1", "4294967296"}),
-      make<Array>(std::vector<Value>{"1", nested, 2.5}),
+      list({"1", "0", "4294967295"}),
+      list({"1", "01"}),
+      list({"1", "4294967296"}),
+      list({"1", nested, 2.5}),
       make<Dictionary>(),
       nested,
   };
@@ -91,8 +83,8 @@ TEST(PhotoTable, SharesTheFoldersThatPhotosShare) {
   PhotoTable::Filler filler;
   const auto image = static_cast<std::uint32_t>(PhotoField::imagePath);
   const auto thumbnail = static_cast<std::uint32_t>(PhotoField::thumbPath);
-  std::vector<std::string> images;
-  std::vector<std::string> thumbnails;
+  Texts images;
+  Texts thumbnails;
   for (int i = 0; i < 1000; ++i) {
     const std::string roll = std::to_string(i / 100);
     images.push_back("/lib/Masters/" + roll + "/" + std::to_string(i));

@@ -1,15 +1,7 @@
-#include <algorithm>
-#include <cstdint>
-#include <optional>
-#include <random>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/table/detail/FirstIndex.h>
 #include <MRZiPhoto/table/detail/RowIndex.h>
+
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -47,7 +39,7 @@ TEST(RowIndex, FindsTheFirstRowAsAWalkWould) {
 }
 
 TEST(FirstIndex, FindsTextsOfAllLengths) {
-  std::vector<std::string> texts;
+  Texts texts;
   for (std::size_t length = 0; length < 40; ++length) {
     for (const char last : {'\0', 'a', 'b'}) {
       std::string text(length, 'a');

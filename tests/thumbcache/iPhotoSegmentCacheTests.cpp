@@ -1,16 +1,7 @@
-#include <algorithm>
-#include <chrono>
-#include <filesystem>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/thumbcache/iPhotoSegmentCache.h>
 
 #include "sample/Bytes.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -139,7 +130,7 @@ TEST(iPhotoSegmentCache, ReadsFilesAsItReadsBytes) {
   const std::string bytes = fileOf(items, 64);
   folder.write("segments", bytes);
   const Ref<iPhotoSegmentCache> fromFile = iPhotoSegmentCache::initWithContentsOfFile(path);
-  std::filesystem::remove(path);
+  fs::remove(path);
   ASSERT_TRUE(fromFile);
   const Ref<iPhotoSegmentCache> fromBytes = opened(bytes);
   EXPECT_EQ(fromFile->itemIndex(), fromBytes->itemIndex());
@@ -157,11 +148,10 @@ TEST(iPhotoSegmentCache, AnswersAFileAsItIsNow) {
   const TemporaryFolder folder;
   const std::string path = folder / "segments";
   const auto write = [&](const std::vector<Item>& items, std::chrono::seconds later) {
-    const bool isNew = !std::filesystem::exists(path);
-    const auto time =
-        isNew ? std::filesystem::file_time_type() : std::filesystem::last_write_time(path);
+    const bool isNew = !fs::exists(path);
+    const auto time = isNew ? fs::file_time_type() : fs::last_write_time(path);
     folder.write("segments", fileOf(items, 16));
-    std::filesystem::last_write_time(path, time + later);
+    fs::last_write_time(path, time + later);
   };
   constexpr std::chrono::seconds kNoTime(0);
   write({{1, 70}, {1, 71}, {1, 72}}, kNoTime);

@@ -1,28 +1,17 @@
-#include <algorithm>
-#include <array>
 #include <csignal>
-#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
-#include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/images/NSImage.h>
 
 #include "support/RunTool.h"
 #include "support/SampleFolder.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 #include "tool/output/Failure.h"
 #include "tool/output/LibraryPlaces.h"
 #include "tool/output/NewFile.h"
@@ -30,8 +19,6 @@
 
 namespace mrziphoto {
 namespace {
-
-namespace fs = std::filesystem;
 
 const std::string kFirstRoll = "2003/Roll 1/";
 
@@ -48,7 +35,7 @@ class Sample {
   void write(const std::string& name, const std::string& bytes) const {
     _folder.write("library/" + name, bytes);
   }
-  void remove(const std::vector<std::string>& names) const {
+  void remove(const Texts& names) const {
     for (const std::string& name : names) {
       EXPECT_GT(fs::remove_all(*this / name), 0U) << name;
     }
@@ -210,10 +197,9 @@ TEST(WithoutImages, PictureCommandsSaySo) {
   }
   const Sample library(200);
   const std::string file = library.outside("x");
-  for (const std::vector<std::string>& words :
-       std::vector<std::vector<std::string>>{{"check", library.root},
-                                             {"contact-sheet", library.root, "-o", file},
-                                             {"thumbnail", library.root, "102", "-o", file}}) {
+  for (const Texts& words : std::vector<Texts>{{"check", library.root},
+                                               {"contact-sheet", library.root, "-o", file},
+                                               {"thumbnail", library.root, "102", "-o", file}}) {
     const ToolResult result = runTool(words);
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.err.find("built without images"), std::string::npos) << result.err;
@@ -228,7 +214,7 @@ TEST_F(PictureCommands, WriteNothingWhereTheyFail) {
   const std::string existing = library.outside("existing");
   std::ofstream(existing) << "stays";
   const struct {
-    std::vector<std::string> words;
+    Texts words;
     std::string named;
   } cases[] = {
       {{"thumbnail", library.root, "102", "-o", existing}, "photo 102"},
@@ -268,10 +254,9 @@ TEST_F(PictureCommands, LeaveTheLibraryAsItIs) {
         library / ("Originals/" + kFirstRoll + "new"),
         library.outside("folder/Originals/" + kFirstRoll + "../new"),
         library.outside("disk/" + kFirstRoll + "new")}) {
-    for (const std::vector<std::string>& command :
-         {std::vector<std::string>{"thumbnail", library.root, "102"},
-          {"contact-sheet", library.outside("folder")}}) {
-      std::vector<std::string> words = command;
+    for (const Texts& command :
+         {Texts{"thumbnail", library.root, "102"}, {"contact-sheet", library.outside("folder")}}) {
+      Texts words = command;
       words.insert(words.end(), {"-o", place, "--quiet"});
       const ToolResult result = runTool(words);
       EXPECT_TRUE(result.err.starts_with("mrziphoto: '" + place + "' lies in the library"))
@@ -421,13 +406,13 @@ TEST_F(PictureCommands, TellOfAFileThatMayGrowNoFurther) {
 TEST(SampleCommand, WritesArchivesInTheByteOrderAskedFor) {
   const TemporaryFolder folder;
   const struct {
-    std::vector<std::string> option;
+    Texts option;
     std::string beginning;
   } kCases[] = {{{}, "\x04\x0Bstreamtyped"},
                 {{"--byte-order", "little"}, "\x04\x0Bstreamtyped"},
                 {{"--byte-order", "big"}, "\x04\x0Btypedstream"}};
   for (const auto& each : kCases) {
-    std::vector<std::string> words{"sample", folder / "library", "--photos", "2", "--no-images"};
+    Texts words{"sample", folder / "library", "--photos", "2", "--no-images"};
     words.insert(words.end(), each.option.begin(), each.option.end());
     ASSERT_EQ(runTool(words).status, 0);
     for (const char* file : {"library/Dir.data", "library/Library.iPhoto"}) {
@@ -510,8 +495,7 @@ TEST_F(ContactSheet, ShowsALibraryWhosePictureFoldersAreGone) {
   const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(library.root);
   const std::string sheet = library.outside("sheet.jpg");
   // Cells of 80 pixels with a margin of 5.
-  const std::vector<std::string> words{"contact-sheet", library.root, "-o",     sheet,
-                                       "--columns",     "7",          "--size", "80"};
+  const Texts words{"contact-sheet", library.root, "-o", sheet, "--columns", "7", "--size", "80"};
   const ToolResult result = runTool(words);
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.status, 0);

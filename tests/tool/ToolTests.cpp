@@ -1,12 +1,3 @@
-#include <algorithm>
-#include <filesystem>
-#include <sstream>
-#include <string>
-#include <sys/stat.h>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/images/NSImage.h>
 
 #include "support/ArchiveBytes.h"
@@ -15,19 +6,17 @@
 #include "support/MarkdownTable.h"
 #include "support/RunTool.h"
 #include "support/SampleFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
-
-using Words = std::vector<std::string>;
 
 /// Two photos, one roll, two keywords and two albums, one of which has a number as its name.
 class SmallLibrary : public LibraryFolder {
  public:
   SmallLibrary() {
     using namespace xml;
-    writeCodedVersion("Library.iPhoto", 200);
-    writeCodedVersion("Library6.iPhoto", 200);
+    writeCodedVersions(200);
     writeAlbumData(
         entry("Archive Path", text(root)) +
         entry("Master Image List",
@@ -72,62 +61,52 @@ std::string sentenceOf(const ToolResult& result) {
 
 TEST(Tool, ListsALibrary) {
   const SmallLibrary library;
-  const struct {
-    Words words;
-    std::string answer;
-  } cases[] = {
-      {{"photos", "--format", "json", "--fields", "key,caption,keywords,archiveDate,comments"},
-       "[\n"
-       R"({"key":7,"caption":"Köln & so.jpg","keywords":["Kids",)"
-       "\"Se\u0301jour\"],"
-       R"("archiveDate":"2001-01-01T00:00:00.5Z","comments":null},)"
-       "\n"
-       R"({"key":8,"caption":"b.jpg","keywords":[],"archiveDate":null,"comments":null})"
-       "\n]\n"},
-      {{"photos", "--format", "csv", "--fields", "keywords, key,key"},
-       "keywords,key\nKids; Se\u0301jour,7\n,8\n"},
-      {{"photos", "--album", "À voir", "--format", "csv", "--fields", "key"}, "key\n8\n7\n"},
-      {{"photos", "--album", "5", "--format", "csv", "--fields", "key"}, "key\n8\n7\n"},
-      {{"photos", "--album", "2009", "--format", "csv", "--fields", "key"}, "key\n7\n"},
-      {{"photos", "--roll", "3", "--format", "csv", "--fields", "key"}, "key\n7\n8\n"},
-      {{"photos", "--album", "À voir", "--roll", "3", "--keyword", "Séjour", "--format", "jsonl",
-        "--fields", "key"},
-       "{\"key\":7}\n"},
-      {{"rolls", "--format", "jsonl"},
-       R"({"key":3,"name":"Trip","comments":null,"date":null,"archiveDate":null,)"
-       R"("modificationDate":null,"photos":[7,8]})"
-       "\n"},
-      {{"albums", "--format", "jsonl"},
-       "{\"key\":5,\"kind\":\"Album\",\"name\":\"A\u0300 voir\","
-       R"("comments":null,"photos":[8,7],"children":[]})"
-       "\n"
-       R"({"key":6,"kind":"Album","name":"2009","comments":null,"photos":[7,99],"children":[]})"
-       "\n"},
-      {{"keywords", "--format", "csv"},
-       "key,string,keyword\n1,Kids,Kids\n2,Se\u0301jour,Se\u0301jour\n"},
-      {{"get", "8", "imagePath", "cameraMaker", "imageSize", "rollKey", "--format", "json"},
-       "{\"imagePath\":\"" + library.root +
-           R"(/b.jpg","cameraMaker":null,"imageSize":{"width":0,"height":0},"rollKey":3})"
-           "\n"},
-      {{"get", "8", "caption", "key"}, "caption  b.jpg\nkey      8\n"},
-  };
-  for (const auto& [words, answer] : cases) {
-    Words all = words;
-    all.insert(all.begin() + 1, {library.root, "--quiet"});
-    const ToolResult result = runTool(all);
-    EXPECT_EQ(result.out, answer) << result.err;
+  for (const auto& [line, answer] : Rows<std::string, std::string>{
+           {"photos $L --format json --fields key,caption,keywords,archiveDate,comments",
+            "[\n"
+            R"({"key":7,"caption":"Köln & so.jpg","keywords":["Kids",)"
+            "\"Se\u0301jour\"],"
+            R"("archiveDate":"2001-01-01T00:00:00.5Z","comments":null},)"
+            "\n"
+            R"({"key":8,"caption":"b.jpg","keywords":[],"archiveDate":null,"comments":null})"
+            "\n]\n"},
+           {"photos $L --format csv --fields 'keywords, key,key'",
+            "keywords,key\nKids; Se\u0301jour,7\n,8\n"},
+           {"photos $L --album 'À voir' --format csv --fields key", "key\n8\n7\n"},
+           {"photos $L --album 5 --format csv --fields key", "key\n8\n7\n"},
+           {"photos $L --album 2009 --format csv --fields key", "key\n7\n"},
+           {"photos $L --roll 3 --format csv --fields key", "key\n7\n8\n"},
+           {"photos $L --album 'À voir' --roll 3 --keyword Séjour --format jsonl --fields key",
+            "{\"key\":7}\n"},
+           {"rolls $L --format jsonl",
+            R"({"key":3,"name":"Trip","comments":null,"date":null,"archiveDate":null,)"
+            R"("modificationDate":null,"photos":[7,8]})"
+            "\n"},
+           {"albums $L --format jsonl",
+            "{\"key\":5,\"kind\":\"Album\",\"name\":\"A\u0300 voir\","
+            R"("comments":null,"photos":[8,7],"children":[]})"
+            "\n"
+            R"({"key":6,"kind":"Album","name":"2009","comments":null,"photos":[7,99],)"
+            R"("children":[]})"
+            "\n"},
+           {"keywords $L --format csv",
+            "key,string,keyword\n1,Kids,Kids\n2,Se\u0301jour,Se\u0301jour\n"},
+           {"get $L 8 imagePath cameraMaker imageSize rollKey --format json",
+            R"({"imagePath":"ROOT/b.jpg","cameraMaker":null,)"
+            R"("imageSize":{"width":0,"height":0},"rollKey":3})"
+            "\n"},
+           {"get $L 8 caption key", "caption  b.jpg\nkey      8\n"},
+           {"info $L --format json",
+            R"({"directory":"ROOT","catalogueFile":"ROOT/Library6.iPhoto","libraryVersion":200,)"
+            R"("iPhotoDataVersion":"80","iPhotoVersion":"iPhoto Not Present",)"
+            R"("archivePath":"ROOT","photos":2,"rollRecords":0,"rolls":1,"albums":2,)"
+            R"("keywords":2,"thumbnailCache":null})"
+            "\n"}}) {
+    const ToolResult result = runLine(line + " --quiet", library.root);
+    EXPECT_EQ(library.rooted(result.out), answer) << line << result.err;
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.status, 0);
   }
-  const ToolResult info = runTool({"info", library.root, "--format", "json"});
-  EXPECT_EQ(info.out, "{\"directory\":\"" + library.root + "\",\"catalogueFile\":\"" +
-                          library.root +
-                          R"(/Library6.iPhoto","libraryVersion":200,"iPhotoDataVersion":"80",)"
-                          R"("iPhotoVersion":"iPhoto Not Present","archivePath":")" +
-                          library.root +
-                          R"(","photos":2,"rollRecords":0,"rolls":1,"albums":2,"keywords":2,)"
-                          R"("thumbnailCache":null})"
-                          "\n");
 }
 
 TEST(Tool, TellsOfTheThumbnailCache) {
@@ -146,47 +125,35 @@ TEST(Tool, TellsOfTheThumbnailCache) {
 
 TEST(Tool, SaysInOneSentenceWhatIsWrong) {
   const SmallLibrary library;
-  const TemporaryFolder other;
-  other.write("file", "no archive");
-  const std::string& root = library.root;
-  const struct {
-    Words words;
-    int status;
-    std::string named;
-  } cases[] = {
-      {{"photos", root, root}, 2, root},
-      {{"photos", root, "--library", root}, 2, root},
-      {{"photos", root, "--fields", "key,,date"}, 2, "''"},
-      {{"photos", root, "--roll", "x"}, 2, "'x'"},
-      {{"photos", root, "--roll", "9"}, 1, "key 9"},
-      {{"photos", root, "--album", "Worst"}, 1, "'Worst'"},
-      {{"photos", root, "--album", "9"}, 1, "'9'"},
-      {{"photos", root, "--keyword", "Work"}, 1, "'Work'"},
-      {{"photo", root, "seven"}, 2, "'seven'"},
-      {{"photo", root, "9"}, 1, "key 9"},
-      {{"photo", root, "4294967303"}, 1, "key 4294967303"},
-      {{"contact-sheet", root}, 2, "--output"},
-      {{"contact-sheet", root, "-o", "x", "--size", "8"}, 2, "8"},
-      {{"info", other / "missing"}, 1, other / "missing"},
-      {{"info", other / "file"}, 1, other / "file"},
-      {{"info", other.path()},
-       1,
-       other.path() + "' cannot be opened: no iPhoto library lies in this folder"},
-      {{"info", other.path(), "-q"}, 1, "name the folder in which that file lies"},
-      {{"info", ""}, 1, "''"},
-      {{"archive", other / "missing"},
-       1,
-       other / "missing' cannot be read: No such file or directory"},
-      {{"archive", other / "file"}, 1, other / "file"},
-      {{"archive", other / "file", "--format", "csv"}, 2, "csv"},
-      {{"sample", root}, 1, root},
-      {{"sample", ""}, 1, "''"},
-      {{"sample", other / "new", "--library-version", "14"}, 2, "14"},
-      {{"sample", other / "new", "--photos", "-1"}, 2, "-1"},
-  };
-  for (const auto& [words, status, named] : cases) {
-    const ToolResult result = runTool(words);
-    EXPECT_NE(sentenceOf(result).find(named), std::string::npos) << result.err << named;
+  library.write("other/file", "no archive");
+  for (const auto& [line, status, named] : Rows<std::string, int, std::string>{
+           {"photos $L $L", 2, library.root},
+           {"photos $L --library $L", 2, library.root},
+           {"photos $L --fields key,,date", 2, "''"},
+           {"photos $L --roll x", 2, "'x'"},
+           {"photos $L --roll 9", 1, "key 9"},
+           {"photos $L --album Worst", 1, "'Worst'"},
+           {"photos $L --album 9", 1, "'9'"},
+           {"photos $L --keyword Work", 1, "'Work'"},
+           {"photo $L seven", 2, "'seven'"},
+           {"photo $L 9", 1, "key 9"},
+           {"photo $L 4294967303", 1, "key 4294967303"},
+           {"contact-sheet $L", 2, "--output"},
+           {"contact-sheet $L -o x --size 8", 2, "8"},
+           {"info $L/missing", 1, "missing"},
+           {"info $L/other/file", 1, "other/file"},
+           {"info $L/other", 1, "other' cannot be opened: no iPhoto library lies in this folder"},
+           {"info $L/other -q", 1, "name the folder in which that file lies"},
+           {"info ''", 1, "''"},
+           {"archive $L/missing", 1, "missing' cannot be read: No such file or directory"},
+           {"archive $L/other/file", 1, "other/file"},
+           {"archive $L/other/file --format csv", 2, "csv"},
+           {"sample $L", 1, library.root},
+           {"sample ''", 1, "''"},
+           {"sample $L/new --library-version 14", 2, "14"},
+           {"sample $L/new --photos -1", 2, "-1"}}) {
+    const ToolResult result = runLine(line, library.root);
+    EXPECT_NE(sentenceOf(result).find(named), std::string::npos) << line << result.err;
     EXPECT_EQ(result.status, status) << result.err;
     EXPECT_EQ(result.out, "");
   }
@@ -194,52 +161,43 @@ TEST(Tool, SaysInOneSentenceWhatIsWrong) {
 
 TEST(Tool, HintsAtTheRightWord) {
   const SmallLibrary library;
-  const std::string& root = library.root;
-  const struct {
-    Words words;
-    std::string sentence;
-  } cases[] = {
-      {{"phtoos"}, "there is no command 'phtoos': did you mean 'photos'?"},
-      {{"list", root}, "there is no command 'list', see 'mrziphoto --help'"},
-      {{"help", "Photo"}, "there is no command 'Photo': did you mean 'photo'?"},
-      {{"photos", root, "--fomat", "json"},
-       "there is no option '--fomat': did you mean '--format'?"},
-      {{"photos", root, "--fomat=json"}, "there is no option '--fomat': did you mean '--format'?"},
-      {{"photos", root, "--lib"}, "there is no option '--lib': did you mean '--library'?"},
-      {{"photos", root, "--bogus"}, "there is no option '--bogus', see 'mrziphoto photos --help'"},
-      {{"photos", root, "-qx"}, "there is no option '-x', see 'mrziphoto photos --help'"},
-      {{"photo", root, "-12"}, "there is no option '-12', see 'mrziphoto photo --help'"},
-      {{"check", root, "--album", "5"},
-       "'check' takes no option '--album', see 'mrziphoto check --help'"},
-      {{"photos", root, "--format"}, "'--format' lacks its FORMAT, see 'mrziphoto photos --help'"},
-      {{"photos", root, "--strict=no"}, "'--strict' takes no value, see 'mrziphoto photos --help'"},
-      {{"photos", root, "--album", "5", "--album", "6"}, "'--album' stands twice"},
-      {{"photos", root, "--format", "jsno"},
-       "'--format' takes table, json, jsonl or csv, not 'jsno': did you mean 'json'?"},
-      {{"archive", root + "/Library.iPhoto", "--format", "xml"},
-       "'--format' takes table, json, jsonl or csv, not 'xml'"},
-      {{"info", root, "--color", "off"}, "'--color' takes auto, always or never, not 'off'"},
-      {{"sample", root, "--photos", "12x"},
-       "'--photos' takes a number from 0 to 2000000, not '12x'"},
-      {{"contact-sheet", root, "-o", "x", "--size", "513"},
-       "'--size' takes a number from 16 to 512, not '513'"},
-      {{"thumbnail", root, "7"},
-       "'thumbnail' needs '--output FILE', see 'mrziphoto thumbnail --help'"},
-      {{"photos", root, "--fields", "key,captoin"},
-       "a photo has no field 'captoin': did you mean 'caption'?"},
-      {{"get", root, "7", "imagepath"},
-       "a photo has no field 'imagepath': did you mean 'imagePath'?"},
-      {{"get", root, "7"}, "'get' lacks its NAME..., see 'mrziphoto get --help'"},
-      {{"photo", root}, "'photo' lacks its KEY, see 'mrziphoto photo --help'"},
-      {{"photo", "no-key"},
-       "'no-key' is neither a KEY, which is a decimal number, nor a LIBRARY with a KEY behind it, "
-       "see 'mrziphoto photo --help'"},
-      {{"photos", root, "--", "--quiet"},
-       "'--quiet' is one word too many, see 'mrziphoto photos --help'"},
-      {{}, "no command is named, see 'mrziphoto --help'"},
-  };
-  for (const auto& [words, sentence] : cases) {
-    const ToolResult result = runTool(words);
+  for (const auto& [line, sentence] : Rows<std::string, std::string>{
+           {"phtoos", "there is no command 'phtoos': did you mean 'photos'?"},
+           {"list $L", "there is no command 'list', see 'mrziphoto --help'"},
+           {"help Photo", "there is no command 'Photo': did you mean 'photo'?"},
+           {"photos $L --fomat json", "there is no option '--fomat': did you mean '--format'?"},
+           {"photos $L --fomat=json", "there is no option '--fomat': did you mean '--format'?"},
+           {"photos $L --lib", "there is no option '--lib': did you mean '--library'?"},
+           {"photos $L --bogus", "there is no option '--bogus', see 'mrziphoto photos --help'"},
+           {"photos $L -qx", "there is no option '-x', see 'mrziphoto photos --help'"},
+           {"photo $L -12", "there is no option '-12', see 'mrziphoto photo --help'"},
+           {"check $L --album 5",
+            "'check' takes no option '--album', see 'mrziphoto check --help'"},
+           {"photos $L --format", "'--format' lacks its FORMAT, see 'mrziphoto photos --help'"},
+           {"photos $L --strict=no", "'--strict' takes no value, see 'mrziphoto photos --help'"},
+           {"photos $L --album 5 --album 6", "'--album' stands twice"},
+           {"photos $L --format jsno",
+            "'--format' takes table, json, jsonl or csv, not 'jsno': did you mean 'json'?"},
+           {"archive $L/Library.iPhoto --format xml",
+            "'--format' takes table, json, jsonl or csv, not 'xml'"},
+           {"info $L --color off", "'--color' takes auto, always or never, not 'off'"},
+           {"sample $L --photos 12x", "'--photos' takes a number from 0 to 2000000, not '12x'"},
+           {"contact-sheet $L -o x --size 513",
+            "'--size' takes a number from 16 to 512, not '513'"},
+           {"thumbnail $L 7",
+            "'thumbnail' needs '--output FILE', see 'mrziphoto thumbnail --help'"},
+           {"photos $L --fields key,captoin",
+            "a photo has no field 'captoin': did you mean 'caption'?"},
+           {"get $L 7 imagepath", "a photo has no field 'imagepath': did you mean 'imagePath'?"},
+           {"get $L 7", "'get' lacks its NAME..., see 'mrziphoto get --help'"},
+           {"photo $L", "'photo' lacks its KEY, see 'mrziphoto photo --help'"},
+           {"photo no-key",
+            "'no-key' is neither a KEY, which is a decimal number, nor a LIBRARY with a KEY behind "
+            "it, see 'mrziphoto photo --help'"},
+           {"photos $L -- --quiet",
+            "'--quiet' is one word too many, see 'mrziphoto photos --help'"},
+           {"", "no command is named, see 'mrziphoto --help'"}}) {
+    const ToolResult result = runLine(line, library.root);
     EXPECT_EQ(result.err, "mrziphoto: " + sentence + '\n');
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.out, "");
@@ -249,19 +207,14 @@ TEST(Tool, HintsAtTheRightWord) {
 TEST(Tool, ShowsTheLogOnlyWhenAsked) {
   const SmallLibrary library;
   const std::string log = "New iPhoto library version 200\n";
-  const struct {
-    Words words;
-    std::string err;
-  } cases[] = {
-      {{"photos", library.root}, ""},
-      {{"--strict", "photos", library.root}, log},
-      {{"photos", "-v", library.root}, log},
-      {{"photos", library.root, "--verbose", "--stay-inside", "--color=never"}, log},
-      {{"photos", library.root, "--strict", "-q"}, ""},
-      {{"photos", library.root, "-vq"}, ""},
-  };
-  for (const auto& [words, err] : cases) {
-    const ToolResult result = runTool(words);
+  for (const auto& [line, err] :
+       Rows<std::string, std::string>{{"photos $L", ""},
+                                      {"--strict photos $L", log},
+                                      {"photos -v $L", log},
+                                      {"photos $L --verbose --stay-inside --color=never", log},
+                                      {"photos $L --strict -q", ""},
+                                      {"photos $L -vq", ""}}) {
+    const ToolResult result = runLine(line, library.root);
     EXPECT_EQ(result.err, err);
     EXPECT_EQ(linesIn(result.out), 3U);
     EXPECT_EQ(result.status, 0);
@@ -272,7 +225,7 @@ TEST(Tool, FitsTheTerminal) {
   const SmallLibrary library;
   const EnvironmentVariable terminal("TERM", "xterm");
   const EnvironmentVariable noColor("NO_COLOR", std::nullopt);
-  const Words words{"rolls", library.root};
+  const Texts words{"rolls", library.root};
   EXPECT_EQ(runToolInTerminal(words, 80),
             "\x1B[1mkey  name  comments  date  archiveDate  modificationDate  photos\x1B[0m\r\n"
             "  3  Trip" +
@@ -291,95 +244,76 @@ TEST(Tool, FitsTheTerminal) {
 
 TEST(Tool, TellsThatSomethingWasNotRead) {
   const std::string pipe = " cannot be read: it is no regular file";
-  constexpr std::string_view kPipe = "pipe";
-  constexpr std::string_view kNothing;
-  const struct {
-    int version;
-    std::string file;
-    std::string_view instead;  // a pipe, nothing, or these bytes lie in its place
-    int status;
-    std::string told;  // "FILE" stands for its path
-  } cases[] = {
-      {200, "AlbumData.xml", kPipe, 1, "cannot be read: 'FILE'" + pipe + ";"},
-      {200, "AlbumData.xml", kNothing, 1, "'FILE' cannot be read: No such file or directory;"},
-      {24, "AlbumData.xml", "<plist><dict>", 1,
-       "cannot be read: 'FILE' is damaged: the property list ends inside <dict> at line 1, byte "
-       "13;"},
-      {60, "AlbumData.xml", kPipe, 3, "mrziphoto: 'FILE'" + pipe + "\n"},
-      {60, "AlbumData.xml", kNothing, 0, ""},
-      {60, "Dir.data", kPipe, 3, "not known: 'FILE'" + pipe + "\n"},
-      {20, "Albums/Last 12 Months", kPipe, 3, "the first because 'FILE'" + pipe + "\n"},
-      {20, "Library.iPhoto", kPipe, 1, "cannot be opened: 'FILE'" + pipe + ";"},
-  };
-  for (const auto& each : cases) {
-    const TemporaryFolder folder;
-    const std::string library = folder / "library";
-    writeSample(library, each.version, 3);
-    const std::string file = library + "/" + each.file;
-    std::filesystem::remove(file);
-    if (each.instead == kPipe) {
-      ASSERT_EQ(mkfifo(file.c_str(), 0644), 0) << file;
-    } else if (each.instead != kNothing) {
-      folder.write("library/" + each.file, each.instead);
+  // Instead of the file there is a pipe, nothing, or these bytes; "FILE" stands for its path.
+  for (const auto& [version, name, instead, status, told] :
+       Rows<int, std::string, std::string, int, std::string>{
+           {200, "AlbumData.xml", "pipe", 1, "cannot be read: 'FILE'" + pipe + ";"},
+           {200, "AlbumData.xml", "", 1, "'FILE' cannot be read: No such file or directory;"},
+           {24, "AlbumData.xml", "<plist><dict>", 1,
+            "cannot be read: 'FILE' is damaged: the property list ends inside <dict> at line 1, "
+            "byte 13;"},
+           {60, "AlbumData.xml", "pipe", 3, "mrziphoto: 'FILE'" + pipe + "\n"},
+           {60, "AlbumData.xml", "", 0, ""},
+           {60, "Dir.data", "pipe", 3, "not known: 'FILE'" + pipe + "\n"},
+           {20, "Albums/Last 12 Months", "pipe", 3, "the first because 'FILE'" + pipe + "\n"},
+           {20, "Library.iPhoto", "pipe", 1, "cannot be opened: 'FILE'" + pipe + ";"}}) {
+    const LibraryFolder library;
+    writeSample(library.root, version, 3);
+    fs::remove(library / name);
+    if (instead == "pipe") {
+      library.makePipe(name);
+    } else if (!instead.empty()) {
+      library.write(name, instead);
     }
-    std::string told = each.told;
-    if (const std::size_t at = told.find("FILE"); at != std::string::npos) {
-      told.replace(at, 4, file);
-    }
-    const ToolResult result = runTool({"photos", library});
-    EXPECT_EQ(result.status, each.status) << file;
-    EXPECT_NE(result.err.find(told), std::string::npos) << result.err;
-    EXPECT_EQ(result.out.empty(), each.status == 1) << result.out;
-    const ToolResult quiet = runTool({"photos", library, "-q"});
-    EXPECT_EQ(quiet.status, each.status);
-    EXPECT_EQ(quiet.err.empty(), each.status != 1) << quiet.err;
+    const ToolResult result = runLine("photos $L", library.root);
+    EXPECT_EQ(result.status, status) << name;
+    EXPECT_NE(result.err.find(replaced(told, "FILE", library / name)), std::string::npos)
+        << result.err;
+    EXPECT_EQ(result.out.empty(), status == 1) << result.out;
+    const ToolResult quiet = runLine("photos $L -q", library.root);
+    EXPECT_EQ(quiet.status, status);
+    EXPECT_EQ(quiet.err.empty(), status != 1) << quiet.err;
     // Strictly, a library without its album data is one without photos.
-    const ToolResult strict = runTool({"photos", library, "--strict"});
-    EXPECT_EQ(strict.status, each.file == "Library.iPhoto" ? 1 : 0) << strict.err;
+    const ToolResult strict = runLine("photos $L --strict", library.root);
+    EXPECT_EQ(strict.status, name == "Library.iPhoto" ? 1 : 0) << strict.err;
   }
 }
 
 TEST(Tool, FindsTheLibraryHoweverItIsNamed) {
   const SmallLibrary library;
   const TemporaryFolder home;
-  std::filesystem::create_directory(home / "Pictures");
+  fs::create_directory(home / "Pictures");
   for (const std::string name : {"Pictures/iPhoto Library", "77", "[x]"}) {
-    std::filesystem::create_directory_symlink(library.root, home / name);
+    fs::create_directory_symlink(library.root, home / name);
   }
   const EnvironmentVariable homeFolder("HOME", home.path());
-  const std::filesystem::path before = std::filesystem::current_path();
-  std::filesystem::current_path(home.path());
-  const Words cases[] = {
-      {"get", "7", "key"},
-      {"get", "./77", "7", "key"},
-      {"get", "--library", "77", "7", "key"},
-      {"get", "[x]", "7", "key"},
-      {"get", "7", "--library=./77/.", "key"},
-  };
-  for (const Words& words : cases) {
-    const ToolResult result = runTool(words);
-    EXPECT_EQ(result.out, "key  7\n") << result.err;
+  const fs::path before = fs::current_path();
+  fs::current_path(home.path());
+  for (const char* line : {"get 7 key", "get ./77 7 key", "get --library 77 7 key", "get [x] 7 key",
+                           "get 7 --library=./77/. key"}) {
+    EXPECT_EQ(runLine(line, "").out, "key  7\n") << line;
   }
   const EnvironmentVariable relativeHome("HOME", ".");
-  for (const Words& words :
-       {Words{"info", "77", "--format", "json"}, {"info", "--format", "json"}}) {
-    EXPECT_NE(runTool(words).out.find("\"directory\":\"/"), std::string::npos);
+  for (const auto& [line, folder] : Rows<std::string, std::string>{
+           {"info 77 --format json", "77"}, {"info --format json", "Pictures/iPhoto Library"}}) {
+    const std::string told = "{\"directory\":\"" + (fs::current_path() / folder).string() + '"';
+    EXPECT_TRUE(runLine(line, "").out.starts_with(told)) << told;
   }
-  std::filesystem::current_path(before);
+  fs::current_path(before);
 }
 
 TEST(Tool, NamesThePathWhereTheWorkingFolderHasGone) {
-  const std::filesystem::path before = std::filesystem::current_path();
+  const fs::path before = fs::current_path();
   {
     const TemporaryFolder gone;
-    std::filesystem::current_path(gone.path());
+    fs::current_path(gone.path());
   }
   for (const char* command : {"info", "sample"}) {
     const ToolResult result = runTool({command, "x"});
     EXPECT_NE(sentenceOf(result).find("folder 'x'"), std::string::npos) << result.err;
     EXPECT_EQ(result.status, 1);
   }
-  std::filesystem::current_path(before);
+  fs::current_path(before);
 }
 
 TEST(Tool, TellsWhetherItsOutputArrived) {
@@ -404,7 +338,7 @@ TEST(Tool, WritesWhatIsNoTextAsReplacementCharacters) {
   const SmallLibrary library;
   const TemporaryFolder other;
   const std::string moved = other / "K\xF6ln";
-  std::filesystem::copy(library.root, moved);
+  fs::copy(library.root, moved);
   const ToolResult result =
       runTool({"photos", moved, "--format", "jsonl", "--fields", "imagePath", "--quiet"});
   EXPECT_EQ(result.out, "{\"imagePath\":\"" + (other / "K\uFFFDln") + "/Köln & so.jpg\"}\n" +
@@ -422,7 +356,7 @@ TEST(Tool, LeavesOutACameraBlockThatCannotBeRead) {
   EXPECT_EQ(before.err, "");
 
   // The aperture is a fraction: its size, its code, numerator and denominator.
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder / "library")) {
+  for (const auto& entry : fs::recursive_directory_iterator(folder / "library")) {
     if (entry.path().filename() == "103.attr") {
       std::string bytes = fileBytes(entry.path());
       const std::size_t code = bytes.find("ex\x82\x9D");
@@ -528,7 +462,7 @@ TEST(Tool, TellsPicturesAndCamerasInEveryGeneration) {
 
 TEST(Tool, ReadsARealLibrary) {
   const std::string library = MRZIPHOTO_REAL_FILES "/iPhoto-9.4.3.photolibrary";
-  if (!std::filesystem::exists(library)) {
+  if (!fs::exists(library)) {
     GTEST_SKIP() << "There is no folder " << library;
   }
   const std::string info = runTool({"info", library, "--format", "json"}).out;
@@ -537,12 +471,12 @@ TEST(Tool, ReadsARealLibrary) {
   const ToolResult paths =
       runTool({"photos", library, "--format", "csv", "--fields", "imagePath", "-v"});
   EXPECT_NE(paths.err.find(" as the archive path\n"), std::string::npos) << paths.err;
-  const std::string present = std::filesystem::path(library).lexically_normal().string();
+  const std::string present = fs::path(library).lexically_normal().string();
   std::istringstream lines(paths.out.substr(paths.out.find('\n') + 1));
   std::size_t count = 0;
   for (std::string path; std::getline(lines, path); ++count) {
     EXPECT_TRUE(path.starts_with(present)) << path;
-    EXPECT_TRUE(std::filesystem::is_regular_file(path)) << path;
+    EXPECT_TRUE(fs::is_regular_file(path)) << path;
   }
   EXPECT_EQ(count, 7U);
 }

@@ -1,25 +1,15 @@
-#include <array>
-#include <chrono>
 #include <csignal>
-#include <cstdint>
 #include <cstdio>
-#include <filesystem>
-#include <memory>
-#include <string>
 #include <sys/wait.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
 
-#include <gtest/gtest.h>
-
 #include "support/SampleFolder.h"
-#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
-
-namespace fs = std::filesystem;
 
 /// `mrziphoto watch` at work on a library, its answers at the other end of a pipe.
 class Watcher {

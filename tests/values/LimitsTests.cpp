@@ -1,14 +1,5 @@
-#include <array>
-#include <fstream>
-#include <set>
-#include <sstream>
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <MRZiPhoto/values/Limits.h>
-
 #include "support/MarkdownTable.h"
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,20 +1,9 @@
-#include <array>
-#include <cstdint>
-#include <map>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/values/Dictionary.h>
 #include <MRZiPhoto/values/KeyValue.h>
 #include <MRZiPhoto/values/KeyedHash.h>
 #include <MRZiPhoto/values/List.h>
-#include <MRZiPhoto/values/NSException.h>
-#include <MRZiPhoto/values/Object.h>
-#include <MRZiPhoto/values/Value.h>
+
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -156,8 +145,8 @@ TEST(List, AWalkOutlivesEveryChange) {
   EXPECT_TRUE(owned.empty());
 }
 
-std::vector<std::string> keysOf(const Dictionary& dictionary) {
-  std::vector<std::string> keys;
+Texts keysOf(const Dictionary& dictionary) {
+  Texts keys;
   for (const Dictionary::Entry& entry : dictionary) {
     keys.emplace_back(entry.key.text());
   }
@@ -169,7 +158,7 @@ TEST(Dictionary, FindsWhatAWalkFinds) {
   std::mt19937 random(7);  // NOLINT(bugprone-random-generator-seed): the same on every run
   Dictionary dictionary;
   std::map<std::string, int> expected;
-  std::vector<std::string> order;
+  Texts order;
   for (int i = 0; i < 3000; ++i) {
     const std::string key = std::to_string(random() % 2000);
     if (expected.insert_or_assign(key, i).second) {
@@ -208,7 +197,7 @@ TEST(Dictionary, TakesManyRepeatsOfOneKey) {
     entries.push_back({DictionaryKey("a"), i});
   }
   const Dictionary dictionary(std::move(entries));
-  EXPECT_EQ(keysOf(dictionary), std::vector<std::string>{"a"});
+  EXPECT_EQ(keysOf(dictionary), Texts{"a"});
   EXPECT_EQ(dictionary.get("a"), 299'999);
 }
 

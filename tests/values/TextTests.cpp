@@ -1,20 +1,12 @@
-#include <array>
 #include <iconv.h>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include <gtest/gtest.h>
-
-#include <MRZiPhoto/values/Array.h>
 #include <MRZiPhoto/values/Description.h>
-#include <MRZiPhoto/values/Dictionary.h>
 #include <MRZiPhoto/values/Format.h>
-#include <MRZiPhoto/values/Limits.h>
 #include <MRZiPhoto/values/MacRoman.h>
 #include <MRZiPhoto/values/String.h>
 #include <MRZiPhoto/values/Text.h>
+
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -107,20 +99,20 @@ TEST(Format, LeavesWhatItCannotFill) {
 }
 
 TEST(Description, ContainersInTheCustomaryForm) {
-  const auto list = make<Array>(std::vector<Value>{1, "two words", make<Array>()});
+  const auto words = list({1, "two words", make<Array>()});
   const auto inner = make<Dictionary>();
   inner->set("x", 1.5);
   inner->set("w", -3);
-  const Dictionary dictionary{{"list", list},
-                              {"inner", inner},
-                              {"Word1", "Word2"},
-                              {"_key", ""},
-                              {"city", "K\xC3\xB6ln \xF0\x9F\x93\xB7"},
-                              {"edge", "\uFFFF\U00010000\U000103FF\U00010400"},
-                              {"quotes", "a \"b\" \\ \n\t"},
-                              {"bytes", Data::copyOf("hello")},
-                              {"date", Date{0}}};
-  EXPECT_EQ(dictionary.description(),
+  const Dictionary all{{"list", words},
+                       {"inner", inner},
+                       {"Word1", "Word2"},
+                       {"_key", ""},
+                       {"city", "K\xC3\xB6ln \xF0\x9F\x93\xB7"},
+                       {"edge", "\uFFFF\U00010000\U000103FF\U00010400"},
+                       {"quotes", "a \"b\" \\ \n\t"},
+                       {"bytes", Data::copyOf("hello")},
+                       {"date", Date{0}}};
+  EXPECT_EQ(all.description(),
             "{\n"
             "    Word1 = Word2;\n"
             "    \"_key\" = \"\";\n"
@@ -177,14 +169,12 @@ TEST(Description, HasOneBudgetForAllOfIt) {
     }
     return value;
   };
-  const auto list = [](const Value& value) {
-    return make<Array>(std::vector<Value>{value, value});
-  };
-  const auto object = [&](const Value& value) { return make<Describing>(list(value)); };
+  const auto twice = [](const Value& value) { return list({value, value}); };
+  const auto object = [&](const Value& value) { return make<Describing>(twice(value)); };
   const Value bytes = Data::copyOf(std::string(1'000'000, 'x'));
-  const Value many = make<Array>(std::vector<Value>(1000, doubled(16, list)));
-  for (const Value& value : {doubled(60, list), doubled(24, object), many,
-                             Value(make<Array>(std::vector<Value>{bytes})), bytes}) {
+  const Value many = make<Array>(std::vector<Value>(1000, doubled(16, twice)));
+  for (const Value& value :
+       {doubled(60, twice), doubled(24, object), many, Value(list({bytes})), bytes}) {
     const std::string text = value.description();
     EXPECT_LT(text.size(), 130'000U) << value.className();
     EXPECT_NE(text.find("..."), std::string::npos);

@@ -1,19 +1,8 @@
 #include <cmath>
-#include <cstdint>
-#include <limits>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include <gtest/gtest.h>
-
-#include <MRZiPhoto/values/Array.h>
-#include <MRZiPhoto/values/Date.h>
-#include <MRZiPhoto/values/Decimal.h>
-#include <MRZiPhoto/values/Dictionary.h>
 #include <MRZiPhoto/values/NSDecimalNumberBehaviors.h>
-#include <MRZiPhoto/values/Value.h>
+
+#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -124,8 +113,8 @@ TEST(Value, EqualValuesHaveEqualHashesAndOthersDiffer) {
       {"Köln", String(nullptr, utf16, String::Encoding::utf16BigEndian)},
       {Data::copyOf("1")},
       {Date{1.0}},
-      {make<Array>(std::vector<Value>{1, "a"}), make<Array>(std::vector<Value>{1.0, "a"})},
-      {make<Array>(std::vector<Value>{"a", 1})},
+      {list({1, "a"}), list({1.0, "a"})},
+      {list({"a", 1})},
       {Value(inner), Value::weak(*inner)},
       {make<Array>()},
       {make<Dictionary>()},
