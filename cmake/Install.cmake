@@ -7,6 +7,7 @@ install(
   TARGETS MRZiPhoto
   EXPORT MRZiPhotoTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
   INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(
   EXPORT MRZiPhotoTargets
@@ -20,9 +21,6 @@ endif()
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/resources"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/MRZiPhoto")
 
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/resources/"
-  DESTINATION "${CMAKE_INSTALL_DATADIR}/MRZiPhoto/resources")
-
 get_property(headers GLOBAL PROPERTY mrziphoto_public_headers)
 foreach(header IN LISTS headers)
   cmake_path(GET header PARENT_PATH room)
@@ -31,6 +29,18 @@ foreach(header IN LISTS headers)
 endforeach()
 install(FILES "${PROJECT_BINARY_DIR}/generated/MRZiPhoto/MRZiPhoto.h"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/MRZiPhoto")
+
+# A shared library brings what it needs; a program that takes the library in has to link that itself.
+if(NOT BUILD_SHARED_LIBS)
+  set(needs_of_package [[
+include(CMakeFindDependencyMacro)
+find_dependency(Threads)
+find_dependency(PkgConfig)
+pkg_check_modules(utf8proc REQUIRED IMPORTED_TARGET libutf8proc)
+]])
+  set(requires_of_pc "Requires: libutf8proc")
+  set(libs_of_pc " -lstdc++ -pthread")
+endif()
 
 configure_package_config_file(
   "${PROJECT_SOURCE_DIR}/cmake/MRZiPhotoConfig.cmake.in"

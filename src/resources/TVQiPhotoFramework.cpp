@@ -28,6 +28,12 @@ std::string resourceFolder() {
       return folder;
     }
   }
+#ifdef MRZIPHOTO_RESOURCE_FOLDER
+  // A program that has the library inside itself may lie anywhere.
+  if (FileManager::isFolder(MRZIPHOTO_RESOURCE_FOLDER)) {
+    return MRZIPHOTO_RESOURCE_FOLDER;
+  }
+#endif
   return {};
 }
 

@@ -1,6 +1,8 @@
-# Builds examples/list-photos in one ${way} and lets it list the five photos of ${library}.
-set(example "${project}/examples/list-photos")
-set(program "${work}/list-photos")
+# Builds the program in the folder ${host} in one ${way} and holds what it says of ${library}, or of
+# the like library of iPhoto 4, against what is known of them.
+set(example "${project}/${host}")
+cmake_path(GET host FILENAME name)
+set(program "${work}/${name}")
 
 function(run)
   execute_process(COMMAND ${ARGV} OUTPUT_VARIABLE said ERROR_VARIABLE said RESULT_VARIABLE status)
@@ -29,9 +31,20 @@ else()
     set(source "${project}/tests/package/${way}")
   endif()
   run("${CMAKE_COMMAND}" -G "${generator}" -S "${source}" -B "${work}"
-    "-DCMAKE_CXX_COMPILER=${compiler}"
+    "-DCMAKE_CXX_COMPILER=${compiler}" -UBUILD_SHARED_LIBS
     "-DCMAKE_PREFIX_PATH=${installed}" "-DMRZIPHOTO_FOLDER=${project}")
   run("${CMAKE_COMMAND}" --build "${work}" --parallel 2)
+endif()
+
+if(name STREQUAL "ask-everything")
+  execute_process(
+    COMMAND "${CMAKE_COMMAND}" -E env LC_ALL=C "${program}" "${library}-iphoto4"
+    OUTPUT_VARIABLE answers
+    COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT answers STREQUAL "12 albums\na picture\nFavourite\n")
+    message(FATAL_ERROR "${program} says of ${library}-iphoto4:\n${answers}")
+  endif()
+  return()
 endif()
 
 execute_process(

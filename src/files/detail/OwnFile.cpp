@@ -1,32 +1,34 @@
 #include "OwnFile.h"
 
+#include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
 #include <link.h>
+#include <memory>
 #include <system_error>
+#include <unistd.h>
 
 #include "../Path.h"
 
 namespace mrziphoto::detail {
 namespace {
 
+/// What has to be kept from the start: a shared library's name may be relative to the folder.
 struct Start {
-  std::string file;
   std::string folder;
+  const char* library = "";  // empty for the program itself
 };
 
 Start findStart() {
-  std::error_code error;
   Start start;
-  start.folder = std::filesystem::current_path(error).string();
+  const std::unique_ptr<char, void (*)(void*)> folder(getcwd(nullptr, 0), std::free);
+  start.folder = folder ? folder.get() : "";
   Dl_info information{};
   link_map* loaded = nullptr;
   if (dladdr1(reinterpret_cast<const void*>(&findStart), &information,
               reinterpret_cast<void**>(&loaded), RTLD_DL_LINKMAP) != 0 &&
       loaded != nullptr) {
-    // The program has no name there, and the word that started it may be no path.
-    const char* const path = *loaded->l_name != '\0' ? loaded->l_name : "/proc/self/exe";
-    start.file = std::filesystem::canonical(path, error).string();
+    start.library = loaded->l_name;
   }
   return start;
 }
@@ -40,7 +42,17 @@ const Start& start() {
 
 }  // namespace
 
-const std::string& ownFile() { return start().file; }
+const std::string& ownFile() {
+  static const std::string file = [] {
+    std::error_code error;
+    // The program has no name there, and the word that started it may be no path.
+    return (*start().library == '\0'
+                ? std::filesystem::read_symlink("/proc/self/exe", error)
+                : std::filesystem::canonical(fromOwnStart(start().library), error))
+        .string();
+  }();
+  return file;
+}
 
 std::string fromOwnStart(const std::string& path) {
   return path.starts_with('/') ? path : path::join(start().folder, path);

@@ -1,6 +1,7 @@
 #include "ImageBackend.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include "../../files/Path.h"
 #include "../../files/detail/OwnFile.h"
@@ -11,9 +12,11 @@ namespace mrziphoto::detail {
 #ifdef MRZIPHOTO_IMAGE_MODULE
 namespace {
 
-/// The module beside the library, or program, that this code is part of.
+/// The module beside the library, or program, that this code is part of. Where none is, its name
+/// alone, which is looked for in the run path and among the system's libraries.
 std::string modulePath() {
-  return path::join(path::withoutLastComponent(ownFile()), MRZIPHOTO_IMAGE_MODULE);
+  std::string beside = path::join(path::withoutLastComponent(ownFile()), MRZIPHOTO_IMAGE_MODULE);
+  return ::access(beside.c_str(), F_OK) == 0 ? beside : MRZIPHOTO_IMAGE_MODULE;
 }
 
 const ImageBackend* load() {
