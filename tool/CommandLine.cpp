@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <fmt/format.h>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,7 +56,7 @@ CommandLine readCommandLine(int argc, const char* const* argv, Arguments& argume
     }
     const Option& option = item->option->option;
     if (line.has(option) && !option.value.empty()) {
-      fail("'--" + std::string(option.name) + "' stands twice");
+      fail(fmt::format("'--{}' stands twice", option.name));
     }
     line.given.push_back(&option);
     option.take(arguments, *item->option);
@@ -68,14 +69,14 @@ void expectItsOptions(const CommandLine& line) {
   const Command& command = *line.command;
   for (const Option* option : line.given) {
     if (!command.takes(*option)) {
-      fail(inQuotes(command.name) + " takes no option '--" + std::string(option->name) + '\'' +
-           seeHelp(command.name));
+      fail(fmt::format("'{}' takes no option '--{}'{}", command.name, option->name,
+                       seeHelp(command.name)));
     }
   }
   for (const Option& option : options()) {
     if (option.isNeeded && command.takes(option) && !line.has(option)) {
-      fail(inQuotes(command.name) + " needs '--" + std::string(option.name) + ' ' +
-           std::string(option.value) + '\'' + seeHelp(command.name));
+      fail(fmt::format("'{}' needs '--{} {}'{}", command.name, option.name, option.value,
+                       seeHelp(command.name)));
     }
   }
 }
@@ -99,11 +100,12 @@ std::string_view nameOfWord(const Command& command, std::size_t position) {
                                   bool isLibraryAlone) {
   const std::string library = arguments.library.value_or("");
   if (isLibraryAlone && !FileManager::exists(library)) {
-    fail(inQuotes(library) + " is neither a KEY, which is a decimal number, nor a LIBRARY with a " +
-         "KEY behind it" + seeHelp(command.name));
+    fail(fmt::format(
+        "'{}' is neither a KEY, which is a decimal number, nor a LIBRARY with a KEY behind it{}",
+        library, seeHelp(command.name)));
   }
-  fail(inQuotes(command.name) + " lacks its " +
-       std::string(nameOfWord(command, arguments.words.size())) + seeHelp(command.name));
+  fail(fmt::format("'{}' lacks its {}{}", command.name, nameOfWord(command, arguments.words.size()),
+                   seeHelp(command.name)));
 }
 
 /// Sorts the words behind a command into LIBRARY and the others.
@@ -121,7 +123,8 @@ void sortWords(const Command& command, Arguments& arguments) {
     failWithoutWord(command, arguments, isFirstTheLibrary && words.empty());
   }
   if (words.size() > command.mostWords) {
-    fail(inQuotes(words.at(command.mostWords)) + " is one word too many" + seeHelp(command.name));
+    fail(fmt::format("'{}' is one word too many{}", words.at(command.mostWords),
+                     seeHelp(command.name)));
   }
   if (readsLibrary && command.fewestWords > 0) {
     expectKeyText(words.front());

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <fmt/format.h>
 #include <string>
 
 #include "commands/Commands.h"
@@ -92,8 +93,8 @@ const Command& commandNamed(std::string_view name) {
   if (found == kCommands.end()) {
     std::array<std::string_view, kCommands.size()> names;
     std::ranges::transform(kCommands, names.begin(), &Command::name);
-    throw Failure(ExitStatus::wrongUse, "there is no command '" + std::string(name) + '\'' +
-                                            didYouMean(name, names, seeHelp("")));
+    throw Failure(ExitStatus::wrongUse, fmt::format("there is no command '{}'{}", name,
+                                                    didYouMean(name, names, seeHelp(""))));
   }
   return *found;
 }

@@ -1,6 +1,7 @@
 #include "Help.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -103,9 +104,9 @@ std::string helpText(const Command& command) {
   const auto isItsOwn = [&](const Option& option) {
     return option.group != kGlobal && command.takes(option);
   };
-  return "Usage: mrziphoto " + std::string(command.name) + ' ' + std::string(command.words) +
-         " [options]\n\n" + paragraph(command.summary) + optionSection("Options", isItsOwn) +
-         globalOptions() + "\nExamples:\n" + std::string(command.examples) + '\n';
+  return fmt::format("Usage: mrziphoto {} {} [options]\n\n{}{}{}\nExamples:\n{}\n", command.name,
+                     command.words, paragraph(command.summary), optionSection("Options", isItsOwn),
+                     globalOptions(), command.examples);
 }
 
 }  // namespace mrziphoto::tool

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <fmt/format.h>
 #include <getopt.h>
 #include <limits>
 
@@ -14,7 +15,7 @@
 namespace mrziphoto::tool {
 namespace {
 
-std::string nameOf(const Option& option) { return "'--" + std::string(option.name) + "'"; }
+std::string nameOf(const Option& option) { return fmt::format("'--{}'", option.name); }
 
 template <class T>
 struct Choice {
@@ -52,9 +53,9 @@ T chosen(const std::array<Choice<T>, count>& choices, const GivenOption& given) 
   if (found == choices.end()) {
     std::array<std::string_view, count> words;
     std::ranges::transform(choices, words.begin(), &Choice<T>::word);
-    throw Failure(ExitStatus::wrongUse, nameOf(given.option) + " takes " + listOf(words) +
-                                            ", not " + inQuotes(given.value) +
-                                            didYouMean(given.value, words, ""));
+    throw Failure(ExitStatus::wrongUse,
+                  fmt::format("{} takes {}, not '{}'{}", nameOf(given.option), listOf(words),
+                              given.value, didYouMean(given.value, words, "")));
   }
   return found->value;
 }
@@ -67,9 +68,8 @@ T numberIn(T smallest, T largest, const GivenOption& given) {
   const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
   if (result.ec != std::errc() || result.ptr != text.data() + text.size() || number < smallest ||
       number > largest) {
-    throw Failure(ExitStatus::wrongUse, nameOf(given.option) + " takes a number from " +
-                                            std::to_string(smallest) + " to " +
-                                            std::to_string(largest) + ", not " + inQuotes(text));
+    throw Failure(ExitStatus::wrongUse, fmt::format("{} takes a number from {} to {}, not '{}'",
+                                                    nameOf(given.option), smallest, largest, text));
   }
   return number;
 }
@@ -208,10 +208,11 @@ const Option* optionOf(int code) {
   name.remove_prefix(std::min(name.find_first_not_of('-'), name.size()));
   name = name.substr(0, name.find('='));
   const bool isLong = written.starts_with("--");
-  throw Failure(ExitStatus::wrongUse,
-                "there is no option '" +
-                    std::string(isLong ? written.substr(0, written.find('=')) : written) + '\'' +
-                    (isLong ? didYouMean(name, names, seeHelp(command), "--") : seeHelp(command)));
+  throw Failure(
+      ExitStatus::wrongUse,
+      fmt::format("there is no option '{}'{}",
+                  isLong ? written.substr(0, written.find('=')) : written,
+                  isLong ? didYouMean(name, names, seeHelp(command), "--") : seeHelp(command)));
 }
 
 }  // namespace
@@ -219,7 +220,7 @@ const Option* optionOf(int code) {
 std::span<const Option> options() { return kOptions; }
 
 std::string seeHelp(std::string_view command) {
-  return ", see 'mrziphoto " + std::string(command) + (command.empty() ? "" : " ") + "--help'";
+  return fmt::format(", see 'mrziphoto {}{}--help'", command, command.empty() ? "" : " ");
 }
 
 OptionReader::OptionReader(int argc, const char* const* argv) : _words(argv, argv + argc) {
@@ -249,8 +250,8 @@ std::optional<OptionReader::Item> OptionReader::next(std::string_view command, u
   const bool isWrong = code == kUnknown || code == kWithoutValue;
   const Option* const option = optionOf(isWrong ? optopt : code);
   if (code == kWithoutValue) {
-    throw Failure(ExitStatus::wrongUse,
-                  nameOf(*option) + " lacks its " + std::string(option->value) + seeHelp(command));
+    throw Failure(ExitStatus::wrongUse, fmt::format("{} lacks its {}{}", nameOf(*option),
+                                                    option->value, seeHelp(command)));
   }
   if (code == kUnknown && option != nullptr) {
     throw Failure(ExitStatus::wrongUse, nameOf(*option) + " takes no value" + seeHelp(command));

@@ -9,6 +9,7 @@
 #include "../values/KeyValue.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 
 namespace mrziphoto {
 
@@ -65,7 +66,8 @@ Ref<Album> Album::albumWithContentsOfFile(const std::string& path, std::string* 
   try {
     const auto reader = NSUnarchiver::initForReadingWithData(FileManager::readContents(path));
     if (!reader) {
-      NSException::raise(kNSInvalidArgumentException, "'%@' is no archive", path);
+      NSException::raise(kNSInvalidArgumentException,
+                         detail::formatted("'{}' is no archive", path));
     }
     return reader->decodeObject().object<Album>();
   } catch (const NSException& exception) {

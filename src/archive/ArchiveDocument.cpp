@@ -4,6 +4,7 @@
 
 #include "../values/Limits.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 #include "detail/ArchiveReader.h"
 #include "detail/ArchiveWriter.h"
 
@@ -80,8 +81,10 @@ class ArchiveDocument::Builder {
 
   void readObject() {
     if (const std::uint32_t deepest = Limits::current().nesting; ++_openObjects > deepest) {
-      detail::failArchive(_reader.position(),
-                          "*** Incorrect archive: objects are nested more than %u deep", deepest);
+      detail::failArchive(
+          _reader.position(),
+          detail::formatted("*** Incorrect archive: objects are nested more than {} deep",
+                            deepest));
     }
     add({Kind::classReference, '#', _reader.readClassOfObject()});
     while (!_reader.takeEndOfObject()) {

@@ -4,6 +4,7 @@
 
 #include "../values/Description.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 #include "../values/detail/NumberTypes.h"
 #include "detail/ArchiveWriter.h"
 #include "detail/FoundationClasses.h"
@@ -138,8 +139,9 @@ void NSArchiver::writeNumber(const Value& value, char code) {
   } else if (value.kind() == Value::Kind::integer && type != nullptr && fits(value, *type)) {
     _writer->writeInteger(static_cast<std::int64_t>(bitsOf(value)), code);
   } else {
-    NSException::raise(kNSInvalidArgumentException, "%@ cannot be archived as type '%@'",
-                       describeBriefly(value), std::string_view(&code, 1));
+    NSException::raise(kNSInvalidArgumentException,
+                       detail::formatted("{} cannot be archived as type '{}'",
+                                         describeBriefly(value), std::string_view(&code, 1)));
   }
 }
 
@@ -162,8 +164,9 @@ void NSArchiver::encodeValueOfObjCType(std::string_view type, const Value& value
   } else if (code == '+' && bytes) {
     encodeBytes(bytes->bytes());
   } else {
-    NSException::raise(kNSInvalidArgumentException, "%@ cannot be archived as type '%@'",
-                       describeBriefly(value), type);
+    NSException::raise(
+        kNSInvalidArgumentException,
+        detail::formatted("{} cannot be archived as type '{}'", describeBriefly(value), type));
   }
 }
 

@@ -8,6 +8,7 @@
 #include "../values/ClassRegistry.h"
 #include "../values/Limits.h"
 #include "../values/Text.h"
+#include "../values/detail/Formatted.h"
 #include "detail/ArchiveReader.h"
 #include "detail/FoundationClasses.h"
 
@@ -55,13 +56,16 @@ std::uint32_t NSUnarchiver::systemVersion() const {
   return static_cast<std::uint32_t>(_reader->systemVersion());
 }
 
-void NSUnarchiver::fail(std::string_view reason) const { failArchive(cursor(), "%@", reason); }
+void NSUnarchiver::fail(std::string_view reason) const {
+  failArchive(cursor(), detail::formatted("{}", reason));
+}
 
 const detail::ArchiveType& NSUnarchiver::expectType(std::string_view type) {
   const std::size_t at = cursor();
   const detail::ArchiveType& stored = _reader->readType();
   if (stored.text() != type) {
-    failArchive(at, "file inconsistency: read '%@', expecting '%@'", stored.text(), type);
+    failArchive(at, detail::formatted("file inconsistency: read '{}', expecting '{}'",
+                                      stored.text(), type));
   }
   return stored;
 }
@@ -122,11 +126,12 @@ std::size_t NSUnarchiver::decodeCount(std::size_t leastBytes) {
   const std::size_t at = cursor();
   const detail::ArchiveType& type = _reader->readType();
   if (type.text() != "i" && type.text() != "I") {
-    failArchive(at, "file inconsistency: read '%@', expecting 'i'", type.text());
+    failArchive(at, detail::formatted("file inconsistency: read '{}', expecting 'i'", type.text()));
   }
   const std::int64_t count = _reader->readItem(type.text()[0]).integer();
   if (count < 0 || static_cast<std::uint64_t>(count) * leastBytes > _reader->remaining()) {
-    failArchive(at, "*** Incorrect archive: %@ elements in %@ bytes", count, _reader->remaining());
+    failArchive(at, detail::formatted("*** Incorrect archive: {} elements in {} bytes", count,
+                                      _reader->remaining()));
   }
   return static_cast<std::size_t>(count);
 }
@@ -191,7 +196,8 @@ Value NSUnarchiver::newObject(std::size_t number) {
   const std::size_t start = cursor();
   const std::uint32_t deepest = Limits::current().nesting;
   if (++_openObjects > deepest) {
-    failArchive(start, "*** Incorrect archive: objects are nested more than %u deep", deepest);
+    failArchive(start, detail::formatted(
+                           "*** Incorrect archive: objects are nested more than {} deep", deepest));
   }
   _objects.resize(std::max(_objects.size(), number + 1));
   _objects[number].classPosition = _reader->readClassOfObject();
@@ -202,12 +208,15 @@ Value NSUnarchiver::newObject(std::size_t number) {
   Value value = contentsOf(number);
   if (!_reader->takeEndOfObject()) {
     failArchive(cursor(),
-                "*** NSUnarchiver: inconsistency between written and read data for object of "
-                "class %@",
-                _reader->classes()[_objects[number].classPosition].name);
+                detail::formatted(
+                    "*** NSUnarchiver: inconsistency between written and read data for object of "
+                    "class {}",
+                    _reader->classes()[_objects[number].classPosition].name));
   }
   if (_heightInside >= deepest) {
-    failArchive(start, "*** Incorrect archive: references lead more than %u objects deep", deepest);
+    failArchive(
+        start, detail::formatted("*** Incorrect archive: references lead more than {} objects deep",
+                                 deepest));
   }
   DecodedObject& object = _objects[number];
   object.value = value;

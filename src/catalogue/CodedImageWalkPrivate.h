@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "../stream/TVQiPhotoCodedStreamData.h"
-#include "../values/Format.h"
+#include "../values/detail/Formatted.h"
 #include "CodedFields.h"
 
 namespace mrziphoto {
@@ -22,14 +22,14 @@ struct NegativeSize {
   std::int32_t size;
 
   [[nodiscard]] std::string description() const {
-    return format("the %@ at offset %u has the size %d", item, offset, size);
+    return detail::formatted("the {} at offset {} has the size {}", item, offset, size);
   }
 
   /// The size of the item at `offset`, which was just read, unless it is below zero.
   static void refuse(std::string_view kind, std::uint32_t code, std::uint32_t offset,
                      std::int32_t size) {
     if (size < 0) {
-      throw NegativeSize{format("%@ %@", kind, fourCharacterText(code)), offset, size};
+      throw NegativeSize{detail::formatted("{} {}", kind, fourCharacterText(code)), offset, size};
     }
   }
 };
@@ -160,7 +160,7 @@ class CodedImageWalk {
       number = _stream.readCode();
       const std::int32_t size = _stream.readInt();
       if (size < 0) {
-        throw NegativeSize{format("image-data block %u", number), start, size};
+        throw NegativeSize{detail::formatted("image-data block {}", number), start, size};
       }
       const std::uint64_t length = std::uint64_t{8} + static_cast<std::uint32_t>(size);
       if (number <= last) {

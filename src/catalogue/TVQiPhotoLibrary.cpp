@@ -14,6 +14,7 @@
 #include "../values/Limits.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 #include "CodedFields.h"
 #include "TVQiPhotoLibraryIndexesPrivate.h"
 
@@ -141,10 +142,11 @@ bool TVQiPhotoLibrary::hasRoomForRoll(std::uint32_t taken) {
 void TVQiPhotoLibrary::noticeLeftOut(const std::string& file) {
   const auto tell = [&](std::string_view what, std::uint32_t& leftOut) {
     if (const std::uint32_t count = std::exchange(leftOut, 0); count > 0) {
-      _notices.push_back({format("'%@' has more than %u %@, and %u of them were left out", file,
-                                 Limits::current().albums, what, count),
-                          file,
-                          {}});
+      _notices.push_back(
+          {detail::formatted("'{}' has more than {} {}, and {} of them were left out", file,
+                             Limits::current().albums, what, count),
+           file,
+           {}});
       log("%@", _notices.back().sentence);
     }
   };
@@ -183,9 +185,9 @@ std::string TVQiPhotoLibrary::description() const {
   limits.description = std::max(limits.description, kBytesAPhoto * _imageRecRefs.size());
   const Limits::Scope scope(limits);
   const Value store = _keywords.isNothing() ? _keywordList.value() : _keywords;
-  return format(
-      "version = %d, nextImageKey = %@, nextRollKey = %@, flag1 = %d, flag2 = %d, "
-      "imagesDate1 = %@, imageRecRefs = %@, keywords = %@, nextKeywordKey = %@",
+  return detail::formatted(
+      "version = {}, nextImageKey = {}, nextRollKey = {}, flag1 = {}, flag2 = {}, "
+      "imagesDate1 = {}, imageRecRefs = {}, keywords = {}, nextKeywordKey = {}",
       _version, _nextImageKey, _nextRollKey, flag1 ? 1 : 0, flag2 ? 1 : 0, _imagesDate1,
       _imageRecRefs.value(), store, _nextKeywordKey);
 }

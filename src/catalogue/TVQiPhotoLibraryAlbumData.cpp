@@ -7,6 +7,7 @@
 #include "../files/Path.h"
 #include "../values/Dictionary.h"
 #include "../values/Log.h"
+#include "../values/detail/Formatted.h"
 #include "TVQiPhotoLibrary.h"
 #include "TVQiPhotoLibraryIndexesPrivate.h"
 
@@ -69,10 +70,11 @@ void TVQiPhotoLibrary::loadFromXML(const std::string& folder) {
 void TVQiPhotoLibrary::noticeStandIn(std::string_view what) {
   if (!_notices.empty()) {
     _notices.push_back(
-        {format("the %@ are those of '%@': none could be read from the damaged "
-                "catalogue '%@'",
-                what, path::join(path::withoutLastComponent(_loadedFrom), kAlbumDataFile),
-                _loadedFrom),
+        {detail::formatted("the {} are those of '{}': none could be read from the damaged "
+                           "catalogue '{}'",
+                           what,
+                           path::join(path::withoutLastComponent(_loadedFrom), kAlbumDataFile),
+                           _loadedFrom),
          _loadedFrom,
          {}});
   }

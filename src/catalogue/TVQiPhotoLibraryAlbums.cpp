@@ -9,6 +9,7 @@
 #include "../stream/TVQiPhotoCodedStreamData.h"
 #include "../values/Description.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 #include "TVQiPhotoLibrary.h"
 #include "TVQiPhotoLibraryReadingPrivate.h"
 
@@ -70,9 +71,9 @@ void TVQiPhotoLibrary::_readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamD
   const Data bytes = stream.data().slice(location, length);
   const auto reader = NSUnarchiver::initForReadingWithData(bytes);
   if (!reader) {
-    throw NSException(kNSInvalidArgumentException,
-                      format("the album section at offset %u holds no archive", location),
-                      location);
+    throw NSException(
+        kNSInvalidArgumentException,
+        detail::formatted("the album section at offset {} holds no archive", location), location);
   }
   // A number that means nothing to anybody.
   static_cast<void>(reader->decodeValueOfObjCType("i"));
@@ -84,9 +85,10 @@ void TVQiPhotoLibrary::_readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamD
       countAlbumsBehindEnd(*reader, location, bytes.size(), reading.albumsBehindEnd);
       return;
     } else {
-      NSException::raise(kNSInternalInconsistencyException,
-                         "Unexpected object %@ %@ while loading album data", object.className(),
-                         object.isNothing() ? std::string() : describeBriefly(object));
+      NSException::raise(
+          kNSInternalInconsistencyException,
+          detail::formatted("Unexpected object {} {} while loading album data", object.className(),
+                            object.isNothing() ? std::string() : describeBriefly(object)));
     }
   }
 }

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "../values/Format.h"
+#include "../values/detail/Formatted.h"
 #include "TVQiPhotoLibraryReadingPrivate.h"
 
 namespace mrziphoto {
@@ -33,7 +33,7 @@ void TVQiPhotoLibrary::Reading::note(const CodedRecordState& record, std::uint32
 std::vector<Notice> TVQiPhotoLibrary::Reading::notices(const std::string& file) const {
   std::vector<Notice> told;
   const auto tell = [&](const std::string& sentence, std::uint32_t offset) {
-    told.push_back({format("the catalogue '%@' %@", file, sentence), file, offset});
+    told.push_back({detail::formatted("the catalogue '{}' {}", file, sentence), file, offset});
   };
   if (end && promisedRecords == 0) {
     tell("is damaged before it counts photo records: " + end->what, end->offset);
@@ -78,8 +78,8 @@ std::vector<Notice> TVQiPhotoLibrary::Reading::notices(const std::string& file) 
   for (const Sentence& each : kSentences) {
     const Tally& tally = this->*each.tally;
     if (tally.count > 0) {
-      tell(format("has %@, at offset %u%@", counted(tally.count, each.one, each.many),
-                  tally.firstOffset, tally.count > 1 ? " first" : ""),
+      tell(detail::formatted("has {}, at offset {}{}", counted(tally.count, each.one, each.many),
+                             tally.firstOffset, tally.count > 1 ? " first" : ""),
            tally.firstOffset);
     }
   }

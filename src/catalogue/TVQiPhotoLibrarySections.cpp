@@ -7,6 +7,7 @@
 #include "../stream/TVQiPhotoCodedStreamData.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 #include "CodedFields.h"
 #include "CodedImageWalkPrivate.h"
 #include "TVQiPhotoLibrary.h"
@@ -60,7 +61,8 @@ bool TVQiPhotoLibrary::decode(const Data& bytes) {
 void TVQiPhotoLibrary::readArchivedHeader(TVQiPhotoCodedStreamData& stream) {
   const auto reader = NSUnarchiver::initForReadingWithData(stream.data());
   if (!reader) {
-    NSException::raise(kNSInvalidArgumentException, "'%@' is no archive", _loadedFrom);
+    NSException::raise(kNSInvalidArgumentException,
+                       detail::formatted("'{}' is no archive", _loadedFrom));
   }
   _version = reader->decodeValueOfObjCType("i").intValue();
   setKeywordStore(reader->decodeObject());
@@ -105,11 +107,12 @@ void TVQiPhotoLibrary::decodeSections(TVQiPhotoCodedStreamData& stream) {
   std::ranges::move(reading.notices(_loadedFrom), std::back_inserter(_notices));
   noticeLeftOut(_loadedFrom);
   if (reading.readRolls > numberOfRolls()) {
-    _notices.push_back({format("the catalogue '%@' has %u rolls, of which %u belong to its archive "
-                               "album; the others were left out",
-                               _loadedFrom, reading.readRolls, numberOfRolls()),
-                        _loadedFrom,
-                        {}});
+    _notices.push_back(
+        {detail::formatted("the catalogue '{}' has {} rolls, of which {} belong to its archive "
+                           "album; the others were left out",
+                           _loadedFrom, reading.readRolls, numberOfRolls()),
+         _loadedFrom,
+         {}});
   }
 }
 
@@ -136,9 +139,10 @@ void TVQiPhotoLibrary::decodeSection(TVQiPhotoCodedStreamData& stream, Reading& 
     readImageRecords(stream, reading);
   } else if (section.start + length > stream.length()) {
     reading.end = {
-        format("the section %@ at offset %u, of %u bytes, reaches beyond the end of the "
-               "file, which has %u",
-               fourCharacterText(section.code), section.start, section.size, stream.length()),
+        detail::formatted("the section {} at offset {}, of {} bytes, reaches beyond the end of the "
+                          "file, which has {}",
+                          fourCharacterText(section.code), section.start, section.size,
+                          stream.length()),
         section.start};
   }
 }
@@ -152,8 +156,9 @@ void TVQiPhotoLibrary::readSection(TVQiPhotoCodedStreamData& stream, const Secti
     case kVersionSection: {
       const std::int32_t version = stream.readCodedInt();
       if (version != _version) {
-        NSException::raise(kNSInternalInconsistencyException,
-                           "iPhoto library version mismatch %d vs. %d", _version, version);
+        NSException::raise(
+            kNSInternalInconsistencyException,
+            detail::formatted("iPhoto library version mismatch {} vs. {}", _version, version));
       }
       break;
     }

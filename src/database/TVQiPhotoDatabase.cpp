@@ -14,6 +14,7 @@
 #include "../resources/Workspace.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 
 namespace mrziphoto {
 namespace {
@@ -106,7 +107,8 @@ OpeningFailure TVQiPhotoDatabase::failureOf(const NSException& exception) const 
 
 void TVQiPhotoDatabase::writeDump() const {
   const std::string folder = FileManager::temporaryFolder();
-  const std::string file = path::join(folder, format("iPhoto-v%d", iPhotoLibraryVersion()));
+  const std::string file =
+      path::join(folder, detail::formatted("iPhoto-v{}", iPhotoLibraryVersion()));
   if (isInFolder(folder, _rootDirectory)) {
     log("No iPhoto database dump was written to %@, which lies in the library", file);
     return;
@@ -151,8 +153,9 @@ void TVQiPhotoDatabase::_loadWithContentsOfRootDirectory() {
       FileManager::isFile(file) ? TVQiPhotoLibrary::iPhotoVersionForFilename(file) : 0;
   _foundVersion = version;
   if (version < kOldestSupported) {
-    NSException::raise(kNSInvalidArgumentException,
-                       "iPhoto Library not supported before iPhoto 4 for '%@'", file);
+    NSException::raise(
+        kNSInvalidArgumentException,
+        detail::formatted("iPhoto Library not supported before iPhoto 4 for '{}'", file));
   }
   if (version >= kFirstWithLibrary6) {
     file = library6DataFilename();
@@ -178,7 +181,8 @@ void TVQiPhotoDatabase::_loadWithContentsOfRootDirectory() {
 
 void TVQiPhotoDatabase::loadCatalogue(const std::string& path) {
   if (!FileManager::isFile(path)) {
-    NSException::raise(kNSInvalidArgumentException, "iPhoto Library does not exist at '%@'", path);
+    NSException::raise(kNSInvalidArgumentException,
+                       detail::formatted("iPhoto Library does not exist at '{}'", path));
   }
   // Taken before the file is read: one that is replaced meanwhile is then seen to have changed.
   const std::optional<Date> timestamp = _timestampForFilename(path);
@@ -202,7 +206,7 @@ void TVQiPhotoDatabase::loadDirectories() {
   const std::string file = directoriesDataFilename();
   if (!FileManager::isFile(file)) {
     NSException::raise(kNSInternalInconsistencyException,
-                       "iPhoto Library component does not exist at '%@'", file);
+                       detail::formatted("iPhoto Library component does not exist at '{}'", file));
   }
   const std::optional<Date> timestamp = _timestampForFilename(file);
   std::string reason = '\'' + file + "' is damaged";

@@ -10,6 +10,7 @@
 #include "../values/Limits.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {
@@ -25,7 +26,8 @@ constexpr std::array kFilesBesideTheList{kLastImportFile, kPhotoLibraryFile, kPe
 void TVQiPhotoDatabase::_loadV4AlbumData() {
   const std::string folder = albumDataDirectory();
   if (!FileManager::isFolder(folder)) {
-    NSException::raise(kNSInternalInconsistencyException, "Missing directory %@", folder);
+    NSException::raise(kNSInternalInconsistencyException,
+                       detail::formatted("Missing directory {}", folder));
   }
   Ref<Album> lastImport;
   Ref<Album> photoLibrary;
@@ -70,10 +72,11 @@ void TVQiPhotoDatabase::_loadV4AlbumData() {
     }
   }
   if (leftOut > 0) {
-    _notices.push_back({format("'%@' has more than %u albums, and %u of them were left out", folder,
-                               Limits::current().albums, leftOut),
-                        folder,
-                        {}});
+    _notices.push_back(
+        {detail::formatted("'{}' has more than {} albums, and {} of them were left out", folder,
+                           Limits::current().albums, leftOut),
+         folder,
+         {}});
     log("%@", _notices.back().sentence);
   }
   if (!lastImport) {

@@ -4,6 +4,7 @@
 
 #include "../files/Path.h"
 #include "../values/KeyValue.h"
+#include "../values/detail/Formatted.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {
@@ -71,11 +72,11 @@ std::vector<Notice> TVQiPhotoDatabase::notices() const {
   std::vector<Notice> all = _library ? _library->notices() : std::vector<Notice>();
   all.insert(all.end(), _notices.begin(), _notices.end());
   for (const auto& [what, files] : _unreadable) {
-    all.push_back(
-        {format("%u %@ could not be read, the first because %@",
-                static_cast<std::uint32_t>(files.reasons.size()), what, files.firstReason),
-         "",
-         {}});
+    all.push_back({detail::formatted("{} {} could not be read, the first because {}",
+                                     static_cast<std::uint32_t>(files.reasons.size()), what,
+                                     files.firstReason),
+                   "",
+                   {}});
   }
   return all;
 }

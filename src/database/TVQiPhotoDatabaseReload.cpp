@@ -2,6 +2,7 @@
 
 #include "../values/Log.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {
@@ -36,8 +37,8 @@ bool TVQiPhotoDatabase::reloadIfChanged() {
     log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
     if (!_photosFailure) {
       _photosFailure = failureOf(exception);
-      _notices.push_back({format("the library '%@' cannot be read any more: %@", _rootDirectory,
-                                 _photosFailure->sentence()),
+      _notices.push_back({detail::formatted("the library '{}' cannot be read any more: {}",
+                                            _rootDirectory, _photosFailure->sentence()),
                           _photosFailure->file, exception.offset()});
     }
   }

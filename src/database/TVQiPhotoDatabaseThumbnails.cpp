@@ -6,6 +6,7 @@
 #include "../files/FileManager.h"
 #include "../files/detail/OpenFile.h"
 #include "../values/Log.h"
+#include "../values/detail/Formatted.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {
@@ -58,7 +59,8 @@ void TVQiPhotoDatabase::noticeThumbnailCache(const std::string& file) const {
   const bool isOpen = detail::OpenFile::atPath(file, &failure) != nullptr;
   if (isOpen || failure.cause != FileFailure::Cause::notThere) {
     const std::string reason =
-        isOpen ? format("'%@' is damaged: it is no thumbnail cache", file) : failure.sentence();
+        isOpen ? detail::formatted("'{}' is damaged: it is no thumbnail cache", file)
+               : failure.sentence();
     _notices.push_back({"the small thumbnails are not to be had: " + reason, file, {}});
   }
 }

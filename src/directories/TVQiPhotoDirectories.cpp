@@ -9,6 +9,7 @@
 #include "../values/Log.h"
 #include "../values/NSException.h"
 #include "../values/NumberIndex.h"
+#include "../values/detail/Formatted.h"
 
 namespace mrziphoto {
 namespace {
@@ -48,7 +49,8 @@ Ref<TVQiPhotoDirectories> TVQiPhotoDirectories::initWithContentsOfFile(const std
   try {
     const std::optional<Data> bytes = FileManager::contents(path);
     if (!bytes) {
-      NSException::raise(kNSInvalidArgumentException, "'%@' cannot be read", path);
+      NSException::raise(kNSInvalidArgumentException,
+                         detail::formatted("'{}' cannot be read", path));
     }
     return initWithData(*bytes);
   } catch (const NSException& exception) {
@@ -104,8 +106,8 @@ std::optional<std::string> TVQiPhotoDirectories::directoryByWalk(const Value& ke
 }
 
 std::string TVQiPhotoDirectories::description() const {
-  return format("%@: directoriesKey = %@, directories = %@", className(), directoriesKey,
-                directories);
+  return detail::formatted("{}: directoriesKey = {}, directories = {}", className(), directoriesKey,
+                           directories);
 }
 
 const Accessor* TVQiPhotoDirectories::accessorNamed(std::string_view name) const {

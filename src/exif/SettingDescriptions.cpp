@@ -12,7 +12,7 @@ std::string describeSetting(const SettingTexts& setting, std::uint16_t code) {
   };
   const auto found = std::ranges::find(setting.texts, code, &SettingText::code);
   return found != setting.texts.end() ? localized(found->text)
-                                      : format(localized(setting.otherFormat), code);
+                                      : stringWithFormat(localized(setting.otherFormat), code);
 }
 
 }  // namespace mrziphoto

@@ -10,6 +10,7 @@
 #include "../values/Log.h"
 #include "../values/MacRoman.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 #include "CameraRecords.h"
 #include "SettingDescriptions.h"
 #include "TVQExposureBehaviour.h"
@@ -112,7 +113,8 @@ void TVQiPhotoUserData::_readDataRationalForKeyAtIndex(TVQStreamData& data, std:
   const std::uint32_t numerator = readUnsigned(data);
   std::int32_t denominator = data.readInt();
   if (denominator == 0) {
-    NSException::raise(kNSInvalidArgumentException, "Can't take log10 of %d", denominator);
+    NSException::raise(kNSInvalidArgumentException,
+                       detail::formatted("Can't take log10 of {}", denominator));
   }
   // Cameras write powers of ten; other denominators count as one, 2 to 19 as 10.
   std::int32_t exponent = 0;

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "../values/Format.h"
+#include "../values/detail/Formatted.h"
 #include "NSImage.h"
 #include "detail/ImageBackend.h"
 
@@ -56,7 +56,7 @@ std::optional<Data> NSBitmapImageRep::pngData() const {
 }
 
 std::string NSBitmapImageRep::description() const {
-  return format("<%@ %u x %u>", className(), pixelsWide(), pixelsHigh());
+  return detail::formatted("<{} {} x {}>", className(), pixelsWide(), pixelsHigh());
 }
 
 }  // namespace mrziphoto

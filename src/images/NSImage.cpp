@@ -5,9 +5,9 @@
 
 #include "../files/FileFailure.h"
 #include "../files/detail/OpenFile.h"
-#include "../values/Format.h"
 #include "../values/Limits.h"
 #include "../values/Log.h"
+#include "../values/detail/Formatted.h"
 #include "detail/ImageBackend.h"
 #include "detail/ImageBytes.h"
 
@@ -71,7 +71,7 @@ void NSImage::addRepresentation(Ref<NSBitmapImageRep> bitmap) {
 }
 
 std::nullopt_t NSImage::fail(std::string_view reason) const {
-  _failure = format("'%@' %@", _path, reason);
+  _failure = detail::formatted("'{}' {}", _path, reason);
   return std::nullopt;
 }
 
@@ -102,9 +102,10 @@ std::optional<NSImage::File> NSImage::openFile() const {
   result.header = *header;
   const Limits& limits = Limits::current();
   if (header->heldBytes > limits.decoderBytes) {
-    refuse(*result.file, format("is too large a file for an image that is decoded in memory: "
-                                "%@ bytes",
-                                std::to_string(header->heldBytes)));
+    refuse(*result.file,
+           detail::formatted("is too large a file for an image that is decoded in memory: "
+                             "{} bytes",
+                             std::to_string(header->heldBytes)));
     log("%@", _failure);
     return std::nullopt;
   }
@@ -114,12 +115,12 @@ std::optional<NSImage::File> NSImage::openFile() const {
     std::string reason;
     if (backend == nullptr || !backend->readSize({bytes, *header, limits}, result.header.width,
                                                  result.header.height, reason)) {
-      return refuse(*result.file, format("cannot be decoded: %@", reason));
+      return refuse(*result.file, detail::formatted("cannot be decoded: {}", reason));
     }
   }
   if (detail::isTooLarge(result.header, limits)) {
-    refuse(*result.file, format("is too large an image: %u x %u pixels", result.header.width,
-                                result.header.height));
+    refuse(*result.file, detail::formatted("is too large an image: {} x {} pixels",
+                                           result.header.width, result.header.height));
     log("%@", _failure);
     return std::nullopt;
   }
@@ -155,7 +156,7 @@ Ref<NSBitmapImageRep> NSImage::decodeFile(Decode&& decode) const {
   std::string reason;
   detail::Pixels pixels = decode(*backend, {bytes, file->header, limits}, reason);
   if (!pixels.bytes) {
-    refuse(*file->file, format("cannot be decoded: %@", reason));
+    refuse(*file->file, detail::formatted("cannot be decoded: {}", reason));
     return {};
   }
   return make<NSBitmapImageRep>(std::move(pixels));
@@ -210,7 +211,7 @@ bool NSImage::canHoldPixels(std::uint64_t wide, std::uint64_t high) {
 }
 
 std::string NSImage::description() const {
-  return _path.empty() ? Object::description() : format("<%@ %@>", className(), _path);
+  return _path.empty() ? Object::description() : detail::formatted("<{} {}>", className(), _path);
 }
 
 }  // namespace mrziphoto

@@ -3,11 +3,12 @@
 #include "../archive/NSArchiver.h"
 #include "../archive/NSUnarchiver.h"
 #include "../values/Log.h"
+#include "../values/detail/Formatted.h"
 
 namespace mrziphoto {
 
 std::string ArchivedRecord::description() const {
-  return format("%@: %@", className(), storedDictionary());
+  return detail::formatted("{}: {}", className(), storedDictionary());
 }
 
 void ArchivedRecord::initWithCoder(NSUnarchiver& coder) {

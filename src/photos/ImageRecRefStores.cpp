@@ -9,6 +9,7 @@
 #include "../values/KeyValue.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 #include "ImageRecRef.h"
 #include "ImageRecRefOnRequestPrivate.h"
 #include "PhotoFolder.h"
@@ -40,14 +41,14 @@ template <class T>
 Ref<T> decodeRoot(const RecordDatabase* database, const Data& bytes, const std::string& path) {
   const auto reader = NSUnarchiver::initForReadingWithData(bytes);
   if (!reader) {
-    NSException::raise(kNSInvalidArgumentException, "'%@' is no archive", path);
+    NSException::raise(kNSInvalidArgumentException, detail::formatted("'{}' is no archive", path));
   }
   const Value root = reader->decodeObject();
   Ref<T> store = root.object<T>();
   if (!store) {
     const NSException otherRoot(
         kNSInvalidArgumentException,
-        format("'%@' holds %@ in place of %@", path, root.className(), T::kClass.name));
+        detail::formatted("'{}' holds {} in place of {}", path, root.className(), T::kClass.name));
     log("%@", otherRoot.reason());
     noteUnreadableStore(database, path, otherRoot);
   }
@@ -155,10 +156,10 @@ bool ImageRecRef::respondsToSelector(std::string_view key) const {
 std::string ImageRecRef::description() const {
   const Ref<ImageRec> store = info();
   const Ref<AttributeMgr> attributes = imageAttributes();
-  const std::optional<std::string> where = directory();
-  return format("%@: %@, directory = %@, attributes = %@, info = %@", className(),
-                _dictionary ? Value(_dictionary) : Value("<no dictionary>"), where, attributes,
-                store);
+  const Value where = directory();
+  return detail::formatted("{}: {}, directory = {}, attributes = {}, info = {}", className(),
+                           _dictionary ? Value(_dictionary) : Value("<no dictionary>"), where,
+                           attributes, store);
 }
 
 void ImageRecRef::initWithCoder(NSUnarchiver& coder) {

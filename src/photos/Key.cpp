@@ -6,6 +6,7 @@
 #include "../values/KeyValue.h"
 #include "../values/KeyedHash.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 
 namespace mrziphoto {
 Ref<Key> Key::initWithKeyValue(Value value) {
@@ -35,7 +36,8 @@ Value Key::number() const { return _number.isNothing() ? entry(kKey) : _number; 
 Value Key::value() const {
   Value result = number();
   if (result.isNothing()) {
-    NSException::raise(kNSInternalInconsistencyException, "%@ with no Key value", className());
+    NSException::raise(kNSInternalInconsistencyException,
+                       detail::formatted("{} with no Key value", className()));
   }
   return result;
 }

@@ -11,6 +11,7 @@
 #include "../values/Limits.h"
 #include "../values/NSException.h"
 #include "../values/Text.h"
+#include "../values/detail/Formatted.h"
 #include "detail/Base64.h"
 #include "detail/XmlCharacters.h"
 
@@ -20,7 +21,8 @@ namespace {
 constexpr std::size_t kBase64BytesALine = 51;
 
 [[noreturn]] void refuse(std::string_view what) {
-  NSException::raise(kNSInvalidArgumentException, "a property list cannot hold %@", what);
+  NSException::raise(kNSInvalidArgumentException,
+                     detail::formatted("a property list cannot hold {}", what));
 }
 
 std::string_view referenceFor(char character) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "../values/Format.h"
+#include "../values/Export.h"
 
 namespace mrziphoto {
 
@@ -17,9 +17,8 @@ constexpr std::uint32_t fourCharacterCode(const char (&characters)[5]) {
   return code;
 }
 
-/// The code as its four characters between single quotes.
-inline std::string fourCharacterText(std::uint32_t code) {
-  return format("'%c%c%c%c'", code >> 24, (code >> 16) & 0xFF, (code >> 8) & 0xFF, code & 0xFF);
-}
+/// The code as its four characters, of the 8-bit set that Unicode begins with, between single
+/// quotes.
+[[nodiscard]] MRZIPHOTO_EXPORT std::string fourCharacterText(std::uint32_t code);
 
 }  // namespace mrziphoto

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 
 namespace mrziphoto {
 
@@ -28,10 +29,11 @@ void TVQStreamData::setShouldSwapMode(std::int32_t mode) {
 }
 
 void TVQStreamData::failBeyondEnd(std::uint32_t count) const {
-  throw NSException(kNSRangeException,
-                    format("the data ends inside a value: %u bytes wanted at offset %u of %u",
-                           count, _offset, length()),
-                    _offset);
+  throw NSException(
+      kNSRangeException,
+      detail::formatted("the data ends inside a value: {} bytes wanted at offset {} of {}", count,
+                        _offset, length()),
+      _offset);
 }
 
 void TVQStreamData::readBytesCount(void* destination, std::uint32_t count) {

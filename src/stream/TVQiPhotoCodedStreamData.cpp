@@ -4,6 +4,7 @@
 
 #include "../archive/NSUnarchiver.h"
 #include "../values/NSException.h"
+#include "../values/detail/Formatted.h"
 
 namespace mrziphoto {
 
@@ -25,7 +26,8 @@ void TVQiPhotoCodedStreamData::raiseUnexpectedCodeSizeExceptionDuring(std::strin
   seekByDataOffset(-4);
   const std::int32_t size = readInt();
   throw NSException(kNSInternalInconsistencyException,
-                    format("Unexpected datasize %d during %@", size, operation), offsetInData());
+                    detail::formatted("Unexpected datasize {} during {}", size, operation),
+                    offsetInData());
 }
 
 std::int16_t TVQiPhotoCodedStreamData::readCodedShort() {
@@ -94,7 +96,7 @@ Value TVQiPhotoCodedStreamData::readCodedArchive() {
   const auto reader = NSUnarchiver::initForReadingWithData(dataInRange(offsetInData(), size));
   if (!reader) {
     throw NSException(kNSInvalidArgumentException,
-                      format("no typed-object archive at offset %u", offsetInData()),
+                      detail::formatted("no typed-object archive at offset {}", offsetInData()),
                       offsetInData());
   }
   return reader->decodeObject();
@@ -116,8 +118,8 @@ String TVQiPhotoCodedStreamData::readUTF16StringWithCharacterCount(std::uint32_t
 }
 
 std::string TVQiPhotoCodedStreamData::description() const {
-  return format("%d bytes offset = %d remaining = %d", length(), offsetInData(),
-                static_cast<std::int64_t>(length()) - offsetInData());
+  return detail::formatted("{} bytes offset = {} remaining = {}", length(), offsetInData(),
+                           static_cast<std::int64_t>(length()) - offsetInData());
 }
 
 }  // namespace mrziphoto

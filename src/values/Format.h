@@ -12,7 +12,7 @@
 
 namespace mrziphoto {
 
-/// One argument of `format`: a number, or what `%@` and `%s` print.
+/// One argument of `stringWithFormat`: a number, or what `%@` and `%s` print.
 class FormatArgument {
  public:
   template <std::integral T>
@@ -32,7 +32,8 @@ class FormatArgument {
   Value value;
 };
 
-/// Formats as the platform's strings do: `%@` prints a value's description ("(null)" for nothing),
+/// Formats as the platform's strings do, for texts that are kept in that form: the lines of the log
+/// and the string tables. `%@` prints a value's description ("(null)" for nothing),
 /// `%d` `%u` `%x` `%c` and `%f` numbers, `%s` a text, `%%` a percent sign, with the usual flags,
 /// widths and precisions. Integers are printed as 32-bit ones. The locale plays no part. A
 /// directive without an argument, or an unknown one, is printed as it stands.
@@ -40,7 +41,7 @@ class FormatArgument {
     std::string_view text, std::initializer_list<FormatArgument> arguments);
 
 template <class... Arguments>
-[[nodiscard]] std::string format(std::string_view text, const Arguments&... arguments) {
+[[nodiscard]] std::string stringWithFormat(std::string_view text, const Arguments&... arguments) {
   return formatArguments(text, {FormatArgument(arguments)...});
 }
 

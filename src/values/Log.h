@@ -19,10 +19,10 @@ MRZIPHOTO_EXPORT LogSink setLogSink(LogSink sink);
 /// Writes one line, as it is, to the log.
 MRZIPHOTO_EXPORT void logLine(std::string_view line);
 
-/// Writes one line to the log, formatted as `format` does.
+/// Writes one line to the log, formatted as `stringWithFormat` does.
 template <class... Arguments>
 void log(std::string_view text, const Arguments&... arguments) {
-  logLine(format(text, arguments...));
+  logLine(stringWithFormat(text, arguments...));
 }
 
 }  // namespace mrziphoto

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "Export.h"
-#include "Format.h"
 #include "Value.h"
 
 namespace mrziphoto {
@@ -29,11 +28,8 @@ class MRZIPHOTO_EXPORT NSException : public std::exception {
   NSException(std::string_view name, std::string reason,
               std::optional<std::size_t> offset = std::nullopt, Value userInfo = {});
 
-  /// Throws one whose reason is formatted as `format` of Format.h does.
-  template <class... Arguments>
-  [[noreturn]] static void raise(std::string_view name, std::string_view reason,
-                                 const Arguments&... arguments) {
-    throw NSException(name, format(reason, arguments...));
+  [[noreturn]] static void raise(std::string_view name, std::string reason) {
+    throw NSException(name, std::move(reason));
   }
 
   [[nodiscard]] const std::string& name() const { return _name; }

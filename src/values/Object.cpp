@@ -7,6 +7,7 @@
 #include "KeyValue.h"
 #include "NSException.h"
 #include "Value.h"
+#include "detail/Formatted.h"
 
 namespace mrziphoto {
 namespace {
@@ -34,12 +35,13 @@ bool Object::isEqual(const Object& other) const { return this == &other; }
 std::size_t Object::hash() const { return std::hash<const Object*>{}(this); }
 
 void Object::initWithCoder(NSUnarchiver& /*coder*/) {
-  NSException::raise(kNSInvalidArgumentException, "%@ cannot be read from an archive", className());
+  NSException::raise(kNSInvalidArgumentException,
+                     detail::formatted("{} cannot be read from an archive", className()));
 }
 
 void Object::encodeWithCoder(NSArchiver& /*coder*/) const {
-  NSException::raise(kNSInvalidArgumentException, "%@ cannot be written to an archive",
-                     className());
+  NSException::raise(kNSInvalidArgumentException,
+                     detail::formatted("{} cannot be written to an archive", className()));
 }
 
 const Accessor* Object::accessorNamed(std::string_view key) const {
@@ -53,9 +55,10 @@ Value Object::valueForKey(std::string_view key) const {
 }
 
 Value Object::valueForUndefinedKey(std::string_view key) const {
-  NSException::raise(kNSUndefinedKeyException,
-                     "this class is not key value coding-compliant for the key %@ (%@)", key,
-                     className());
+  NSException::raise(
+      kNSUndefinedKeyException,
+      detail::formatted("this class is not key value coding-compliant for the key {} ({})", key,
+                        className()));
 }
 
 WeakLink* WeakLink::to(const Object& target) {

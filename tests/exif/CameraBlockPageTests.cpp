@@ -16,7 +16,7 @@ TEST(CameraBlockPage, ListsTheRecordsThatAreRead) {
   std::vector<MarkdownRow> expected;
   expected.reserve(kCameraRecords.size());
   for (const CameraRecord& record : kCameraRecords) {
-    expected.push_back({format("%08X", record.code),
+    expected.push_back({stringWithFormat("%08X", record.code),
                         kPayloads[static_cast<std::size_t>(record.payload)],
                         record.accessor.empty() ? "–" : std::string(record.accessor)});
   }

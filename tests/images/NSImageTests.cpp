@@ -161,7 +161,7 @@ TEST_F(NSImageTests, RefusesWhatIsTooLarge) {
     const Ref<NSImage> image = imageOf(bytes);
     EXPECT_EQ(image->isValid(), size.empty()) << size;
     const std::string reason =
-        format("'%@' is too large an image: %@ pixels", folder / "picture", size);
+        stringWithFormat("'%@' is too large an image: %@ pixels", folder / "picture", size);
     EXPECT_EQ(image->failure(), size.empty() ? "" : reason);
     EXPECT_EQ(log.lines().size(), size.empty() ? 0 : 1);
     EXPECT_FALSE(!size.empty() && image->bitmapOfPixels(2, 2)) << size;
@@ -177,9 +177,10 @@ long peakMegabytes() {
 TEST_F(NSImageTests, TakesNoBitmapThatIsTooLargeWhole) {
   CollectedLog log;
   EXPECT_FALSE(imageOf(pngHeader(30'000, 8'000))->bitmap());
-  EXPECT_EQ(log.lines(), std::vector{format("'%@' is too large an image to be taken whole: "
-                                            "30000 x 8000 pixels",
-                                            folder / "picture")});
+  EXPECT_EQ(log.lines(),
+            std::vector{stringWithFormat("'%@' is too large an image to be taken whole: "
+                                         "30000 x 8000 pixels",
+                                         folder / "picture")});
 }
 
 // The header is harmless, what comes behind it is not.

@@ -376,7 +376,7 @@ class Faulty final : public RecordSource {
   RecordStores stores(std::uint32_t position) const override {
     ++asked;
     if (throws) {
-      NSException::raise(kNSRangeException, "%u", position);
+      NSException::raise(kNSRangeException, std::to_string(position));
     }
     return {dictionary({{"Caption", "made"}}), AttributeMgr::init(), infoStore(7)};
   }

@@ -105,8 +105,8 @@ TEST(TVQiPhotoCodedStreamData, RefusesAnItemOfAnotherSize) {
         ADD_FAILURE() << each.operation << " took a size of " << size;
       } catch (const NSException& exception) {
         EXPECT_EQ(exception.name(), kNSInternalInconsistencyException);
-        EXPECT_EQ(exception.reason(),
-                  format("Unexpected datasize %d during %@", size, each.operation));
+        EXPECT_EQ(exception.reason(), "Unexpected datasize " + std::to_string(size) + " during " +
+                                          std::string(each.operation));
       }
       EXPECT_EQ(stream.offsetInData(), 4U) << each.operation;
     }

@@ -80,22 +80,22 @@ TEST(MacRoman, IsTheTableOfIconv) {
 }
 
 TEST(Format, FillsDirectives) {
-  EXPECT_EQ(format("%@ - %@ = %@", "Name", std::string("reason"), Value()),
+  EXPECT_EQ(stringWithFormat("%@ - %@ = %@", "Name", std::string("reason"), Value()),
             "Name - reason = (null)");
-  EXPECT_EQ(format("%d %u %x %08X", -1, -1, 255, 0xBEEF), "-1 4294967295 ff 0000BEEF");
-  EXPECT_EQ(format("[%5d|%-5d|%05d|%3@]", 42, 42, -42, "a"), "[   42|42   |-0042|  a]");
-  EXPECT_EQ(format("%.2f %f %6.1f", 2.345, 0.5, -1.25), "2.35 0.500000   -1.2");
-  EXPECT_EQ(format("'%c%c%c%c'", 'd', 'b', 0xD6, 'S'), "'dbÖS'") << "always valid text";
-  EXPECT_EQ(format("100%% of %s", "all"), "100% of all");
-  EXPECT_EQ(format("%@", ~0ULL), "18446744073709551615");
+  EXPECT_EQ(stringWithFormat("%d %u %x %08X", -1, -1, 255, 0xBEEF), "-1 4294967295 ff 0000BEEF");
+  EXPECT_EQ(stringWithFormat("[%5d|%-5d|%05d|%3@]", 42, 42, -42, "a"), "[   42|42   |-0042|  a]");
+  EXPECT_EQ(stringWithFormat("%.2f %f %6.1f", 2.345, 0.5, -1.25), "2.35 0.500000   -1.2");
+  EXPECT_EQ(stringWithFormat("'%c%c%c%c'", 'd', 'b', 0xD6, 'S'), "'dbÖS'") << "always valid text";
+  EXPECT_EQ(stringWithFormat("100%% of %s", "all"), "100% of all");
+  EXPECT_EQ(stringWithFormat("%@", ~0ULL), "18446744073709551615");
 }
 
 TEST(Format, LeavesWhatItCannotFill) {
-  EXPECT_EQ(format("%@ and %@", 1), "1 and %@");
-  EXPECT_EQ(format("%y %@ %", 1), "%y 1 %");
-  EXPECT_EQ(format("no directive", 1, 2), "no directive");
-  EXPECT_EQ(format("%99999999999d", 1).size(), 4096U);
-  EXPECT_EQ(format("%.999f", 1e308).size(), 309U + 1 + 999);
+  EXPECT_EQ(stringWithFormat("%@ and %@", 1), "1 and %@");
+  EXPECT_EQ(stringWithFormat("%y %@ %", 1), "%y 1 %");
+  EXPECT_EQ(stringWithFormat("no directive", 1, 2), "no directive");
+  EXPECT_EQ(stringWithFormat("%99999999999d", 1).size(), 4096U);
+  EXPECT_EQ(stringWithFormat("%.999f", 1e308).size(), 309U + 1 + 999);
 }
 
 TEST(Description, ContainersInTheCustomaryForm) {
@@ -151,7 +151,7 @@ class Describing final : public Object {
     return kClass;
   }
   [[nodiscard]] std::string description() const override {
-    return format("%@ and %@", _inside, _inside);
+    return stringWithFormat("%@ and %@", _inside, _inside);
   }
 
  private:
@@ -178,7 +178,7 @@ TEST(Description, HasOneBudgetForAllOfIt) {
     const std::string text = value.description();
     EXPECT_LT(text.size(), 130'000U) << value.className();
     EXPECT_NE(text.find("..."), std::string::npos);
-    EXPECT_LT(format("%@%@", value, value).size(), 130'000U) << "one for both arguments";
+    EXPECT_LT(stringWithFormat("%@%@", value, value).size(), 130'000U) << "one for both arguments";
     EXPECT_EQ(text, value.description()) << "a new one each time";
   }
   const Value fitting = make<Array>(std::vector<Value>(9000, 1));

@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <optional>
 #include <string>
 
@@ -13,11 +14,11 @@ namespace mrziphoto::tool {
 namespace {
 
 ArchiveDocument readArchive(const std::string& file) {
-  const std::string name = '\'' + file + '\'';
   FileFailure failure;
   const std::optional<Data> bytes = FileManager::contents(file, &failure);
   if (!bytes) {
-    throw Failure(ExitStatus::notThere, "the file " + name + " cannot be read: " + failure.reason);
+    throw Failure(ExitStatus::notThere,
+                  fmt::format("the file '{}' cannot be read: {}", file, failure.reason));
   }
   try {
     if (const std::optional<ArchiveDocument> document = ArchiveDocument::initWithData(*bytes)) {
@@ -25,9 +26,10 @@ ArchiveDocument readArchive(const std::string& file) {
     }
   } catch (const NSException& exception) {
     throw Failure(ExitStatus::notThere,
-                  "the archive " + name + " is damaged: " + exception.reason());
+                  fmt::format("the archive '{}' is damaged: {}", file, exception.reason()));
   }
-  throw Failure(ExitStatus::notThere, "the file " + name + " is no typed-object archive");
+  throw Failure(ExitStatus::notThere,
+                fmt::format("the file '{}' is no typed-object archive", file));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <fmt/format.h>
 #include <memory>
 #include <optional>
 #include <span>
@@ -134,7 +135,7 @@ class RecordReport {
 };
 
 std::string counted(std::size_t number, std::string_view what) {
-  return std::to_string(number) + ' ' + std::string(what) + (number == 1 ? "" : "s");
+  return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
 }
 
 /// "24 photos: 24 images = 23 there + 1 missing + 0 unreadable; ..."
@@ -144,13 +145,13 @@ std::string sentenceOf(const CheckCounts& counts) {
     const FileCounts& files = counts.files[i];
     text += counted(files.checked(), kPhotoFileNames[i].one);
     for (std::size_t state = 0; state < kFileStates.size(); ++state) {
-      text += (state == 0 ? " = " : " + ") + std::to_string(files.inState[state]) + ' ' +
-              std::string(kFileStates[state]);
+      text += fmt::format("{}{} {}", state == 0 ? " = " : " + ", files.inState[state],
+                          kFileStates[state]);
     }
     text += i + 1 < kPhotoFiles ? "; " : "";
   }
-  return text + " (" + std::to_string(counts.inCache) + " of these in the thumbnail cache); " +
-         counted(counts.unnamedFiles, "file") + " that no photo names";
+  return fmt::format("{} ({} of these in the thumbnail cache); {} that no photo names", text,
+                     counts.inCache, counted(counts.unnamedFiles, "file"));
 }
 
 /// For people: a row for each file with which something is wrong, or for all, and the counts.
@@ -266,10 +267,12 @@ Outcome checkLibrary(Session& session, Report&& report) {
   if (searchesUnnamed) {
     listUnnamedFiles(named, counts, report);
   } else {
-    session.notices.push_back({"files that no photo of the library '" + database.directory() +
-                                   "' names were not looked for, since not all photos are known",
-                               database.directory(),
-                               {}});
+    session.notices.push_back(
+        {fmt::format("files that no photo of the library '{}' names were not looked for, since not "
+                     "all photos are known",
+                     database.directory()),
+         database.directory(),
+         {}});
   }
   report.counts(counts);
   return {counts, named.unreadableFolders()};
@@ -279,9 +282,8 @@ Outcome checkLibrary(Session& session, Report&& report) {
 void noteFolders(Session& session, const std::vector<FileFailure>& folders) {
   if (!folders.empty()) {
     session.notices.push_back(
-        {counted(folders.size(), "folder") +
-             " could not be searched for files that no photo names, the first because " +
-             folders.front().sentence(),
+        {fmt::format("{} could not be searched for files that no photo names, the first because {}",
+                     counted(folders.size(), "folder"), folders.front().sentence()),
          folders.front().path,
          {}});
   }

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdint>
 #include <filesystem>
+#include <fmt/format.h>
 #include <functional>
 #include <iterator>
 #include <system_error>
@@ -30,7 +31,7 @@ std::string quoted(const std::string& text) { return '\'' + text + '\''; }
 
 [[noreturn]] void failToFind(const TVQiPhotoDatabase& database, const std::string& what) {
   throw Failure(ExitStatus::notThere,
-                "the library " + quoted(database.directory()) + " has no " + what);
+                fmt::format("the library '{}' has no {}", database.directory(), what));
 }
 
 /// The number of a KEY; nothing for one that is larger than any key.
@@ -180,7 +181,7 @@ const TVQiPhotoDatabase& openLibrary(Session& session) {
       folder, {.limits = {}, .stayInside = session.arguments.stayInside}, &failure);
   if (!session.database) {
     throw Failure(ExitStatus::notThere,
-                  "the library " + quoted(folder) + " cannot be opened: " + failure.sentence());
+                  fmt::format("the library '{}' cannot be opened: {}", folder, failure.sentence()));
   }
   if (!session.arguments.strict) {
     expectPhotos(session);
@@ -192,9 +193,9 @@ void expectPhotos(Session& session) {
   const Ref<TVQiPhotoDatabase> database = session.database;
   if (const std::optional<OpeningFailure>& failure = database->photosFailure()) {
     session.database = nullptr;  // its notices would tell the same
-    throw Failure(ExitStatus::notThere, "the photos of the library " +
-                                            quoted(database->directory()) +
-                                            " cannot be read: " + failure->sentence());
+    throw Failure(ExitStatus::notThere,
+                  fmt::format("the photos of the library '{}' cannot be read: {}",
+                              database->directory(), failure->sentence()));
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <fmt/format.h>
 #include <optional>
 
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
@@ -125,7 +126,7 @@ void complain(const ImageRecRef& photo, const std::string& what, const NSExcepti
   const std::string which =
       number.isNothing() ? "a photo without a key" : "photo " + number.description();
   Messages::complain("what cannot be read",
-                     which + ": " + what + " cannot be read: " + exception.reason());
+                     fmt::format("{}: {} cannot be read: {}", which, what, exception.reason()));
 }
 
 /// The camera values of one photo, asked for once.

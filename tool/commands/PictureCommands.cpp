@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <fmt/format.h>
 #include <optional>
 #include <string>
 
@@ -80,9 +81,9 @@ void thumbnail(Session& session) {
   std::string failure;
   const std::optional<Data> png = thumbnailPng(database, *photo, failure);
   if (!png) {
-    throw Failure(ExitStatus::notThere, "photo " + key + " of the library '" +
-                                            database.directory() + "' has no thumbnail" +
-                                            (failure.empty() ? "" : ": " + failure));
+    throw Failure(ExitStatus::notThere,
+                  fmt::format("photo {} of the library '{}' has no thumbnail{}{}", key,
+                              database.directory(), failure.empty() ? "" : ": ", failure));
   }
   NewFile file(session.arguments.outputFile, LibraryPlaces(database));
   file.write(png->bytes());
@@ -96,18 +97,18 @@ void contactSheet(Session& session) {
   const TVQiPhotoDatabase& database = openLibrary(session);
   const List<ImageRecRef> photos = selectPhotos(database, arguments);
   if (photos.empty()) {
-    throw Failure(ExitStatus::notThere,
-                  "the library '" + database.directory() + "' has no photos for a contact sheet");
+    throw Failure(
+        ExitStatus::notThere,
+        fmt::format("the library '{}' has no photos for a contact sheet", database.directory()));
   }
   const SheetLayout layout = SheetLayout::of(photos.size(), arguments.columns, arguments.cellSize);
   NewFile file(arguments.outputFile, LibraryPlaces(database));
   const std::size_t without = drawSheet(database, photos, layout, file);
   file.takePlace();
   if (without > 0) {
-    Messages::notice("no thumbnail", std::to_string(without) + " of " +
-                                         std::to_string(photos.size()) +
-                                         " photos have no thumbnail, and are grey in '" +
-                                         arguments.outputFile + '\'');
+    Messages::notice("no thumbnail",
+                     fmt::format("{} of {} photos have no thumbnail, and are grey in '{}'", without,
+                                 photos.size(), arguments.outputFile));
   }
 }
 

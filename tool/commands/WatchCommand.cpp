@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
+#include <fmt/format.h>
 #include <poll.h>
 #include <string>
 #include <string_view>
@@ -17,7 +18,6 @@
 #include <MRZiPhoto/files/FileManager.h>
 #include <MRZiPhoto/files/Path.h>
 #include <MRZiPhoto/values/Date.h>
-#include <MRZiPhoto/values/Format.h>
 
 #include "../output/FieldTable.h"
 #include "Commands.h"
@@ -153,9 +153,9 @@ constexpr std::array<FieldRow<Database>, 6> kCounts{{
 
 /// One line for a person; the formats for programs write their own.
 void writeLine(std::string& out, const Database& database) {
-  out += format("%@: %u photos, %u rolls, %u albums, %u keywords\n", Date::now().description(),
-                database.photos().size(), database.rolls().size(), database.albums().size(),
-                database.keywords().size());
+  out += fmt::format("{}: {} photos, {} rolls, {} albums, {} keywords\n", Date::now().description(),
+                     database.photos().size(), database.rolls().size(), database.albums().size(),
+                     database.keywords().size());
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdio>
+#include <fmt/format.h>
 #include <map>
 #include <mutex>
 #include <string>
@@ -95,8 +96,8 @@ void Messages::countLeftOut() {
   for (const auto& [kind, count] : lines) {
     if (count > kMostLinesOfAKind) {
       const std::size_t leftOut = count - kMostLinesOfAKind;
-      say(std::to_string(leftOut) + (leftOut == 1 ? " more line" : " more lines") +
-          " like these (" + std::string(kind) + "), which --verbose shows");
+      say(fmt::format("{} more {} like these ({}), which --verbose shows", leftOut,
+                      leftOut == 1 ? "line" : "lines", kind));
     }
   }
 }

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstring>
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <optional>
 #include <sys/stat.h>
 #include <system_error>
@@ -99,8 +100,10 @@ NewFile::NewFile(const std::string& path, const LibraryPlaces& library) : _path(
   } else if (fs::is_directory(_place, error)) {
     errno = EISDIR;
   } else if (library.hold(path) || library.hold(_place)) {
-    throw Failure(ExitStatus::notThere, "'" + path + "' lies in the library '" + library.library() +
-                                            "' or beside its pictures, which are only read");
+    throw Failure(
+        ExitStatus::notThere,
+        fmt::format("'{}' lies in the library '{}' or beside its pictures, which are only read",
+                    path, library.library()));
   } else if (fs::is_other(_place, error) || liesIn(_place, kProcesses)) {
     _stream.reset(std::fopen(_place.c_str(), "wb"));
   } else {
@@ -126,7 +129,7 @@ void NewFile::makeScratchFile() {
   const SignalsWait noneUntilItIsKnown;
   int descriptor = -1;
   for (int i = 0; i < kMostNames && descriptor < 0; ++i) {
-    const std::string name = ".mrziphoto-" + std::to_string(getpid()) + '-' + std::to_string(i);
+    const std::string name = fmt::format(".mrziphoto-{}-{}", getpid(), i);
     _scratch = (folder / name).string();
     descriptor = open(_scratch.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (descriptor < 0 && errno != EEXIST) {
@@ -193,7 +196,8 @@ void NewFile::fail() const {
   if (errno == EPIPE) {
     throw ClosedPipe();
   }
-  throw Failure(ExitStatus::notThere, "cannot write '" + _path + "': " + std::strerror(errno));
+  throw Failure(ExitStatus::notThere,
+                fmt::format("cannot write '{}': {}", _path, std::strerror(errno)));
 }
 
 void expectEnding(const std::string& path, std::string_view format) {
@@ -207,8 +211,9 @@ void expectEnding(const std::string& path, std::string_view format) {
       kEndings, [&](const Endings& each) { return !ending.empty() && has(each, ending); });
   if (known != kEndings.end() && !has(*known, format)) {
     const std::string stem = path.substr(0, path.size() - ending.size());
-    throw Failure(ExitStatus::wrongUse, "'" + path + "' is the name of another format: call it '" +
-                                            stem + std::string(format) + '\'');
+    throw Failure(
+        ExitStatus::wrongUse,
+        fmt::format("'{}' is the name of another format: call it '{}{}'", path, stem, format));
   }
 }
 

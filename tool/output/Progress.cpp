@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cmath>
 #include <cstdio>
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include "Messages.h"
@@ -50,20 +51,19 @@ std::string roughTime(double seconds) {
 std::string progressLine(std::string_view what, std::size_t done, std::size_t total,
                          std::chrono::duration<double> elapsed, std::size_t width) {
   const double rate = static_cast<double>(done) / std::max(elapsed.count(), 1e-9);
-  const std::string speed = "  " + std::to_string(static_cast<std::size_t>(rate)) + " a second";
-  std::string line = std::string(what) + "  ";
+  const std::string speed = fmt::format("{} a second", static_cast<std::size_t>(rate));
   if (total == 0) {
-    return cutToWidth(line + std::to_string(done) + speed, width);
+    return cutToWidth(fmt::format("{}  {}  {}", what, done, speed), width);
   }
   const double left = static_cast<double>(total - std::min(done, total)) / rate;
-  const std::string numbers = std::to_string(done * 100 / total) + " %  " + std::to_string(done) +
-                              " of " + std::to_string(total) + speed + "  " + roughTime(left) +
-                              " left";
+  const std::string numbers = fmt::format("{} %  {} of {}  {}  {} left", done * 100 / total, done,
+                                          total, speed, roughTime(left));
+  std::string line = std::string(what) + "  ";
   const std::size_t used = displayWidth(line) + 4 + numbers.size();
   const std::size_t bar = std::min(width - std::min(width, used), kLongestBar);
   if (bar >= kShortestBar) {
     const std::size_t full = std::min(bar * done / total, bar);
-    line += '[' + std::string(full, '#') + std::string(bar - full, '.') + "]  ";
+    line += fmt::format("[{:#<{}}{:.<{}}]  ", "", full, "", bar - full);
   }
   return cutToWidth(line + numbers, width);
 }

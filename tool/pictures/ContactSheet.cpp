@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <fmt/format.h>
 #include <span>
 #include <string>
 
@@ -36,21 +37,18 @@ std::size_t usualColumns(std::size_t photos, std::uint32_t cell) {
   const std::size_t most = JpegWriter::kLongestSide / layout.cell;
   const std::size_t columns = quotientUp(photos, most);
   const std::size_t cell = JpegWriter::kLongestSide / squareRootUp(photos);
-  const std::string limit = std::to_string(JpegWriter::kLongestSide);
-  std::string sentence = "a contact sheet of " + std::to_string(photos) + " photos in " +
-                         std::to_string(layout.columns) + " columns of " +
-                         std::to_string(layout.cell) + " pixels is " +
-                         std::to_string(layout.width()) + " x " + std::to_string(layout.height()) +
-                         " pixels, and a JPEG picture at most " + limit + " either way: ";
-  if (columns <= most && layout.columns > most) {
-    sentence += "take at most " + std::to_string(most) + " with --columns, or a smaller --size";
-  } else if (columns <= most) {
-    sentence += "take at least " + std::to_string(columns) + " with --columns, or a smaller --size";
-  } else {
-    sentence += "take at most " + std::to_string(cell) +
-                " with --size, or the photos of one album with --album";
-  }
-  throw Failure(ExitStatus::notThere, sentence);
+  const std::string remedy =
+      columns > most
+          ? fmt::format("at most {} with --size, or the photos of one album with --album", cell)
+      : layout.columns > most
+          ? fmt::format("at most {} with --columns, or a smaller --size", most)
+          : fmt::format("at least {} with --columns, or a smaller --size", columns);
+  throw Failure(
+      ExitStatus::notThere,
+      fmt::format("a contact sheet of {} photos in {} columns of {} pixels is {} x {} pixels, and "
+                  "a JPEG picture at most {} either way: take {}",
+                  photos, layout.columns, layout.cell, layout.width(), layout.height(),
+                  std::size_t{JpegWriter::kLongestSide}, remedy));
 }
 
 /// A sample of a pixel on white, whose alpha is no part of its colour.

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "../../values/Limits.h"
+#include "../../values/detail/Formatted.h"
 #include "../../values/detail/NumberTypes.h"
 
 namespace mrziphoto::detail {
@@ -54,7 +55,8 @@ const ArchiveReader::ClassRecord* ArchiveReader::classNamed(std::string_view nam
 
 void ArchiveReader::checkRemaining(std::uint64_t count) const {
   if (count > remaining()) {
-    failArchive(_position, "*** End of archive encountered prematurely at %@", _bytes.size());
+    failArchive(_position,
+                formatted("*** End of archive encountered prematurely at {}", _bytes.size()));
   }
 }
 
@@ -110,8 +112,8 @@ std::int64_t ArchiveReader::readInteger(char code) {
   const std::int64_t half = std::int64_t{1} << (type.bits - 1);
   const std::int64_t end = type.isSigned ? half : 2 * half;
   if (value < -half || value >= end) {
-    failArchive(at, "*** Incorrect archive: number %@ does not fit type '%@'", value,
-                std::string_view(&code, 1));
+    failArchive(at, formatted("*** Incorrect archive: number {} does not fit type '{}'", value,
+                              std::string_view(&code, 1)));
   }
   return value < 0 && !type.isSigned ? value + 2 * half : value;
 }
@@ -131,7 +133,7 @@ std::string_view ArchiveReader::readLengthAndBytes() {
   const std::size_t at = _position;
   const std::int64_t length = readInteger('i');
   if (length < 0) {
-    failArchive(at, "*** Incorrect archive: length %@", length);
+    failArchive(at, formatted("*** Incorrect archive: length {}", length));
   }
   return take(static_cast<std::size_t>(length));
 }
@@ -324,8 +326,8 @@ void ArchiveReader::completeChain(std::size_t first, std::optional<std::uint32_t
       record.chainTextSize += _classes[*above].chainTextSize;
     }
     if (record.chainLength > longest) {
-      failArchive(_position, "*** Incorrect archive: a class with more than %u above it",
-                  longest - 1);
+      failArchive(_position, formatted("*** Incorrect archive: a class with more than {} above it",
+                                       longest - 1));
     }
     record.isComplete = true;
     above = static_cast<std::uint32_t>(i);

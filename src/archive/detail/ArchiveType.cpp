@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "../../values/Limits.h"
+#include "../../values/detail/Formatted.h"
 
 namespace mrziphoto::detail {
 namespace {
@@ -27,7 +28,8 @@ class ArchiveType::Parser {
   /// when that is 0. Answers the fewest bytes that their values take up.
   std::uint64_t sequence(char closer) {
     if (const std::uint32_t deepest = Limits::current().typeNesting; ++_depth > deepest) {
-      failArchive(_offset, "type descriptor error: types are nested more than %u deep", deepest);
+      failArchive(_offset,
+                  formatted("type descriptor error: types are nested more than {} deep", deepest));
     }
     std::uint64_t leastBytes = 0;
     while (!isClosed(closer)) {
@@ -111,7 +113,7 @@ class ArchiveType::Parser {
   }
 
   [[noreturn]] void fail(std::string_view part, std::string_view what) const {
-    failArchive(_offset, "type descriptor error for '%@': %@", part, what);
+    failArchive(_offset, formatted("type descriptor error for '{}': {}", part, what));
   }
 
   std::string_view _text;
@@ -124,7 +126,7 @@ class ArchiveType::Parser {
 
 ArchiveType::ArchiveType(std::string_view text, std::size_t offset) : _text(text) {
   if (text.empty() || text.size() > Limits::current().typeString) {
-    failArchive(offset, "type descriptor error: a type string of %@ bytes", text.size());
+    failArchive(offset, formatted("type descriptor error: a type string of {} bytes", text.size()));
   }
   _leastBytes = Parser(text, offset, _steps).sequence('\0');
 }

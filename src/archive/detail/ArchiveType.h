@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "../../values/NSException.h"
@@ -10,10 +12,8 @@
 namespace mrziphoto::detail {
 
 /// Throws the exception of damaged archives; `offset` is the byte where the damage was met.
-template <class... Arguments>
-[[noreturn]] void failArchive(std::size_t offset, std::string_view reason,
-                              const Arguments&... arguments) {
-  throw NSException(kNSInconsistentArchiveException, format(reason, arguments...), offset);
+[[noreturn]] inline void failArchive(std::size_t offset, std::string reason) {
+  throw NSException(kNSInconsistentArchiveException, std::move(reason), offset);
 }
 
 /// A type string of an archive, taken apart: which values follow it, in which order.

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "../../files/detail/OpenFile.h"
-#include "../../values/Format.h"
+#include "../../values/detail/Formatted.h"
 
 namespace mrziphoto::detail {
 namespace {
@@ -105,7 +105,7 @@ bool ImageBytes::isLate() {
   using std::chrono::milliseconds;
   const auto taken = std::chrono::steady_clock::now() - _begin;
   if (_failure.empty() && std::chrono::duration_cast<milliseconds>(taken) >= _time) {
-    _failure = format("it takes longer than %@ milliseconds", std::to_string(_time.count()));
+    _failure = formatted("it takes longer than {} milliseconds", std::to_string(_time.count()));
   }
   return !_failure.empty();
 }
