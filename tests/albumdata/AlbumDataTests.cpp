@@ -30,15 +30,13 @@ struct Layout {
   std::string_view afterKey;  // between a key and its value
 };
 
-constexpr Layout kLayouts[]{
-    {"tabs", "\n", "\t", "\n"},
-    {"a line for key and value", "\n", "\t", ""},
-    {"blanks", "\n", "    ", " "},
-    {"a PC's line ends", "\r\n", "\t", "\r\n"},
-    {"an old Mac's", "\r", "\t", ""},
-    {"compact", "", "", ""},
-    {"blank lines", "\n\n\n", " ", "\n\n"},
-};
+constexpr Layout kLayouts[]{{"tabs", "\n", "\t", "\n"},
+                            {"a line for key and value", "\n", "\t", ""},
+                            {"blanks", "\n", "    ", " "},
+                            {"a PC's line ends", "\r\n", "\t", "\r\n"},
+                            {"an old Mac's", "\r", "\t", ""},
+                            {"compact", "", "", ""},
+                            {"blank lines", "\n\n\n", " ", "\n\n"}};
 
 /// A document in which <line>s stand as they are written here, one element or tag each.
 std::string document(const Layout& layout, const std::vector<std::string_view>& lines) {
@@ -67,105 +65,64 @@ std::string document(const Layout& layout, const std::vector<std::string_view>& 
   return text.append("</plist>").append(layout.lineEnd);
 }
 
-const std::vector<std::string_view> kLibrary{
-    "<dict>",
-    "<key>Application Version</key>",
-    "<string>9.4</string>",
-    "<key>Archive Path</key>",
-    "<string>/Users/a &amp; b/iPhoto Library</string>",
-    "<key>Major Version</key>",
-    "<integer>2</integer>",
-    "<key>List of Albums</key>",
-    "<array>",
-    "<dict>",
-    "<key>AlbumName</key>",
-    "<string>Caf\xC3\xA9 &lt;1&gt; &quot;&apos;</string>",
-    "<key>Master</key>",
-    "<true/>",
-    "<key>KeyList</key>",
-    "<array>",
-    "<string>7</string>",
-    "<string>4294967295</string>",
-    "</array>",
-    "</dict>",
-    "<dict>",
-    "<key>KeyList</key>",
-    "<array>",
-    "</array>",
-    "</dict>",
-    "</array>",
-    "<key>Master Image List</key>",
-    "<dict>",
-    "<key>7</key>",
-    "<dict>",
-    "<key>Caption</key>",
-    "<string>two\nlines, 100 % &#233;&#x1F600;</string>",
-    "<key>Comment</key>",
-    "<string> </string>",
-    "<key>Rating</key>",
-    "<integer>-3</integer>",
-    "<key>Aspect Ratio</key>",
-    "<real>1.333333</real>",
-    "<key>DateAsTimerInterval</key>",
-    "<real>398625528.500000</real>",
-    "<key>ModDateAsTimerInterval</key>",
-    "<real>-1.5e3</real>",
-    "<key>ImagePath</key>",
-    "<string>/Users/a/Masters/2013/P1.jpg</string>",
-    "<key>ThumbPath</key>",
-    "<string>P1.jpg</string>",
-    "<key>Keywords</key>",
-    "<array>",
-    "<string>4</string>",
-    "<string>12</string>",
-    "</array>",
-    "</dict>",
-    "<key>3</key>",
-    "<dict>",
-    "<key>GUID</key>",
-    "<string>sqrVoO2gRu+KJa+elHSYsg</string>",
-    "<key>ImagePath</key>",
-    "<string>/Users/a/Masters/2013/]] P2.jpg</string>",
-    "<key>Faces</key>",
-    "<array>",
-    "<dict>",
-    "<key>rectangle</key>",
-    "<string>{{0.3, 0.2}, {0.1, 0.1}}</string>",
-    "<key>face key</key>",
-    "<string>2</string>",
-    "<key>index</key>",
-    "<integer>18446744073709551615</integer>",
-    "<key>nested</key>",
-    "<dict>",
-    "<key>rectangle</key>",
-    "<string/>",
-    "</dict>",
-    "</dict>",
-    "</array>",
-    "<key>Keywords</key>",
-    "<array>",
-    "<string>4</string>",
-    "<string>007</string>",
-    "<string>5</string>",
-    "</array>",
-    "<key>taken</key>",
-    "<date>2004-05-06T07:08:09Z</date>",
-    "<key>hidden</key>",
-    "<false/>",
-    "<key>blob</key>",
-    "<data>aGVsbG8=</data>",
-    "</dict>",
-    "<key>0</key>",
-    "<dict>",
-    "</dict>",
-    "</dict>",
-    "<key>List of Keywords</key>",
-    "<dict>",
-    "<key>4</key>",
-    "<string>Kids</string>",
-    "</dict>",
-    "</dict>",
-};
+/// The elements of a piece of markup, a tag of a dictionary or an array for itself.
+std::vector<std::string_view> elementsOf(std::string_view markup) {
+  std::vector<std::string_view> elements;
+  while (!markup.empty()) {
+    std::size_t end = markup.find('>') + 1;
+    const std::string_view tag = markup.substr(0, end);
+    if (tag != "<dict>" && tag != "<array>" && tag[1] != '/' && tag[end - 2] != '/') {
+      end = markup.find('>', end) + 1;
+    }
+    elements.push_back(markup.substr(0, end));
+    markup.remove_prefix(std::min(markup.find('<', end), markup.size()));
+  }
+  return elements;
+}
+
+const std::vector<std::string_view> kLibrary = elementsOf(R"(<dict>
+<key>Application Version</key><string>9.4</string>
+<key>Archive Path</key><string>/Users/a &amp; b/iPhoto Library</string>
+<key>Major Version</key><integer>2</integer>
+<key>List of Albums</key><array>
+  <dict>
+    <key>AlbumName</key><string>Café &lt;1&gt; &quot;&apos;</string>
+    <key>Master</key><true/>
+    <key>KeyList</key><array><string>7</string><string>4294967295</string></array>
+  </dict>
+  <dict><key>KeyList</key><array></array></dict>
+</array>
+<key>Master Image List</key><dict>
+  <key>7</key><dict>
+    <key>Caption</key><string>two
+lines, 100 % &#233;&#x1F600;</string>
+    <key>Comment</key><string> </string>
+    <key>Rating</key><integer>-3</integer>
+    <key>Aspect Ratio</key><real>1.333333</real>
+    <key>DateAsTimerInterval</key><real>398625528.500000</real>
+    <key>ModDateAsTimerInterval</key><real>-1.5e3</real>
+    <key>ImagePath</key><string>/Users/a/Masters/2013/P1.jpg</string>
+    <key>ThumbPath</key><string>P1.jpg</string>
+    <key>Keywords</key><array><string>4</string><string>12</string></array>
+  </dict>
+  <key>3</key><dict>
+    <key>GUID</key><string>sqrVoO2gRu+KJa+elHSYsg</string>
+    <key>ImagePath</key><string>/Users/a/Masters/2013/]] P2.jpg</string>
+    <key>Faces</key><array><dict>
+      <key>rectangle</key><string>{{0.3, 0.2}, {0.1, 0.1}}</string>
+      <key>face key</key><string>2</string>
+      <key>index</key><integer>18446744073709551615</integer>
+      <key>nested</key><dict><key>rectangle</key><string/></dict>
+    </dict></array>
+    <key>Keywords</key><array><string>4</string><string>007</string><string>5</string></array>
+    <key>taken</key><date>2004-05-06T07:08:09Z</date>
+    <key>hidden</key><false/>
+    <key>blob</key><data>aGVsbG8=</data>
+  </dict>
+  <key>0</key><dict></dict>
+</dict>
+<key>List of Keywords</key><dict><key>4</key><string>Kids</string></dict>
+</dict>)");
 
 TEST(AlbumData, IsReadInOnePassHoweverItsMarkupIsLaidOut) {
   for (const Layout& layout : kLayouts) {
@@ -208,90 +165,70 @@ TEST(AlbumData, AnswersWhatAPhotoIsAskedFor) {
   EXPECT_EQ((*data->photos)[1].imagePath()->folder.data(), photo.imagePath()->folder.data());
 }
 
-/// A document whose one photo holds these elements, or which holds them instead of its photos.
+/// A document whose one photo holds these elements.
 std::string photoWith(std::string_view entries) {
   return "<plist version=\"1.0\"><dict><key>Master Image List</key><dict><key>5</key><dict>" +
          std::string(entries) + "</dict></dict></dict></plist>";
 }
 
-struct Unusual {
-  std::string_view name;
-  std::string document;
-};
-
-const std::vector<Unusual> kUnusual{
-    {"a comment", photoWith("<!-- --><key>a</key><string>b</string>")},
-    {"a CDATA section", photoWith("<key>a</key><string><![CDATA[<b>]]></string>")},
-    {"a processing instruction", photoWith("<?x y?><key>a</key><string>b</string>")},
-    {"an attribute", photoWith("<key>a</key><string x='y'>b</string>")},
-    {"a blank in a tag", photoWith("<key >a</key><string>b</string >")},
-    {"a key twice", photoWith("<key>a</key><true/><key>b</key><true/><key>a</key><false/>")},
-    {"a key twice, inside",
-     photoWith("<key>a</key><dict><key>b</key><true/><key>b</key><false/></dict>")},
-    {"a photo twice",
-     "<plist><dict><key>Master Image List</key><dict><key>5</key><dict><key>a</key><true/></dict>"
-     "<key>3</key><dict></dict><key>5</key><dict></dict></dict></dict></plist>"},
-    {"a list twice",
-     "<plist><dict><key>Master Image List</key><dict></dict><key>Master Image List</key><dict>"
-     "<key>5</key><dict></dict></dict></dict></plist>"},
-    {"a key that is no plain number",
-     "<plist><dict><key>Master Image List</key><dict><key>05</key><dict></dict></dict></dict>"
-     "</plist>"},
-    {"a photo that is no dictionary",
-     "<plist><dict><key>Master Image List</key><dict><key>5</key><string/></dict></dict></plist>"},
-    {"another encoding",
-     "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + photoWith("<key>\xE9</key><true/>")},
-    {"a byte order mark", "\xEF\xBB\xBF" + photoWith("<key>a</key><true/>")},
-    {"no plist around", "<dict><key>Archive Path</key><string>/a</string></dict>"},
-    {"another value at the top", "<plist><array><string>a</string></array></plist>"},
-    {"deep nesting",
-     [] {
-       std::string inside;
-       for (int i = 0; i < 40; ++i) {
-         inside.insert(0, "<array>").append("</array>");
-       }
-       return photoWith("<key>a</key>" + inside);
-     }()},
-};
+/// A document that holds this instead of its photos.
+std::string photosAs(std::string_view entries) {
+  return "<plist><dict><key>Master Image List</key><dict>" + std::string(entries) +
+         "</dict></dict></plist>";
+}
 
 TEST(AlbumData, IsLeftToTheGeneralReaderWhereMarkupIsUnusual) {
   const TemporaryFolder folder;
-  for (const Unusual& each : kUnusual) {
-    SCOPED_TRACE(each.name);
-    EXPECT_FALSE(readPlain(each.document));
-    folder.write("AlbumData.xml", each.document);
+  for (const auto& [what, document] : Rows<std::string_view, std::string>{
+           {"a comment", photoWith("<!-- --><key>a</key><string>b</string>")},
+           {"a CDATA section", photoWith("<key>a</key><string><![CDATA[<b>]]></string>")},
+           {"a processing instruction", photoWith("<?x y?><key>a</key><string>b</string>")},
+           {"an attribute", photoWith("<key>a</key><string x='y'>b</string>")},
+           {"a blank in a tag", photoWith("<key >a</key><string>b</string >")},
+           {"a key twice", photoWith("<key>a</key><true/><key>b</key><true/><key>a</key><false/>")},
+           {"a key twice, inside",
+            photoWith("<key>a</key><dict><key>b</key><true/><key>b</key><false/></dict>")},
+           {"a photo twice", photosAs("<key>5</key><dict><key>a</key><true/></dict><key>3</key>"
+                                      "<dict></dict><key>5</key><dict></dict>")},
+           {"a list twice", photosAs("</dict><key>Master Image List</key><dict><key>5</key>"
+                                     "<dict></dict>")},
+           {"a key that is no plain number", photosAs("<key>05</key><dict></dict>")},
+           {"a photo that is no dictionary", photosAs("<key>5</key><string/>")},
+           {"another encoding", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" +
+                                    photoWith("<key>\xE9</key><true/>")},
+           {"a byte order mark", "\xEF\xBB\xBF" + photoWith("<key>a</key><true/>")},
+           {"no plist around", "<dict><key>Archive Path</key><string>/a</string></dict>"},
+           {"another value at the top", "<plist><array><string>a</string></array></plist>"},
+           {"deep nesting",
+            photoWith("<key>a</key>" + repeated("<array>", 40) + repeated("</array>", 40))}}) {
+    SCOPED_TRACE(what);
+    EXPECT_FALSE(readPlain(document));
+    folder.write("AlbumData.xml", document);
     EXPECT_EQ(textOfAlbumData(AlbumData::read(folder / "AlbumData.xml")),
-              textOfAlbumData(generally(each.document)));
+              textOfAlbumData(generally(document)));
   }
 }
 
 TEST(AlbumData, TellsAFaultInTheWordsOfTheGeneralReader) {
-  struct Fault {
-    std::string document;
-    std::string_view reason;
-  };
   const std::string whole = photoWith("<key>a</key><string>b</string>");
   const TemporaryFolder folder;
-  for (const Fault& fault : {
-           Fault{whole.substr(0, whole.size() - 8),
-                 "the property list ends inside <plist> at line 1, byte 130"},
-           Fault{photoWith("<key>a</key><integer>1x</integer>"),
-                 "the property list has a malformed <integer> at line 1, byte 91"},
-           Fault{photoWith("<key>a</key><string>\x01</string>"),
-                 "the property list has a character that XML does not allow at line 1, byte 99"},
-           Fault{photoWith("<key>a</key><string>\xC3(</string>"),
-                 "the property list has bytes that are not UTF-8 at line 1, byte 99"},
-           Fault{photoWith("<key>a</key><date>2004-13-06T07:08:09Z</date>"),
-                 "the property list has a malformed <date> at line 1, byte 91"},
-           Fault{whole + "<!",
-                 "the property list goes on after its root element at line 1, byte 138"},
-       }) {
-    folder.write("AlbumData.xml", fault.document);
+  for (const auto& [document, reason] : Rows<std::string, std::string>{
+           {whole.substr(0, whole.size() - 8), "ends inside <plist> at line 1, byte 130"},
+           {photoWith("<key>a</key><integer>1x</integer>"),
+            "has a malformed <integer> at line 1, byte 91"},
+           {photoWith("<key>a</key><string>\x01</string>"),
+            "has a character that XML does not allow at line 1, byte 99"},
+           {photoWith("<key>a</key><string>\xC3(</string>"),
+            "has bytes that are not UTF-8 at line 1, byte 99"},
+           {photoWith("<key>a</key><date>2004-13-06T07:08:09Z</date>"),
+            "has a malformed <date> at line 1, byte 91"},
+           {whole + "<!", "goes on after its root element at line 1, byte 138"}}) {
+    folder.write("AlbumData.xml", document);
     try {
       AlbumData::read(folder / "AlbumData.xml");
-      ADD_FAILURE() << fault.document;
+      ADD_FAILURE() << document;
     } catch (const NSException& exception) {
-      EXPECT_EQ(exception.reason(), fault.reason) << fault.document;
+      EXPECT_EQ(exception.reason(), "the property list " + reason) << document;
     }
   }
 
@@ -336,8 +273,7 @@ TEST(AlbumData, OfRealLibrariesIsPlain) {
         name == "AlbumData2.xml") {
       continue;
     }
-    std::ifstream file(entry.path(), std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::string text = fileBytes(entry.path());
     const std::optional<AlbumData> data = readPlain(text);
     ASSERT_TRUE(data) << entry.path();
     EXPECT_EQ(textOfAlbumData(*data), textOfAlbumData(generally(text))) << entry.path();

@@ -33,11 +33,7 @@ Ref<Kind> containing(std::vector<Value> children) {
 /// The same, the way archives bring it.
 template <class Kind>
 Ref<Kind> withChildren(std::vector<Value> children) {
-  NSArchiver archiver;
-  archiver.encodeObject(containing<Kind>(std::move(children)));
-  return NSUnarchiver::initForReadingWithData(archiver.archivedData())
-      ->decodeObject()
-      .template object<Kind>();
+  return throughArchive(containing<Kind>(std::move(children))).template object<Kind>();
 }
 
 template <class Kind>
@@ -203,11 +199,8 @@ TEST(Album, EveryClassAnswersItsOperationsByName) {
   expectAnswers(*keys, {{"database", Key::initWithKey(1)},
                         {"imageKeys", list({Key::initWithKey(7)})},
                         {"photos", photos}});
-  NSArchiver archiver;
-  archiver.encodeObject(archivedAs<Filter>({{"a", 1}}));
-  expectAnswers(
-      *NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject().object(),
-      {{"arguments", dictionary({{"a", 1}})}});
+  expectAnswers(*throughArchive(archivedAs<Filter>({{"a", 1}})).object(),
+                {{"arguments", dictionary({{"a", 1}})}});
 }
 
 TEST(RollAlbum, AsksItsRollRecordBeforeItself) {
@@ -300,11 +293,9 @@ TEST(ArchiveAlbum, HandsItsDatabaseToEveryAlbumInIt) {
 
 TEST(Album, AlbumFilesThatHoldNoAlbumGiveNothing) {
   const TemporaryFolder folder;
-  NSArchiver number;
-  number.encodeObject(7);
   folder.write(".DS_Store", "x");
   folder.write("text", "x");
-  folder.write("number", number.archivedData().bytes());
+  folder.write("number", archiveBytes(7));
   const CollectedLog log;
   for (const std::string_view name : {"/.DS_Store", "/text", "/number"}) {
     EXPECT_FALSE(Album::albumWithContentsOfFile(folder.path() + std::string(name)));
@@ -318,39 +309,28 @@ TEST(Album, AlbumFilesThatHoldNoAlbumGiveNothing) {
 
 TEST(KeyMgr, ReadsThePackedForm) {
   using namespace std::string_view_literals;
-  struct Case {
-    std::string_view packed;
-    std::vector<std::uint32_t> keys;
-    Texts lines;
-  };
-  for (const Case& each :
-       {Case{"\0\0\0\2\0\0\0\x10\0\0\0\x20"sv, {16, 32}, {}},
-        {"\0\0\0\2\0\0\0\x10\0\0\0\x20\0\0\0\x30"sv,
-         {16, 32},
-         {"KeyMgr count = 2, but entries = 4"}},
-        {"\xFF\xFF\xFF\xFF\0\0\0\x10\0"sv, {16}, {"KeyMgr count = -1, but entries = 2"}},
-        {"\0\0\0"sv, {}, {}}}) {
-    NSArchiver archiver;
-    archiver.encodeObject(archivedAs<KeyMgr>({{"KeyList", Data::copyOf(each.packed)}}));
-    const Ref<KeyMgr> keys = NSUnarchiver::initForReadingWithData(archiver.archivedData())
-                                 ->decodeObject()
-                                 .object<KeyMgr>();
+  for (const auto& [packed, numbers, lines] :
+       Rows<std::string_view, std::vector<std::uint32_t>, Texts>{
+           {"\0\0\0\2\0\0\0\x10\0\0\0\x20"sv, {16, 32}, {}},
+           {"\0\0\0\2\0\0\0\x10\0\0\0\x20\0\0\0\x30"sv,
+            {16, 32},
+            {"KeyMgr count = 2, but entries = 4"}},
+           {"\xFF\xFF\xFF\xFF\0\0\0\x10\0"sv, {16}, {"KeyMgr count = -1, but entries = 2"}},
+           {"\0\0\0"sv, {}, {}}}) {
+    const Ref<KeyMgr> keys =
+        throughArchive(archivedAs<KeyMgr>({{"KeyList", Data::copyOf(packed)}})).object<KeyMgr>();
     CollectedLog log;
-    EXPECT_EQ(keys->imageKeys().size(), each.keys.size());
-    EXPECT_EQ(log.lines(), each.lines);
-    EXPECT_EQ(keys->keyNumbers(), each.keys);
+    EXPECT_EQ(keys->imageKeys().size(), numbers.size());
+    EXPECT_EQ(log.lines(), lines);
+    EXPECT_EQ(keys->keyNumbers(), numbers);
   }
 }
 
 TEST(KeyMgr, ReadsArchivedKeys) {
-  NSArchiver archiver;
   const auto withoutNumber = make<ArchivedAs<Key>>(make<Dictionary>());
   const auto listed = make<Array>(
       std::vector<Value>{Key::initWithKey(5), "6", withoutNumber, Key::initWithKey(0xFFFFFFFF)});
-  archiver.encodeObject(archivedAs<KeyMgr>({{"Keys", listed}}));
-  const Ref<KeyMgr> keys = NSUnarchiver::initForReadingWithData(archiver.archivedData())
-                               ->decodeObject()
-                               .object<KeyMgr>();
+  const Ref<KeyMgr> keys = throughArchive(archivedAs<KeyMgr>({{"Keys", listed}})).object<KeyMgr>();
   EXPECT_EQ(keys->imageKeys().size(), 3U) << "a text is no key";
   EXPECT_EQ(keys->imageKeys()[0]->stringValue(), "5");
   EXPECT_EQ(keys->keyNumbers(), (std::vector<std::uint32_t>{5, 0xFFFFFFFF}));
@@ -361,11 +341,7 @@ TEST(KeyMgr, KeepsItsKeysInOnePlace) {
   const Ref<KeyMgr> numbers = KeyMgr::initWithKeyNumbers({4, 5});
   numbers->imageKeys()[1]->key()->set("Key", 9);
   EXPECT_EQ(numbers->keyNumbers(), (std::vector<std::uint32_t>{4, 9}));
-  NSArchiver archiver;
-  archiver.encodeObject(numbers);
-  const Ref<KeyMgr> archived = NSUnarchiver::initForReadingWithData(archiver.archivedData())
-                                   ->decodeObject()
-                                   .object<KeyMgr>();
+  const Ref<KeyMgr> archived = throughArchive(numbers).object<KeyMgr>();
   EXPECT_EQ(archived->keyNumbers(), (std::vector<std::uint32_t>{4, 9}));
   archived->storedDictionary()->set("Keys", list({Key::initWithKey(1)}));
   EXPECT_EQ(archived->keyNumbers(), (std::vector<std::uint32_t>{1}));

@@ -10,11 +10,7 @@ namespace mrziphoto {
 namespace {
 
 Ref<KeywordMgr> managerOver(const Ref<Dictionary>& stored) {
-  NSArchiver archiver;
-  archiver.encodeObject(make<ArchivedAs<KeywordMgr>>(stored));
-  return NSUnarchiver::initForReadingWithData(archiver.archivedData())
-      ->decodeObject()
-      .object<KeywordMgr>();
+  return throughArchive(make<ArchivedAs<KeywordMgr>>(stored)).object<KeywordMgr>();
 }
 
 Ref<Keyword> keyword(std::string_view text, const Value& key) {
@@ -41,6 +37,44 @@ TEST(Keyword, ShowsTheFavouriteByItsName) {
   const Ref<Keyword> favourite = Keyword::initWithString("_Favorite_");
   EXPECT_EQ(favourite->string(), "_Favorite_");
   EXPECT_NE(favourite->keyword(), "_Favorite_") << "the string tables supply a text";
+}
+
+TEST(KeywordMgr, FindsTheFirstKeywordWhoseKeyIsEqual) {
+  const Value more = throughArchive(archivedAs<Key>({{"Key", 7}, {"More", 1}}));
+  const Ref<Array> used = list({"no keyword", Keyword::initWithString("no key")});
+  const std::vector<Value> keys{7,        Key::initWithKey(7),
+                                -1,       4294967295U,
+                                7.5,      "7",
+                                more,     std::uint64_t{1} << 63,
+                                7.0,      Key::initWithKeyValue("7"),
+                                Value(0), Key::initWithKeyValue(-1)};
+  for (const Value& key : keys) {
+    used->append(keyword(std::to_string(used->size()), key));
+  }
+  const Ref<KeywordMgr> manager = managerOver(dictionary({{"UsedKeywords", used}}));
+  for (const auto& [key, found] : Rows<Value, std::string>{{7, "2"},
+                                                           {7.0, "2"},
+                                                           {Decimal{70, -1}, "2"},
+                                                           {Key::initWithKey(7), "3"},
+                                                           {Key::initWithKeyValue(7.0), "3"},
+                                                           {-1, "4"},
+                                                           {-1.0, "4"},
+                                                           {4294967295U, "5"},
+                                                           {7.5, "6"},
+                                                           {"7", "7"},
+                                                           {more, "8"},
+                                                           {std::uint64_t{1} << 63, "9"},
+                                                           {Key::initWithKeyValue("7"), "11"},
+                                                           {0, "12"},
+                                                           {false, "12"},
+                                                           {Key::initWithKeyValue(-1), "13"},
+                                                           {Value(), ""},
+                                                           {8, ""},
+                                                           {Key::initWithKey(8), ""},
+                                                           {"x", ""}}) {
+    const Ref<Keyword> answer = manager->keywordForKeyNumber(key);
+    EXPECT_EQ(answer ? answer->string().value_or("?") : "", found) << key.description();
+  }
 }
 
 TEST(KeywordMgr, ListsOneEntryAndSearchesTheOther) {

@@ -52,46 +52,41 @@ TEST(NSArchiver, SharesStringsClassesObjectsAndKeys) {
 }
 
 TEST(NSArchiver, WritesEveryPlainTypeInItsShortestForm) {
-  struct Written {
-    std::string_view type;
-    Value value;
-    std::string_view form;
-  };
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  const std::vector<Written> all{{"c", -1, "xff"},
-                                 {"C", 200, "xc8"},
-                                 {"B", true, "x01"},
-                                 {"s", -32768, "x810080"},
-                                 {"S", 32768, "x810080"},
-                                 {"S", 49151, "x81ffbf"},
-                                 {"i", -110, "x92"},
-                                 {"i", -111, "x8191ff"},
-                                 {"i", 127, "x7f"},
-                                 {"i", 128, "x818000"},
-                                 {"l", 32768, "x8200800000"},
-                                 {"I", 4000000000U, "x8200286bee"},
-                                 {"L", 4294967295U, "xff"},
-                                 {"q", std::int64_t{5000000000}, "x8700f2052a01000000"},
-                                 {"Q", std::uint64_t{18446744073709551613U}, "xfd"},
-                                 {"f", 1.5F, "x830000c03f"},
-                                 {"f", 640, "x818002"},
-                                 {"d", 0.1, "x839a9999999999b93f"},
-                                 {"d", -941389200.0, "x82708ae3c7"},
-                                 {"d", 1e10, "x83000000205fa00242"},
-                                 {"d", -0.0, "x00"},
-                                 {"d", nan, "x83000000000000f87f"},
-                                 {"d", Decimal{28, -1}, "x836666666666660640"},
-                                 {"*", "txt", "new 'txt'"},
-                                 {":", "copy:", "'copy:'"},
-                                 {"%", "atom", "'atom'"},
-                                 {"+", Data::copyOf("ab"), "\"ab\""},
-                                 {"@", {}, "nil"}};
-  for (const Written& each : all) {
+  for (const auto& [code, value, form] : Rows<std::string_view, Value, std::string_view>{
+           {"c", -1, "xff"},
+           {"C", 200, "xc8"},
+           {"B", true, "x01"},
+           {"s", -32768, "x810080"},
+           {"S", 32768, "x810080"},
+           {"S", 49151, "x81ffbf"},
+           {"i", -110, "x92"},
+           {"i", -111, "x8191ff"},
+           {"i", 127, "x7f"},
+           {"i", 128, "x818000"},
+           {"l", 32768, "x8200800000"},
+           {"I", 4000000000U, "x8200286bee"},
+           {"L", 4294967295U, "xff"},
+           {"q", std::int64_t{5000000000}, "x8700f2052a01000000"},
+           {"Q", std::uint64_t{18446744073709551613U}, "xfd"},
+           {"f", 1.5F, "x830000c03f"},
+           {"f", 640, "x818002"},
+           {"d", 0.1, "x839a9999999999b93f"},
+           {"d", -941389200.0, "x82708ae3c7"},
+           {"d", 1e10, "x83000000205fa00242"},
+           {"d", -0.0, "x00"},
+           {"d", nan, "x83000000000000f87f"},
+           {"d", Decimal{28, -1}, "x836666666666660640"},
+           {"*", "txt", "new 'txt'"},
+           {":", "copy:", "'copy:'"},
+           {"%", "atom", "'atom'"},
+           {"+", Data::copyOf("ab"), "\"ab\""},
+           {"@", {}, "nil"}}) {
     NSArchiver archiver;
-    archiver.encodeValueOfObjCType(each.type, each.value);
-    const std::string type = "'" + std::string(each.type) + "' ";
-    EXPECT_EQ(archiver.archivedData().bytes(), ArchiveBytes::build(type + std::string(each.form)))
-        << each.type << ' ' << each.value.description();
+    archiver.encodeValueOfObjCType(code, value);
+    const std::string type = "'" + std::string(code) + "' ";
+    EXPECT_EQ(archiver.archivedData().bytes(), ArchiveBytes::build(type + std::string(form)))
+        << code << ' ' << value.description();
   }
 }
 
@@ -112,28 +107,24 @@ TEST(NSArchiver, NumbersKeepTheirTypes) {
 }
 
 TEST(NSArchiver, RefusesWhatNobodyCouldRead) {
-  struct Refused {
-    std::string_view type;
-    Value value;
-  };
-  for (const Refused& each : {Refused{"@", list({{}})},
-                              {"@", dictionary({{"k", {}}})},
-                              {"i", "text"},
-                              {"i", std::int64_t{1} << 31},
-                              {"I", -1},
-                              {"Q", -1},
-                              {"q", std::uint64_t{1} << 63},
-                              {"c", 128},
-                              {"i", 1.5},
-                              {"d", "1"},
-                              {"*", 1},
-                              {"+", "text"},
-                              {"{ff}", 1.0},
-                              {"", 1}}) {
+  for (const auto& [type, value] : Rows<std::string_view, Value>{{"@", list({{}})},
+                                                                 {"@", dictionary({{"k", {}}})},
+                                                                 {"i", "text"},
+                                                                 {"i", std::int64_t{1} << 31},
+                                                                 {"I", -1},
+                                                                 {"Q", -1},
+                                                                 {"q", std::uint64_t{1} << 63},
+                                                                 {"c", 128},
+                                                                 {"i", 1.5},
+                                                                 {"d", "1"},
+                                                                 {"*", 1},
+                                                                 {"+", "text"},
+                                                                 {"{ff}", 1.0},
+                                                                 {"", 1}}) {
     NSArchiver archiver;
     try {
-      archiver.encodeValueOfObjCType(each.type, each.value);
-      FAIL() << each.type << ' ' << each.value.description();
+      archiver.encodeValueOfObjCType(type, value);
+      FAIL() << type << ' ' << value.description();
     } catch (const NSException& exception) {
       EXPECT_EQ(exception.name(), kNSInvalidArgumentException);
     }

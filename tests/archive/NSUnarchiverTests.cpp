@@ -86,43 +86,39 @@ TEST_P(NSUnarchiverInOrder, StopsRightBehindWhatItReads) {
 
 TEST_P(NSUnarchiverInOrder, ReadsEveryType) {
   const auto reader = openListing(kEveryType);
-  struct Expected {
-    std::string_view type;
-    Value value;
-  };
-  const std::vector<Expected> expected{{"c", -1},
-                                       {"C", 200},
-                                       {"s", -300},
-                                       {"S", 65535},
-                                       {"i", -1},
-                                       {"i", -110},
-                                       {"i", -111},
-                                       {"i", 32768},
-                                       {"I", 4000000000U},
-                                       {"q", std::int64_t{5000000000}},
-                                       {"Q", std::uint64_t{18446744073709551613U}},
-                                       {"f", 0.5F},
-                                       {"d", -2.0},
-                                       {"d", 0.1},
-                                       {"*", "txt"},
-                                       {"*", "txt"},
-                                       {"*", {}},
-                                       {"%", "atom"},
-                                       {":", "copy:"},
-                                       {"#", "NSString"},
-                                       {"+", Data::copyOf("\x86\x84")},
-                                       {"[3i]", list({1, -2, 300})},
-                                       {"[4c]", Data::copyOf({"\0\x84\x86\xFF", 4})},
-                                       {"{_NSPoint=ff}", list({1.0F, 2.5F})},
-                                       {"iI", list({1, 5})},
-                                       {"@", {}}};
-  for (const Expected& each : expected) {
-    SCOPED_TRACE(each.type);
-    const Value value = reader->decodeValueOfObjCType(each.type);
-    EXPECT_EQ(value, each.value);
-    EXPECT_EQ(value.description(), each.value.description());
+  for (const auto& [type, expected] :
+       Rows<std::string_view, Value>{{"c", -1},
+                                     {"C", 200},
+                                     {"s", -300},
+                                     {"S", 65535},
+                                     {"i", -1},
+                                     {"i", -110},
+                                     {"i", -111},
+                                     {"i", 32768},
+                                     {"I", 4000000000U},
+                                     {"q", std::int64_t{5000000000}},
+                                     {"Q", std::uint64_t{18446744073709551613U}},
+                                     {"f", 0.5F},
+                                     {"d", -2.0},
+                                     {"d", 0.1},
+                                     {"*", "txt"},
+                                     {"*", "txt"},
+                                     {"*", {}},
+                                     {"%", "atom"},
+                                     {":", "copy:"},
+                                     {"#", "NSString"},
+                                     {"+", Data::copyOf("\x86\x84")},
+                                     {"[3i]", list({1, -2, 300})},
+                                     {"[4c]", Data::copyOf({"\0\x84\x86\xFF", 4})},
+                                     {"{_NSPoint=ff}", list({1.0F, 2.5F})},
+                                     {"iI", list({1, 5})},
+                                     {"@", {}}}) {
+    SCOPED_TRACE(type);
+    const Value value = reader->decodeValueOfObjCType(type);
+    EXPECT_EQ(value, expected);
+    EXPECT_EQ(value.description(), expected.description());
     if (value.isNumber()) {
-      EXPECT_EQ(value.numberType(), each.type[0]);
+      EXPECT_EQ(value.numberType(), type[0]);
     }
   }
   EXPECT_TRUE(reader->isAtEnd());
@@ -324,8 +320,7 @@ TEST(NSUnarchiver, RefusesDamageByNameReasonAndOffset) {
       {"@", "'@' new NSString:1 nil '+' nil end",
        "*** Incorrect archive: a string without characters @ 37"},
       {"@", "'@' new NSNumber:0 nil '*' new 'i' '+' \"1\" end",
-       "*** Incorrect archive: a number without a value @ 45"},
-  };
+       "*** Incorrect archive: a number without a value @ 45"}};
   for (const Damage& each : damages) {
     const auto reader = open(ArchiveBytes::build(each.listing));
     EXPECT_EQ(failure([&] { reader->decodeValueOfObjCType(each.asked); }), each.failure)

@@ -55,7 +55,7 @@ CodedBuilder fullRecord(std::int32_t key, std::int32_t roll) {
 TEST(CodedImageRecords, PutWhatAPhotosRecordSaysIntoItsStores) {
   const CodedLibrary library(60,
                              CodedBuilder()
-                                 .item("dbKW", archiveOf(keywordStore({{"one", 1}, {"two", 2}})))
+                                 .item("dbKW", archiveBytes(keywordStore({{"one", 1}, {"two", 2}})))
                                  .images({fullRecord(7, 5)}));
   ASSERT_TRUE(library);
   EXPECT_EQ(library->notices(), std::vector<Notice>());
@@ -152,10 +152,9 @@ TEST(CodedImageRecords, GoThroughOddRecordsAsThePlainOnes) {
       {Fields().item("idCM", std::string("odd")), "", "", ""},
       {Fields().item("idKS", keyword).item("idNK", 1), "", "", ""},
       {Fields().item("idNK", 0).item("idKS", std::string("x")), "", "", ""},
-      {Fields().item("idNK", 9).item("idKS", std::string("\0\0\0\1\0\0", 6)), "", "", "", 1},
-  };
+      {Fields().item("idNK", 9).item("idKS", std::string("\0\0\0\1\0\0", 6)), "", "", "", 1}};
   Fields catalogue;
-  catalogue.item("dbKW", archiveOf(keywordStore({{"one", 1}})));
+  catalogue.item("dbKW", archiveBytes(keywordStore({{"one", 1}})));
   for (const Case& each : cases) {
     catalogue.images({codedPhoto(1).raw(each.fields.bytes()).item("idCP", u"after")});
   }
@@ -219,22 +218,17 @@ TEST(CodedImageRecords, RefuseFieldsWhoseSizeDoesNotFit) {
 }
 
 TEST(CodedImageRecords, RefuseWhatIsNoArchiveAndWhatTheFileDoesNotHold) {
-  struct Case {
-    CodedBuilder fields;
-    std::string_view logged;
-  };
-  for (const Case& each :
-       {Case{codedPhoto(1).item("idRS", std::string("no archive")),
-             "NSInvalidArgumentException - "},
-        {codedPhoto(1).item("idRS", std::string("\4\13streamtyped\x81\xE8\3\x84", 17)),
-         "NSArchiverArchiveInconsistency - "},
-        {codedPhoto(1).code("idCP").number(100).raw("x"), "NSRangeException - "},
-        {codedPhoto(1).item("idNI", 2).raw(fileBlock(1, Type::image, u"a").bytes()),
-         "NSRangeException - "}}) {
-    const CodedLibrary library(60, CodedBuilder().images({each.fields}));
+  for (const auto& [fields, logged] : Rows<CodedBuilder, std::string_view>{
+           {codedPhoto(1).item("idRS", std::string("no archive")), "NSInvalidArgumentException - "},
+           {codedPhoto(1).item("idRS", std::string("\4\13streamtyped\x81\xE8\3\x84", 17)),
+            "NSArchiverArchiveInconsistency - "},
+           {codedPhoto(1).code("idCP").number(100).raw("x"), "NSRangeException - "},
+           {codedPhoto(1).item("idNI", 2).raw(fileBlock(1, Type::image, u"a").bytes()),
+            "NSRangeException - "}}) {
+    const CodedLibrary library(60, CodedBuilder().images({fields}));
     EXPECT_FALSE(library);
     ASSERT_EQ(library.log().size(), 1U);
-    EXPECT_TRUE(library.log()[0].starts_with(each.logged)) << library.log()[0];
+    EXPECT_TRUE(library.log()[0].starts_with(logged)) << library.log()[0];
   }
 }
 
@@ -276,9 +270,9 @@ TEST(CodedImageRecords, HaveTheKeywordsOfTheStoreBeforeThem) {
       codedPhoto(1).item("idNK", 1).item("idKS", std::vector<std::int32_t>{1});
   const CodedBuilder sections = CodedBuilder()
                                     .images({record})
-                                    .item("dbKW", archiveOf(keywordStore({{"new", 1}})))
+                                    .item("dbKW", archiveBytes(keywordStore({{"new", 1}})))
                                     .images({record})
-                                    .item("dbKW", archiveOf(make<Array>()))
+                                    .item("dbKW", archiveBytes(make<Array>()))
                                     .images({record});
   const CodedLibrary library(catalogueBytes(50, sections, keywordStore({{"old", 1}})));
   ASSERT_TRUE(library);

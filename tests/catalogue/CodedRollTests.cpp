@@ -29,12 +29,8 @@ CodedBuilder section() { return CodedBuilder().number(1); }
 TEST(CodedRollRecords, BecomeRollAlbums) {
   const std::vector<std::int32_t> keys{3, -1};
   const CodedBuilder number12 = CodedBuilder().item("stKY", 12);
-  struct Case {
-    std::string_view what;
-    CodedBuilder section;
-    std::string_view rolls;
-  };
-  for (const Case& each : std::initializer_list<Case>{
+  for (const auto& [what, section, expected] :
+       Rows<std::string_view, CodedBuilder, std::string_view>{
            {"nothing", CodedBuilder(), ""},
            {"the number in front alone", section(), ""},
            {"every field",
@@ -44,7 +40,7 @@ TEST(CodedRollRecords, BecomeRollAlbums) {
                                .item("stPK", keys)
                                .item("slUI", u"id")
                                .item("rlDT", 1.0)
-                               .item("rlDR", archiveOf("text"))
+                               .item("rlDR", archiveBytes("text"))
                                .item("rlEM", std::int16_t{1})
                                .item("rlOR", std::int16_t{1})
                                .item("stKY", 12)),
@@ -75,7 +71,7 @@ TEST(CodedRollRecords, BecomeRollAlbums) {
            {"more keys than bytes", section().number(99).code("stPK").number(0x7FFFFFFF),
             "NSRangeException - the data ends inside a value: 2147483644 bytes wanted at offset 16 "
             "of 16 = (null)"}}) {
-    EXPECT_EQ(rolls(each.section.bytes()), each.rolls) << each.what;
+    EXPECT_EQ(rolls(section.bytes()), expected) << what;
   }
 }
 

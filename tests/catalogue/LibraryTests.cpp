@@ -34,26 +34,22 @@ Ref<TVQiPhotoLibrary> load(const LibraryFolder& library) {
 
 TEST(TVQiPhotoLibrary, TellsTheVersionOfACatalogueFile) {
   const LibraryFolder library;
-  struct Case {
-    std::string_view contents;
-    std::int32_t version;
-    std::string logged;  // the end of the one log line
-  };
   const std::string before = library.root + "/coded";
-  for (const Case& each :
-       {Case{"dbVS\0\0\0\4\0\0\0\x33"sv, 51, ""},
-        {"XYZW\0\0\0\4\0\0\0\x33"sv, 0, " - wrong header code 'XYZW'"},
-        {"dbVS\0\0\0\2\0\x33"sv, 0,
-         " - NSInternalInconsistencyException Unexpected datasize 2 during readCodedInt"},
-        {"dbVS"sv, 0, "at offset 4 of 4"}}) {
-    library.write("coded", each.contents);
+  // The end of the one log line.
+  for (const auto& [contents, version, logged] : Rows<std::string_view, std::int32_t, std::string>{
+           {"dbVS\0\0\0\4\0\0\0\x33"sv, 51, ""},
+           {"XYZW\0\0\0\4\0\0\0\x33"sv, 0, " - wrong header code 'XYZW'"},
+           {"dbVS\0\0\0\2\0\x33"sv, 0,
+            " - NSInternalInconsistencyException Unexpected datasize 2 during readCodedInt"},
+           {"dbVS"sv, 0, "at offset 4 of 4"}}) {
+    library.write("coded", contents);
     CollectedLog log;
-    EXPECT_EQ(TVQiPhotoLibrary::iPhotoVersionForFilename(before), each.version);
-    ASSERT_EQ(log.lines().size(), each.logged.empty() ? 0U : 1U);
-    if (!each.logged.empty()) {
+    EXPECT_EQ(TVQiPhotoLibrary::iPhotoVersionForFilename(before), version);
+    ASSERT_EQ(log.lines().size(), logged.empty() ? 0U : 1U);
+    if (!logged.empty()) {
       EXPECT_TRUE(log.lines()[0].starts_with(
           "Can't determine stream version of iPhotoVersionForFilename: " + before + " - "));
-      EXPECT_TRUE(log.lines()[0].ends_with(each.logged)) << log.lines()[0];
+      EXPECT_TRUE(log.lines()[0].ends_with(logged)) << log.lines()[0];
     }
   }
   library.writeArchivedVersion("archive", 42);
@@ -223,29 +219,26 @@ TEST(TVQiPhotoLibrary, FindsKeywordsAndRollsByKeysOfEveryKind) {
   const CodedLibrary library(
       60, CodedBuilder().images({CodedBuilder().item("idKY", -1), CodedBuilder().item("idKY", 7)}));
   ASSERT_TRUE(library);
-  struct Case {
-    Value key;
-    std::string_view keyword;
-    std::string_view roll;
-  };
-  for (const Case& each : std::initializer_list<Case>{{7, "seven", "7"},
-                                                      {"7 days", "seven", ""},
-                                                      {7.0, "seven", "7"},
-                                                      {Key::initWithKey(7), "seven", "7"},
-                                                      {8, "eight", ""},
-                                                      {"x", "zero", ""},
-                                                      {Key::initWithKey(9), "", ""},
-                                                      {make<Key>(), "", ""},
-                                                      {Value(), "", ""},
-                                                      {make<Array>(), "", ""},
-                                                      // Image keys are unsigned, whatever is asked.
-                                                      {-1, "", ""},
-                                                      {4294967295U, "", "4294967295"}}) {
-    SCOPED_TRACE(each.key.description());
-    const Ref<Keyword> keyword = keywords->keywordForKey(each.key);
-    EXPECT_EQ(keyword ? keyword->string().value_or("?") : "", each.keyword);
-    const Ref<ImageRecRef> roll = library->rollRecRefForKey(each.key);
-    EXPECT_EQ(roll ? roll->keyStringValue() : "", each.roll);
+  for (const auto& [key, expectedKeyword, expectedRoll] :
+       Rows<Value, std::string_view, std::string_view>{
+           {7, "seven", "7"},
+           {"7 days", "seven", ""},
+           {7.0, "seven", "7"},
+           {Key::initWithKey(7), "seven", "7"},
+           {8, "eight", ""},
+           {"x", "zero", ""},
+           {Key::initWithKey(9), "", ""},
+           {make<Key>(), "", ""},
+           {Value(), "", ""},
+           {make<Array>(), "", ""},
+           // Image keys are unsigned, whatever is asked.
+           {-1, "", ""},
+           {4294967295U, "", "4294967295"}}) {
+    SCOPED_TRACE(key.description());
+    const Ref<Keyword> keyword = keywords->keywordForKey(key);
+    EXPECT_EQ(keyword ? keyword->string().value_or("?") : "", expectedKeyword);
+    const Ref<ImageRecRef> roll = library->rollRecRefForKey(key);
+    EXPECT_EQ(roll ? roll->keyStringValue() : "", expectedRoll);
   }
 }
 

@@ -143,23 +143,5 @@ TEST(Thumbnails, ShareOneBitmap) {
   EXPECT_TRUE(std::ranges::equal(read->bitmapData(), large->bitmap()->bitmapData()));
 }
 
-TEST(Thumbnails, OfARealLibraryAreFiles) {
-  const std::string real = MRZIPHOTO_REAL_FILES "/iPhoto-9.4.3.photolibrary";
-  if (!NSImage::isSupported() || !FileManager::isFolder(real)) {
-    GTEST_SKIP() << "built without images, or no " << real;
-  }
-  const auto database = TVQiPhotoDatabase::initWithContentsOfDirectory(real);
-  ASSERT_TRUE(database);
-  ASSERT_EQ(database->photos().size(), 7U);
-  for (const Ref<ImageRecRef>& photo : database->photos()) {
-    const NSSize size = photo->imageSize();
-    const NSSize small = photo->thumbnail()->size();
-    EXPECT_GE(size.width * size.height, 1280 * 720) << photo->filename().value_or("");
-    EXPECT_EQ(std::max(small.width, small.height), 360);
-    EXPECT_EQ(small.width < small.height, size.width < size.height);
-    EXPECT_TRUE(photo->thumbnail()->bitmap());
-  }
-}
-
 }  // namespace
 }  // namespace mrziphoto

@@ -40,26 +40,10 @@ TEST(TVQiPhotoDirectories, FindsFoldersByKey) {
 }
 
 TEST(DirectoryRec, AnswersItsOperationsByName) {
-  NSArchiver archiver;
-  archiver.encodeObject(make<Entry>(Key::initWithKey(2), "b"));
-  const Value entry = NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject();
+  const Value entry = throughArchive(make<Entry>(Key::initWithKey(2), "b"));
   expectAnswers(
       *entry.object(),
       {{"directory", "b"}, {"directoryKey", Key::initWithKey(2)}, {"directoryKeyValue", 2}});
-}
-
-TEST(TVQiPhotoDirectories, IndexAndWalkAgree) {
-  std::mt19937 random(1);
-  std::vector<Value> entries;
-  for (int i = 0; i < 500; ++i) {
-    const auto key = static_cast<std::int32_t>(random() % 300);
-    const Value stored = i % 3 == 0 ? Value(Key::initWithKeyValue(key)) : Value(key);
-    entries.emplace_back(make<Entry>(stored, std::to_string(i)));
-  }
-  const Ref<TVQiPhotoDirectories> directories = TVQiPhotoDirectories::initWithData(table(entries));
-  for (std::int32_t key = -1; key < 301; ++key) {
-    EXPECT_EQ(directories->directoryForKey(key), directories->directoryByWalk(key)) << key;
-  }
 }
 
 TEST(TVQiPhotoDirectories, LogsWhatItCannotRead) {

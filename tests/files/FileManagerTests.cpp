@@ -26,17 +26,15 @@ TEST(FileManager, TellsEntriesApart) {
     bool exists, isFolder, isFile;
     std::optional<FileType> type;
   };
-  const std::vector<Case> cases{
-      {"file", true, false, true, FileType::regular},
-      {"sub", true, true, false, FileType::folder},
-      {"link", true, false, true, FileType::symbolicLink},
-      {"dangling", false, false, false, FileType::symbolicLink},
-      {"pipe", true, false, true, FileType::other},
-      {"missing", false, false, false, std::nullopt},
-      {"file/below", false, false, false, std::nullopt},
-      {std::string("file\0x", 6), false, false, false, std::nullopt},
-      {std::string(5000, 'x'), false, false, false, std::nullopt},
-  };
+  const std::vector<Case> cases{{"file", true, false, true, FileType::regular},
+                                {"sub", true, true, false, FileType::folder},
+                                {"link", true, false, true, FileType::symbolicLink},
+                                {"dangling", false, false, false, FileType::symbolicLink},
+                                {"pipe", true, false, true, FileType::other},
+                                {"missing", false, false, false, std::nullopt},
+                                {"file/below", false, false, false, std::nullopt},
+                                {std::string("file\0x", 6), false, false, false, std::nullopt},
+                                {std::string(5000, 'x'), false, false, false, std::nullopt}};
   for (const Case& each : cases) {
     const std::string path = folder / each.name;
     EXPECT_EQ(FileManager::exists(path), each.exists) << each.name;
@@ -110,36 +108,30 @@ TEST(FileManager, SaysWhyAFileCannotBeRead) {
   folder.write("small", "12345");
   Limits limits;
   limits.fileSize = 4;
-  const struct {
-    std::string name;
-    Cause cause;
-    std::string reason;
-    Limits limits;
-  } cases[] = {
-      {"missing", Cause::notThere, "No such file or directory", {}},
-      {"file/inside", Cause::notThere, "Not a directory", {}},
-      {"dangling", Cause::notThere, "No such file or directory", {}},
-      {std::string(300, 'x'), Cause::notThere, "File name too long", {}},
-      {"file", Cause::notAllowed, "Permission denied", {}},
-      {"barred/file", Cause::notAllowed, "Permission denied", {}},
-      {"sub", Cause::folder, "it is a folder", {}},
-      {"SUB", Cause::folder, "it is a folder", {}},
-      {"pipe", Cause::notRegular, "it is no regular file", {}},
-      {"circle", Cause::system, "Too many levels of symbolic links", {}},
-      {"large",
-       Cause::tooLarge,
-       "its 2147483649 bytes are more than the 2147483648 that are allowed",
-       {}},
-      {"small", Cause::tooLarge, "its 5 bytes are more than the 4 that are allowed", limits},
-  };
   fs::permissions(folder.path(), fs::perms::all);
   const AsNobody nobody;
-  for (const auto& each : cases) {
-    const Limits::Scope scope(each.limits);
+  for (const auto& [name, cause, reason, limits] : Rows<std::string, Cause, std::string, Limits>{
+           {"missing", Cause::notThere, "No such file or directory", {}},
+           {"file/inside", Cause::notThere, "Not a directory", {}},
+           {"dangling", Cause::notThere, "No such file or directory", {}},
+           {std::string(300, 'x'), Cause::notThere, "File name too long", {}},
+           {"file", Cause::notAllowed, "Permission denied", {}},
+           {"barred/file", Cause::notAllowed, "Permission denied", {}},
+           {"sub", Cause::folder, "it is a folder", {}},
+           {"SUB", Cause::folder, "it is a folder", {}},
+           {"pipe", Cause::notRegular, "it is no regular file", {}},
+           {"circle", Cause::system, "Too many levels of symbolic links", {}},
+           {"large",
+            Cause::tooLarge,
+            "its 2147483649 bytes are more than the 2147483648 that are allowed",
+            {}},
+           {"small", Cause::tooLarge, "its 5 bytes are more than the 4 that are allowed",
+            limits}}) {
+    const Limits::Scope scope(limits);
     FileFailure failure;
-    EXPECT_FALSE(FileManager::contents(folder / each.name, &failure)) << each.name;
-    EXPECT_EQ(failure.cause, each.cause) << each.name;
-    EXPECT_EQ(failure.sentence(), "'" + (folder / each.name) + "' cannot be read: " + each.reason);
+    EXPECT_FALSE(FileManager::contents(folder / name, &failure)) << name;
+    EXPECT_EQ(failure.cause, cause) << name;
+    EXPECT_EQ(failure.sentence(), "'" + (folder / name) + "' cannot be read: " + reason);
   }
   EXPECT_EQ(DirectoryEnumerator(folder / "barred").failure()->cause, Cause::notAllowed);
   EXPECT_EQ(DirectoryEnumerator(folder / "pipe").failure()->cause, Cause::notRegular);
@@ -156,19 +148,13 @@ TEST(FileManager, OpensNothingOutsideOfTheOnlyFolderThatMayBeRead) {
   fs::create_directory_symlink("../library-2", folder / "library/folder");
   ReadingRules rules;
   rules.onlyInside = fs::canonical(folder / "library").string();
-  const struct {
-    std::string name;
-    bool isInside;
-  } cases[] = {
-      {"library/inside/file", true},
-      {"library/LINK", true},
-      {"library/out", false},
-      {"library/folder/file", false},
-      {"library-2/file", false},
-      {"library/../library-2/file", false},
-      {"library/../library/link", true},
-  };
-  for (const auto& [name, isInside] : cases) {
+  for (const auto& [name, isInside] : Rows<std::string, bool>{{"library/inside/file", true},
+                                                              {"library/LINK", true},
+                                                              {"library/out", false},
+                                                              {"library/folder/file", false},
+                                                              {"library-2/file", false},
+                                                              {"library/../library-2/file", false},
+                                                              {"library/../library/link", true}}) {
     EXPECT_TRUE(FileManager::contents(folder / name)) << name;
     const ReadingRules::Scope scope(&rules);
     FileFailure failure;
@@ -217,25 +203,23 @@ TEST(FileManager, FindsNamesAsAMacFileSystemDoes) {
     deep += "/a";
   }
   folder.write("deep" + deep + "/file", "");
-  const std::vector<std::pair<std::string, std::string>> cases{
-      {"ORIGINALS" + deep + "/2004/CAFE\u0301.jpg", ""},
-      {"originals" + std::string(3000, '/') + "2004/CAFE\u0301.jpg",
-       "Originals/2004/Caf\u00E9.JPG"},
-      {"deep" + deep + "/FILE", "deep" + deep + "/file"},
-      {"DEEP" + deep, "deep" + deep},
-      {"originals/2004/CAFE\u0301.jpg", "Originals/2004/Caf\u00E9.JPG"},
-      {"Originals/2004/caf\u00C9.jpg", "Originals/2004/Caf\u00E9.JPG"},
-      {"ORIGINALS/2004", "Originals/2004"},
-      {"both/a", "both/a"},
-      {"both/A", "both/A"},
-      {"BOTH/a", "both/a"},
-      {"\xFF-no-text", "\xFF-no-text"},
-      {"Originals/2004/Stra\u00DFe.jpg", ""},
-      {"Originals/2005/Caf\u00E9.jpg", ""},
-      {"\xFF-NO-TEXT", ""},
-      {"\xFF\xFE/x", ""},
-  };
-  for (const auto& [asked, found] : cases) {
+  for (const auto& [asked, found] : Rows<std::string, std::string>{
+           {"ORIGINALS" + deep + "/2004/CAFE\u0301.jpg", ""},
+           {"originals" + std::string(3000, '/') + "2004/CAFE\u0301.jpg",
+            "Originals/2004/Caf\u00E9.JPG"},
+           {"deep" + deep + "/FILE", "deep" + deep + "/file"},
+           {"DEEP" + deep, "deep" + deep},
+           {"originals/2004/CAFE\u0301.jpg", "Originals/2004/Caf\u00E9.JPG"},
+           {"Originals/2004/caf\u00C9.jpg", "Originals/2004/Caf\u00E9.JPG"},
+           {"ORIGINALS/2004", "Originals/2004"},
+           {"both/a", "both/a"},
+           {"both/A", "both/A"},
+           {"BOTH/a", "both/a"},
+           {"\xFF-no-text", "\xFF-no-text"},
+           {"Originals/2004/Stra\u00DFe.jpg", ""},
+           {"Originals/2005/Caf\u00E9.jpg", ""},
+           {"\xFF-NO-TEXT", ""},
+           {"\xFF\xFE/x", ""}}) {
     EXPECT_EQ(FileManager::locate(folder / asked).value_or(""), found.empty() ? "" : folder / found)
         << asked;
     EXPECT_EQ(FileManager::exists(folder / asked), !found.empty()) << asked;
@@ -279,40 +263,35 @@ TEST(FileManager, KnowsTheUsersFolders) {
 
 TEST(Path, Joins) {
   const std::vector<std::array<std::string, 3>> cases{
-      {"/a", "b", "/a/b"},     {"/a/", "b", "/a/b"},
-      {"/a", "/b/", "/a/b"},   {"/", "b", "/b"},
-      {"", "b", "b"},          {"", "/b", "/b"},
-      {"/a/", "", "/a"},       {"", "", ""},
-      {"/", "", "/"},          {"a//b", "c//d", "a/b/c/d"},
-      {"/a", "ä/é", "/a/ä/é"},
-  };
+      {"/a", "b", "/a/b"},    {"/a/", "b", "/a/b"},
+      {"/a", "/b/", "/a/b"},  {"/", "b", "/b"},
+      {"", "b", "b"},         {"", "/b", "/b"},
+      {"/a/", "", "/a"},      {"", "", ""},
+      {"/", "", "/"},         {"a//b", "c//d", "a/b/c/d"},
+      {"/a", "ä/é", "/a/ä/é"}};
   for (const auto& [folder, component, joined] : cases) {
     EXPECT_EQ(path::join(folder, component), joined) << folder << " and " << component;
   }
 }
 
 TEST(Path, TakesPathsApart) {
-  struct Case {
-    std::string path, last, folder, extension;
-  };
-  const std::vector<Case> cases{
-      {"/top/a.tiff", "a.tiff", "/top", "tiff"},
-      {"/top/lock/", "lock", "/top", ""},
-      {"/top", "top", "/", ""},
-      {"/", "/", "/", ""},
-      {"///", "/", "/", ""},
-      {"", "", "", ""},
-      {"a.b.c", "a.b.c", "", "c"},
-      {"a//b///", "b", "a", ""},
-      {".hidden", ".hidden", "", ""},
-      {"name.", "name.", "", ""},
-      {"/x.d/name", "name", "/x.d", ""},
-      {"..jpg", "..jpg", "", "jpg"},
-  };
-  for (const Case& each : cases) {
-    EXPECT_EQ(path::lastComponent(each.path), each.last) << each.path;
-    EXPECT_EQ(path::withoutLastComponent(each.path), each.folder) << each.path;
-    EXPECT_EQ(path::extension(each.path), each.extension) << each.path;
+  for (const auto& [whole, last, folder, extension] :
+       Rows<std::string, std::string, std::string, std::string>{
+           {"/top/a.tiff", "a.tiff", "/top", "tiff"},
+           {"/top/lock/", "lock", "/top", ""},
+           {"/top", "top", "/", ""},
+           {"/", "/", "/", ""},
+           {"///", "/", "/", ""},
+           {"", "", "", ""},
+           {"a.b.c", "a.b.c", "", "c"},
+           {"a//b///", "b", "a", ""},
+           {".hidden", ".hidden", "", ""},
+           {"name.", "name.", "", ""},
+           {"/x.d/name", "name", "/x.d", ""},
+           {"..jpg", "..jpg", "", "jpg"}}) {
+    EXPECT_EQ(path::lastComponent(whole), last) << whole;
+    EXPECT_EQ(path::withoutLastComponent(whole), folder) << whole;
+    EXPECT_EQ(path::extension(whole), extension) << whole;
   }
 }
 
@@ -336,22 +315,20 @@ TEST(Path, SplitsIntoComponentsAndBack) {
 
 TEST(Path, Standardizes) {
   const EnvironmentVariable home("HOME", "/home/me/");
-  const std::vector<std::pair<std::string, std::string>> cases{
-      {"/a/./b//c/", "/a/b/c"},
-      {"/a/b/../c", "/a/c"},
-      {"/../../a", "/a"},
-      {"/a/..", "/"},
-      {"a/../b", "a/../b"},
-      {"./a/.", "a"},
-      {".", "."},
-      {"", ""},
-      {"~", "/home/me"},
-      {"~/Pictures/../x", "/home/me/x"},
-      {"~no-such-user/x", "~no-such-user/x"},
-      {"a/~", "a/~"},
-      {"~root", FileManager::homeFolderOfUser("root").value_or("~root")},
-  };
-  for (const auto& [given, standard] : cases) {
+  for (const auto& [given, standard] : Rows<std::string, std::string>{
+           {"/a/./b//c/", "/a/b/c"},
+           {"/a/b/../c", "/a/c"},
+           {"/../../a", "/a"},
+           {"/a/..", "/"},
+           {"a/../b", "a/../b"},
+           {"./a/.", "a"},
+           {".", "."},
+           {"", ""},
+           {"~", "/home/me"},
+           {"~/Pictures/../x", "/home/me/x"},
+           {"~no-such-user/x", "~no-such-user/x"},
+           {"a/~", "a/~"},
+           {"~root", FileManager::homeFolderOfUser("root").value_or("~root")}}) {
     EXPECT_EQ(path::standardized(given), standard) << given;
   }
 }

@@ -104,13 +104,9 @@ TEST(NSImage, IsNothingWithoutImages) {
 }
 
 TEST_F(NSImageTests, TellsSizesFromHeaders) {
-  struct Case {
-    std::string_view what;
-    std::string bytes;
-    NSSize size;  // none for what is no image
-  };
   const NSSize none;
-  for (const Case& each : std::vector<Case>{
+  // None for what is no image.
+  for (const auto& [what, bytes, size] : Rows<std::string_view, std::string, NSSize>{
            {"JPEG", jpeg(31, 17), {31, 17}},
            {"JPEG with bytes out of place", jpeg(31, 17).insert(3, "\0\0\xFF\xFF"s), {31, 17}},
            {"JPEG with markers that stand alone",
@@ -129,34 +125,31 @@ TEST_F(NSImageTests, TellsSizesFromHeaders) {
            {"no pixels", pngHeader(0, 3), none},
            {"text", "a text that is no image", none},
            {"nothing", "", none}}) {
-    const Ref<NSImage> image = imageOf(each.bytes);
-    EXPECT_EQ(image->isValid(), each.size != none) << each.what;
-    EXPECT_EQ(image->size(), each.size) << each.what;
-    EXPECT_EQ(image->failure().empty(), each.size != none) << each.what;
+    const Ref<NSImage> image = imageOf(bytes);
+    EXPECT_EQ(image->isValid(), size != none) << what;
+    EXPECT_EQ(image->size(), size) << what;
+    EXPECT_EQ(image->failure().empty(), size != none) << what;
   }
 }
 
 TEST_F(NSImageTests, RefusesWhatIsTooLarge) {
-  struct Case {
-    std::string bytes;
-    std::string_view size;  // empty for what is not refused
-  };
-  for (const auto& [bytes, size] :
-       {Case{pngHeader(30'000, 8'000), ""},
-        {pngHeader(30'000, 30'000), "30000 x 30000"},
-        {pngHeader(12'000, 12'000), ""},
-        {pngHeader(12'000, 12'000, '\1'), "12000 x 12000"},
-        {pngHeader(0xFFFFFFFF, 0xFFFFFFFF), "4294967295 x 4294967295"},
-        {pngHeader(65'537, 1), "65537 x 1"},
-        {jpegThatSays(16'000, 16'000), ""},
-        {jpegThatSays(16'000, 16'000, '\xC2'), "16000 x 16000"},
-        {jpegThatSays(65'500, 65'500), "65500 x 65500"},
-        {gif("\xFF\xFF\xFF\xFF"s, "\1\0\1\0"s), "65535 x 65535"},
-        {tiff(15'000, 15'000), ""},
-        {tiff(15'000, 15'000, {{258, 32}}), "15000 x 15000"},
-        {tiff(15'000, 15'000, {{277, 4}}), "15000 x 15000"},
-        {webp("VP8X", "\0\0\0\0\xFF\xFF\xFF\xFF\xFF\xFF"s), "16777216 x 16777216"},
-        {webp("VP8L", "\x2F\xFF\xFF\xFF\x0F"s), "16384 x 16384"}}) {
+  // Empty for what is not refused.
+  for (const auto& [bytes, size] : Rows<std::string, std::string_view>{
+           {pngHeader(30'000, 8'000), ""},
+           {pngHeader(30'000, 30'000), "30000 x 30000"},
+           {pngHeader(12'000, 12'000), ""},
+           {pngHeader(12'000, 12'000, '\1'), "12000 x 12000"},
+           {pngHeader(0xFFFFFFFF, 0xFFFFFFFF), "4294967295 x 4294967295"},
+           {pngHeader(65'537, 1), "65537 x 1"},
+           {jpegThatSays(16'000, 16'000), ""},
+           {jpegThatSays(16'000, 16'000, '\xC2'), "16000 x 16000"},
+           {jpegThatSays(65'500, 65'500), "65500 x 65500"},
+           {gif("\xFF\xFF\xFF\xFF"s, "\1\0\1\0"s), "65535 x 65535"},
+           {tiff(15'000, 15'000), ""},
+           {tiff(15'000, 15'000, {{258, 32}}), "15000 x 15000"},
+           {tiff(15'000, 15'000, {{277, 4}}), "15000 x 15000"},
+           {webp("VP8X", "\0\0\0\0\xFF\xFF\xFF\xFF\xFF\xFF"s), "16777216 x 16777216"},
+           {webp("VP8L", "\x2F\xFF\xFF\xFF\x0F"s), "16384 x 16384"}}) {
     CollectedLog log;
     const Ref<NSImage> image = imageOf(bytes);
     EXPECT_EQ(image->isValid(), size.empty()) << size;
@@ -185,17 +178,13 @@ TEST_F(NSImageTests, TakesNoBitmapThatIsTooLargeWhole) {
 
 // The header is harmless, what comes behind it is not.
 TEST_F(NSImageTests, DecodesNoMoreThanMayBe) {
-  struct Case {
-    std::string_view what;
-    std::string bytes;
-    std::string_view reason;  // empty for any
-  };
   // The first of two fields counts for the decoder.
   std::string twice = tiff(8000, 8000, {{258, 32}, {260, 8}, {277, 4}, {278, 16}});
   twice.replace(twice.find("\1\4\0\3"s), 2, "\1\2");
   ASSERT_TRUE(imageOf(kGif)->bitmap());
   const long before = peakMegabytes();
-  for (const Case& each : std::vector<Case>{
+  // Empty for any.
+  for (const auto& [what, bytes, reason] : Rows<std::string_view, std::string, std::string_view>{
            {"a frame beyond its screen", gif("\1\0\1\0"s, "\xFF\xFF\xFF\xFF"s),
             "too large an image: 65535 x 65535 pixels"},
            {"a field that is there twice", twice, "too large an image: 8000 x 8000 pixels"},
@@ -208,12 +197,12 @@ TEST_F(NSImageTests, DecodesNoMoreThanMayBe) {
            {"a compression of other bytes", tiff(16, 16, {{259, 8}}), ""},
            {"a strip beyond all bounds", tiff(11'000, 11'000), ""},
            {"a canvas without a picture", webp("VP8X", "\2\0\0\0\xFF\x1F\0\xFF\x1F\0"s), ""}}) {
-    const Ref<NSImage> image = imageOf(each.bytes);
-    EXPECT_FALSE(image->bitmapOfPixels(5, 4)) << each.what;
-    EXPECT_FALSE(NSImage::initByReferencingFile(folder / "picture")->bitmap()) << each.what;
-    EXPECT_FALSE(image->isValid()) << each.what;
-    EXPECT_TRUE(image->failure().starts_with("'" + folder.path() + "/picture' ")) << each.what;
-    EXPECT_NE(image->failure().find(each.reason), std::string::npos) << image->failure();
+    const Ref<NSImage> image = imageOf(bytes);
+    EXPECT_FALSE(image->bitmapOfPixels(5, 4)) << what;
+    EXPECT_FALSE(NSImage::initByReferencingFile(folder / "picture")->bitmap()) << what;
+    EXPECT_FALSE(image->isValid()) << what;
+    EXPECT_TRUE(image->failure().starts_with("'" + folder.path() + "/picture' ")) << what;
+    EXPECT_NE(image->failure().find(reason), std::string::npos) << image->failure();
   }
   EXPECT_LT(peakMegabytes() - before, 500);
 }
@@ -221,12 +210,7 @@ TEST_F(NSImageTests, DecodesNoMoreThanMayBe) {
 TEST_F(NSImageTests, GoesByTheLimitsInForce) {
   const std::string picture = jpeg(40, 30);
   const std::string name = "'" + folder / "picture" + "' ";
-  struct Case {
-    std::string bytes;
-    Limits limits;
-    std::string failure;
-  };
-  for (const Case& each : std::vector<Case>{
+  for (const auto& [bytes, limits, failure] : Rows<std::string, Limits, std::string>{
            {picture, {.imageSide = 40, .imagePixels = 1200, .decoderBytes = 0}, ""},
            {picture, {.imageSide = 39}, name + "is too large an image: 40 x 30 pixels"},
            {picture, {.imagePixels = 1199}, name + "is too large an image: 40 x 30 pixels"},
@@ -238,10 +222,10 @@ TEST_F(NSImageTests, GoesByTheLimitsInForce) {
            {picture,
             {.decodingTime = std::chrono::milliseconds(0)},
             name + "cannot be decoded: it takes longer than 0 milliseconds"}}) {
-    const Ref<NSImage> image = imageOf(each.bytes);
-    const Limits::Scope scope(each.limits);
-    EXPECT_EQ(static_cast<bool>(image->bitmapOfPixels(3, 3)), each.failure.empty());
-    EXPECT_EQ(image->failure(), each.failure);
+    const Ref<NSImage> image = imageOf(bytes);
+    const Limits::Scope scope(limits);
+    EXPECT_EQ(static_cast<bool>(image->bitmapOfPixels(3, 3)), failure.empty());
+    EXPECT_EQ(image->failure(), failure);
   }
   const Limits::Scope scope({.bitmapPixels = 1199});
   EXPECT_FALSE(imageOf(picture)->bitmap());
@@ -326,32 +310,27 @@ TEST_F(NSImageTests, HandsDecodersOnlyTheChunksOfAPngThatMatter) {
   for (int i = 0; i < 2000; ++i) {
     many += chunk("tEXt", "") + chunk("IDAT", "");
   }
-  struct Case {
-    std::string bytes;
-    std::string seen;
-    std::string failure;
-  };
-  const std::vector<Case> cases{{needed + pixels, needed + pixels, ""},
-                                {needed + text + pixels + text, needed + pixels, ""},
-                                {needed + text + chunk("IDAT", "cut").substr(0, 9),
-                                 needed + chunk("IDAT", "cut").substr(0, 9), ""},
-                                {needed + "\xFF\xFF\xFF\xFFzTXt" + pixels, needed, ""},
-                                {needed.substr(0, 5), needed.substr(0, 5), ""},
-                                {many, "", "it has too many chunks"}};
-  for (const Case& each : cases) {
-    folder.write("picture", each.bytes);
+  for (const auto& [written, expected, failure] : Rows<std::string, std::string, std::string>{
+           {needed + pixels, needed + pixels, ""},
+           {needed + text + pixels + text, needed + pixels, ""},
+           {needed + text + chunk("IDAT", "cut").substr(0, 9),
+            needed + chunk("IDAT", "cut").substr(0, 9), ""},
+           {needed + "\xFF\xFF\xFF\xFFzTXt" + pixels, needed, ""},
+           {needed.substr(0, 5), needed.substr(0, 5), ""},
+           {many, "", "it has too many chunks"}}) {
+    folder.write("picture", written);
     const auto file = detail::OpenFile::atPath(folder / "picture");
     detail::ImageBytes bytes(*file, detail::ImageFormat::png, std::chrono::hours(1));
-    EXPECT_EQ(bytes.failure(), each.failure);
-    std::string seen(each.bytes.size(), '\0');
+    EXPECT_EQ(bytes.failure(), failure);
+    std::string seen(written.size(), '\0');
     const std::size_t got = bytes.read(0, seen.data(), seen.size());
-    EXPECT_EQ(got, each.failure.empty() ? each.seen.size() : 0);
-    seen.resize(each.seen.size());
-    EXPECT_EQ(seen, each.failure.empty() ? each.seen : "");
-    for (std::size_t i = 0; i <= each.seen.size() && each.failure.empty(); ++i) {
+    EXPECT_EQ(got, failure.empty() ? expected.size() : 0);
+    seen.resize(expected.size());
+    EXPECT_EQ(seen, failure.empty() ? expected : "");
+    for (std::size_t i = 0; i <= expected.size() && failure.empty(); ++i) {
       char one = '\0';
-      EXPECT_EQ(bytes.read(i, &one, 1), i == each.seen.size() ? 0 : 1) << i;
-      EXPECT_EQ(one, i == each.seen.size() ? '\0' : each.seen[i]) << i;
+      EXPECT_EQ(bytes.read(i, &one, 1), i == expected.size() ? 0 : 1) << i;
+      EXPECT_EQ(one, i == expected.size() ? '\0' : expected[i]) << i;
     }
   }
 }
@@ -442,22 +421,6 @@ TEST_F(NSImageTests, SurvivesDamagedFiles) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << seed;
   }
   EXPECT_GE(decoded, 20) << "of the seeds whose format each libvips reads";
-}
-
-TEST_F(NSImageTests, ReadsRealPictures) {
-  const fs::path masters =
-      MRZIPHOTO_REAL_FILES "/iPhoto-9.4.3.photolibrary/Masters/2013/08/19/20130819-192758";
-  if (!fs::exists(masters)) {
-    GTEST_SKIP() << masters << " is not there";
-  }
-  for (const auto& [name, size] : {std::pair{"P1060169", NSSize{3648, 2736}},
-                                   {"P1060252", {2736, 3648}},
-                                   {"P1060605", {1280, 720}}}) {
-    const auto image =
-        NSImage::initByReferencingFile((masters / name).replace_extension("jpg").string());
-    EXPECT_EQ(image->size(), size) << name;
-    EXPECT_TRUE(image->bitmapOfPixels(64, 64)) << name << image->failure();
-  }
 }
 
 }  // namespace

@@ -80,33 +80,32 @@ TEST(Pictures, TellSizesThatNoStoreTells) {
 }
 
 TEST(Pictures, ShowTheThumbnailFileOrTheSmallBitmap) {
-  struct Case {
-    std::string_view file;
-    bool isStored;
-    NSSize size;  // none for no thumbnail
-  };
-  for (const Case& each : {Case{"/7x5.jpg", true, {7, 5}}, Case{"/0x0.jpg", true, {40, 30}},
-                           Case{"/none.jpg", true, {40, 30}}, Case{"/0x0.jpg", false, {}}}) {
+  // None for no thumbnail.
+  for (const auto& [file, isStored, size] :
+       Rows<std::string_view, bool, NSSize>{{"/7x5.jpg", true, {7, 5}},
+                                            {"/0x0.jpg", true, {40, 30}},
+                                            {"/none.jpg", true, {40, 30}},
+                                            {"/0x0.jpg", false, {}}}) {
     StandInDatabase database;
-    const auto photo = photoWith(database, {{"ImagePath", "/40x30.jpg"},
-                                            {"ImageThumbnailPath", each.file},
-                                            {"ThumbPath", "/9x9.jpg"}});
-    if (each.isStored && NSImage::isSupported()) {
+    const auto photo = photoWith(
+        database,
+        {{"ImagePath", "/40x30.jpg"}, {"ImageThumbnailPath", file}, {"ThumbPath", "/9x9.jpg"}});
+    if (isStored && NSImage::isSupported()) {
       database.thumbnails[42] = make<NSBitmapImageRep>(64, 64);
     }
     const auto thumbnail = photo->thumbnail();
-    if (!NSImage::isSupported() && each.file != "/7x5.jpg") {
+    if (!NSImage::isSupported() && file != "/7x5.jpg") {
       EXPECT_FALSE(thumbnail);
       continue;
     }
-    ASSERT_EQ(static_cast<bool>(thumbnail), each.size != NSSize{}) << each.file;
+    ASSERT_EQ(static_cast<bool>(thumbnail), size != NSSize{}) << file;
     if (!thumbnail) {
       // Not kept: the next call tries again.
       database.thumbnails[42] = make<NSBitmapImageRep>(64, 64);
       EXPECT_TRUE(photo->thumbnail());
       continue;
     }
-    EXPECT_EQ(thumbnail->size(), each.size) << each.file;
+    EXPECT_EQ(thumbnail->size(), size) << file;
     EXPECT_EQ(photo->thumbnail(), thumbnail);
     EXPECT_NE(photo->displayThumbnail(), thumbnail);
     EXPECT_EQ(photo->displayThumbnail(), photo->displayThumbnail());
@@ -135,23 +134,21 @@ TEST(Pictures, MakeSmallCopiesOfOriginals) {
   if (!NSImage::isSupported()) {
     GTEST_SKIP() << "built without images";
   }
-  struct Case {
-    std::string_view original;
-    NSSize size;
-    bool isCopy;
-  };
   StandInDatabase database;
-  for (const Case& each :
-       {Case{"/3000x2000.jpg", {240, 160}, true}, Case{"/2000x3000.jpg", {160, 240}, true},
-        Case{"/1000x333.jpg", {240, 80}, true}, Case{"/241x240.jpg", {240, 240}, true},
-        Case{"/240x240.jpg", {240, 240}, false}, Case{"/0x0.jpg", {0, 0}, false}}) {
+  for (const auto& [original, size, isCopy] :
+       Rows<std::string_view, NSSize, bool>{{"/3000x2000.jpg", {240, 160}, true},
+                                            {"/2000x3000.jpg", {160, 240}, true},
+                                            {"/1000x333.jpg", {240, 80}, true},
+                                            {"/241x240.jpg", {240, 240}, true},
+                                            {"/240x240.jpg", {240, 240}, false},
+                                            {"/0x0.jpg", {0, 0}, false}}) {
     const auto photo = photoWith(database, {{"ImagePath", "/a/40x30.jpg"},
-                                            {"ImageOriginalPath", each.original},
+                                            {"ImageOriginalPath", original},
                                             {"ImageThumbnailPath", "/9x9.jpg"}});
     const auto copy = photo->originalThumbnail();
-    ASSERT_TRUE(copy) << each.original;
-    EXPECT_EQ(copy->size(), each.size) << each.original;
-    EXPECT_EQ(!copy.as<HostImage>(), each.isCopy) << each.original;
+    ASSERT_TRUE(copy) << original;
+    EXPECT_EQ(copy->size(), size) << original;
+    EXPECT_EQ(!copy.as<HostImage>(), isCopy) << original;
     EXPECT_EQ(photo->originalThumbnail(), copy);
   }
   const auto unedited = photoWith(database, {{"ImagePath", "/40x30.jpg"},

@@ -11,12 +11,6 @@
 namespace mrziphoto {
 namespace {
 
-/// The object after a way through an archive.
-Value archivedAndRead(NSArchiver& archiver, const Value& object) {
-  archiver.encodeObject(object);
-  return NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject();
-}
-
 TEST(Key, HoldsTheWholeUnsignedRange) {
   for (const auto& [number, text] : {std::pair{0U, "0"}, {7U, "7"}, {4294967295U, "4294967295"}}) {
     const Ref<Key> key = Key::initWithKey(number);
@@ -33,9 +27,8 @@ TEST(Key, HoldsTheWholeUnsignedRange) {
 }
 
 TEST(Key, EqualsByItsWholeDictionary) {
-  NSArchiver archiver;
   const Ref<Key> made = Key::initWithKey(7);
-  const Value again = archivedAndRead(archiver, made);
+  const Value again = throughArchive(made);
   ASSERT_TRUE(again.object<Key>());
   EXPECT_TRUE(made->isEqual(*again.object<Key>()));
   EXPECT_EQ(made->hash(), again.object<Key>()->hash());
@@ -80,9 +73,8 @@ TEST(ImageRec, PrefersItsImageSource) {
   info->setObjectForKey(make<DBSource>(), ImageRec::kImageSource);
   EXPECT_EQ(info->fileName(), std::nullopt) << "the source decides, even without a name";
 
-  NSArchiver archiver;
   const Value source =
-      archivedAndRead(archiver, archivedAs<ImageSource>({{"Directory", 8}, {"Filename", "s"}}));
+      throughArchive(archivedAs<ImageSource>({{"Directory", 8}, {"Filename", "s"}}));
   expectAnswers(*source.object(), {{"directoryKey", 8}, {"filename", "s"}});
   const Ref<ImageRec> full = ImageRec::initWithDictionary(dictionary({{"Key", 1}, {"Roll", 2}}));
   full->setObjectForKey(source, "ImageSource");
@@ -122,27 +114,25 @@ TEST(AttributeMgr, KeepsAttributesApartFromItsOwnEntries) {
 }
 
 TEST(ArchivedStores, LogNewerVersionsAndReadOn) {
-  struct Case {
-    Value object;
-    std::string_view versionName;
-    std::uint32_t version;
-    Texts lines;
-  };
   const Ref<ImageRec> info = ImageRec::init();
   info->setFileName("a.jpg");
   const Ref<AttributeMgr> misspelt = AttributeMgr::init();
   misspelt->setAttributeForKey("x", "Caption");
-  for (const Case& each : {Case{info, "ImageRec", 4, {}},
-                           {info, "ImageRec", 5, {"ImageRec version 5"}},
-                           {misspelt, "AttributeMgr", 2, {"AttributeMgr version 2"}},
-                           {make<ImageRefKey>(), "Key", 2, {"ImageRefKey version 2"}}}) {
+  for (const auto& [object, versionName, version, lines] :
+       Rows<Value, std::string_view, std::uint32_t, Texts>{
+           {info, "ImageRec", 4, {}},
+           {info, "ImageRec", 5, {"ImageRec version 5"}},
+           {misspelt, "AttributeMgr", 2, {"AttributeMgr version 2"}},
+           {make<ImageRefKey>(), "Key", 2, {"ImageRefKey version 2"}}}) {
     CollectedLog log;
     NSArchiver archiver;
-    archiver.setVersionForClassName(each.version, each.versionName);
-    const Value again = archivedAndRead(archiver, each.object);
-    EXPECT_EQ(log.lines(), each.lines) << each.versionName;
+    archiver.setVersionForClassName(version, versionName);
+    archiver.encodeObject(object);
+    const Value again =
+        NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject();
+    EXPECT_EQ(log.lines(), lines) << versionName;
     ASSERT_TRUE(again.object<ArchivedRecord>());
-    EXPECT_EQ(again.description(), each.object.description());
+    EXPECT_EQ(again.description(), object.description());
   }
 }
 

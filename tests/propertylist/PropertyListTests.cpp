@@ -36,14 +36,6 @@ std::string failure(std::string_view document) {
   }
 }
 
-std::string repeated(std::string_view text, std::size_t times) {
-  std::string result;
-  for (std::size_t i = 0; i < times; ++i) {
-    result += text;
-  }
-  return result;
-}
-
 /// The parts of a list that has a bar between two.
 Texts partsOf(std::string_view list) {
   Texts parts;
@@ -68,38 +60,36 @@ std::string utf16(std::u16string_view text, bool bigEndian) {
 
 TEST(PropertyList, BuildsTheValueOfEveryElement) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  const std::pair<std::string_view, Value> cases[] = {
-      {"<string>Köln</string>", "Köln"},
-      {"<string/>", ""},
-      {"<string></string>", ""},
-      {"<true/>", true},
-      {"<false></false>", false},
-      {"<integer>42</integer>", std::int64_t{42}},
-      {"<integer>\n +0x7F </integer>", std::int64_t{127}},
-      {"<integer>-0x1f</integer>", std::int64_t{-31}},
-      {"<integer>9223372036854775807</integer>", std::numeric_limits<std::int64_t>::max()},
-      {"<integer>-9223372036854775808</integer>", std::numeric_limits<std::int64_t>::min()},
-      {"<integer>18446744073709551615</integer>", std::numeric_limits<std::uint64_t>::max()},
-      {"<real>398626087.701332</real>", 398626087.701332},
-      {"<real> -1.5e-3 </real>", -0.0015},
-      {"<real>3</real>", 3.0},
-      {"<real>+infinity</real>", kInfinity},
-      {"<real>-INF</real>", -kInfinity},
-      {"<date>2001-01-01T00:00:01Z</date>", Date{1}},
-      {"<date>1904-02-29T12:00:00Z</date>", Date{-3056011200}},
-      {"<data>\n\taGVs\r\n\tbG8=\n</data>", Data::copyOf("hello")},
-      {"<data/>", Data()},
-      {"<array/>", list({})},
-      {"<dict></dict>", dictionary({})},
-      {"<array><true/><!-- and --><array><string>a</string></array></array>",
-       list({true, list({"a"})})},
-      // Of equal keys the later stands.
-      {"<dict><key>a</key><true/><key>b</key><true/><key>a</key><string>z</string></dict>",
-       dictionary({{"a", "z"}, {"b", true}})},
-      {"<dict><key>b</key><real>1</real><key>a</key><dict/></dict>",
-       dictionary({{"b", 1.0}, {"a", dictionary({})}})},
-  };
-  for (const auto& [element, expected] : cases) {
+  for (const auto& [element, expected] : Rows<std::string_view, Value>{
+           {"<string>Köln</string>", "Köln"},
+           {"<string/>", ""},
+           {"<string></string>", ""},
+           {"<true/>", true},
+           {"<false></false>", false},
+           {"<integer>42</integer>", std::int64_t{42}},
+           {"<integer>\n +0x7F </integer>", std::int64_t{127}},
+           {"<integer>-0x1f</integer>", std::int64_t{-31}},
+           {"<integer>9223372036854775807</integer>", std::numeric_limits<std::int64_t>::max()},
+           {"<integer>-9223372036854775808</integer>", std::numeric_limits<std::int64_t>::min()},
+           {"<integer>18446744073709551615</integer>", std::numeric_limits<std::uint64_t>::max()},
+           {"<real>398626087.701332</real>", 398626087.701332},
+           {"<real> -1.5e-3 </real>", -0.0015},
+           {"<real>3</real>", 3.0},
+           {"<real>+infinity</real>", kInfinity},
+           {"<real>-INF</real>", -kInfinity},
+           {"<date>2001-01-01T00:00:01Z</date>", Date{1}},
+           {"<date>1904-02-29T12:00:00Z</date>", Date{-3056011200}},
+           {"<data>\n\taGVs\r\n\tbG8=\n</data>", Data::copyOf("hello")},
+           {"<data/>", Data()},
+           {"<array/>", list({})},
+           {"<dict></dict>", dictionary({})},
+           {"<array><true/><!-- and --><array><string>a</string></array></array>",
+            list({true, list({"a"})})},
+           // Of equal keys the later stands.
+           {"<dict><key>a</key><true/><key>b</key><true/><key>a</key><string>z</string></dict>",
+            dictionary({{"a", "z"}, {"b", true}})},
+           {"<dict><key>b</key><real>1</real><key>a</key><dict/></dict>",
+            dictionary({{"b", 1.0}, {"a", dictionary({})}})}}) {
     const Value value = read("<plist version='1.0'>"s + std::string(element) + "</plist>");
     EXPECT_EQ(value, expected) << element;
     EXPECT_EQ(value.numberType(), expected.numberType()) << element;
@@ -109,18 +99,16 @@ TEST(PropertyList, BuildsTheValueOfEveryElement) {
 }
 
 TEST(PropertyList, ReadsTextAsXmlMeansIt) {
-  const std::pair<std::string_view, std::string_view> cases[] = {
-      {"a &lt;&amp;&gt; &quot;b&apos;", "a <&> \"b'"},
-      {"&#65;&#x42;&#x1F600;&#13;&#xd;", "AB\U0001F600\r\r"},
-      {"one\r\ntwo\rthree\n\r\n", "one\ntwo\nthree\n\n"},
-      {"a<![CDATA[<b>&amp;\r\n]]]]><![CDATA[>]]>c", "a<b>&amp;\n]]>c"},
-      {"a<!-- b - c -->d<?e f?>g", "adg"},
-      {" ]] > ]>\t\x7F", " ]] > ]>\t\x7F"},
-      {"Grüße, \u20AC, \uFFFD, \U0010FFFF", "Grüße, \u20AC, \uFFFD, \U0010FFFF"},
-      {"a text of more than sixteen plain characters &amp; more than that again",
-       "a text of more than sixteen plain characters & more than that again"},
-  };
-  for (const auto& [text, expected] : cases) {
+  for (const auto& [text, expected] : Rows<std::string_view, std::string_view>{
+           {"a &lt;&amp;&gt; &quot;b&apos;", "a <&> \"b'"},
+           {"&#65;&#x42;&#x1F600;&#13;&#xd;", "AB\U0001F600\r\r"},
+           {"one\r\ntwo\rthree\n\r\n", "one\ntwo\nthree\n\n"},
+           {"a<![CDATA[<b>&amp;\r\n]]]]><![CDATA[>]]>c", "a<b>&amp;\n]]>c"},
+           {"a<!-- b - c -->d<?e f?>g", "adg"},
+           {" ]] > ]>\t\x7F", " ]] > ]>\t\x7F"},
+           {"Grüße, \u20AC, \uFFFD, \U0010FFFF", "Grüße, \u20AC, \uFFFD, \U0010FFFF"},
+           {"a text of more than sixteen plain characters &amp; more than that again",
+            "a text of more than sixteen plain characters & more than that again"}}) {
     const std::string element = "<string>" + std::string(text) + "</string >";
     EXPECT_EQ(read(element).text(), expected) << text;
     const std::string entry = "<dict><key>" + std::string(text) + "</key><true/></dict>";
@@ -144,32 +132,31 @@ TEST(PropertyList, SlicesTheFileWhereATextLiesInIt) {
 
 TEST(PropertyList, SaysWhatIsWrongAndWhere) {
   const std::string name(100, 'n');
-  const std::pair<std::string, std::string> cases[] = {
-      {"", "has no element at line 1, byte 0"},
-      {"<plist>\r\n<dict>\r\n\t<key>a</key>\r", "ends inside <dict> at line 4, byte 31"},
-      {"<plist>\n<array></dict>", "closes <array> with </dict> at line 2, byte 15"},
-      {"<plist/>", "holds no value at line 1, byte 0"},
-      {"<plist><true/><true/></plist>", "holds a second value at line 1, byte 14"},
-      {"<dict>\n<key>a</key>\n</dict>", "has no value for the key \"a\" at line 2, byte 7"},
-      {"<dict><key>a</key><key>b</key></dict>", "has no value for the key \"a\" at line 1, byte 6"},
-      {"<dict><true/></dict>", "has a value without a key at line 1, byte 6"},
-      {"<array>a</array>", "has text inside <array> at line 1, byte 7"},
-      {"<array><![CDATA[ ]]></array>", "has a CDATA section inside <array> at line 1, byte 7"},
-      {"<string>a<b/></string>", "has an element inside <string> at line 1, byte 9"},
-      {"<key>a</key>", "has <key> in the place of a value at line 1, byte 0"},
-      {"<" + name + "/>",
-       "has <" + name.substr(0, 60) + "...> in the place of a value at line 1, byte 0"},
-      {"<string>&nbsp;</string>", "refers to the unknown entity \"nbsp\" at line 1, byte 9"},
-      {"<true/>\n<true/>", "goes on after its root element at line 2, byte 8"},
-      {"<string>\xC3</string>", "has bytes that are not UTF-8 at line 1, byte 8"},
-      {"<?xml version='1.0' encoding='klingon'?><true/>",
-       "declares the unknown encoding \"klingon\" at line 1, byte 40"},
-      {"\xFF\xFE"s + utf16(u"<string>\né\xD800</string>", false),
-       "has bytes that are not UTF-16LE at line 2, byte 22"},
-      {"\xFE\xFF"s + utf16(u"<array>é\U0001F600</array>", true),
-       "has text inside <array> at line 1, byte 16"},
-  };
-  for (const auto& [document, expected] : cases) {
+  for (const auto& [document, expected] : Rows<std::string, std::string>{
+           {"", "has no element at line 1, byte 0"},
+           {"<plist>\r\n<dict>\r\n\t<key>a</key>\r", "ends inside <dict> at line 4, byte 31"},
+           {"<plist>\n<array></dict>", "closes <array> with </dict> at line 2, byte 15"},
+           {"<plist/>", "holds no value at line 1, byte 0"},
+           {"<plist><true/><true/></plist>", "holds a second value at line 1, byte 14"},
+           {"<dict>\n<key>a</key>\n</dict>", "has no value for the key \"a\" at line 2, byte 7"},
+           {"<dict><key>a</key><key>b</key></dict>",
+            "has no value for the key \"a\" at line 1, byte 6"},
+           {"<dict><true/></dict>", "has a value without a key at line 1, byte 6"},
+           {"<array>a</array>", "has text inside <array> at line 1, byte 7"},
+           {"<array><![CDATA[ ]]></array>", "has a CDATA section inside <array> at line 1, byte 7"},
+           {"<string>a<b/></string>", "has an element inside <string> at line 1, byte 9"},
+           {"<key>a</key>", "has <key> in the place of a value at line 1, byte 0"},
+           {"<" + name + "/>",
+            "has <" + name.substr(0, 60) + "...> in the place of a value at line 1, byte 0"},
+           {"<string>&nbsp;</string>", "refers to the unknown entity \"nbsp\" at line 1, byte 9"},
+           {"<true/>\n<true/>", "goes on after its root element at line 2, byte 8"},
+           {"<string>\xC3</string>", "has bytes that are not UTF-8 at line 1, byte 8"},
+           {"<?xml version='1.0' encoding='klingon'?><true/>",
+            "declares the unknown encoding \"klingon\" at line 1, byte 40"},
+           {"\xFF\xFE"s + utf16(u"<string>\né\xD800</string>", false),
+            "has bytes that are not UTF-16LE at line 2, byte 22"},
+           {"\xFE\xFF"s + utf16(u"<array>é\U0001F600</array>", true),
+            "has text inside <array> at line 1, byte 16"}}) {
     EXPECT_EQ(failure(document), "the property list " + expected) << document;
   }
 }
@@ -342,26 +329,6 @@ TEST(PropertyListAndExpat, AgreeOnDamagedDocuments) {
       compare(changed);
       compare(document.substr(0, at) + character + document.substr(at));
     }
-  }
-}
-
-TEST(PropertyList, ReadsFilesOfRealPrograms) {
-  const fs::path files = MRZIPHOTO_REAL_FILES;
-  if (!fs::exists(files)) {
-    GTEST_SKIP() << files << " is not there";
-  }
-  const fs::path library = files / "iPhoto-9.4.3.photolibrary";
-  const Ref<Dictionary> album = read(fileBytes(library / "AlbumData.xml")).dictionary();
-  const Ref<Dictionary> photos = album->get("Master Image List").dictionary();
-  ASSERT_EQ(photos->size(), 7U);
-  const Ref<Dictionary> photo = photos->get("3").dictionary();
-  EXPECT_EQ(photo->get("Comment"), Value(" "));
-  EXPECT_EQ(photo->get("DateAsTimerInterval"), Value(339348594.0));
-  for (const auto& file :
-       {library / "AlbumData.xml", library / "Info.plist", files / "albumdata/iPhoto-5.0.4.xml",
-        files / "albumdata/iPhoto-9.4.3-earlier.xml"}) {
-    const Value value = read(fileBytes(file));
-    EXPECT_EQ(read(propertyListFromValue(value)), value) << file;
   }
 }
 

@@ -46,14 +46,15 @@ TEST(Bundle, AnswersInTheUsersLanguageElseInEnglish) {
   folder.write("en.lproj/T.strings", "\"a\" = \"english a\"; \"b\" = \"english b\";");
   folder.write("de.lproj/T.strings", "\"a\" = \"deutsch a\";");
   folder.write("de.lproj/Broken.strings", "\"a\" = ");
-  const std::tuple<const char*, const char*, const char*> cases[] = {
-      {"de_DE.UTF-8", "deutsch a", "english b"}, {"de", "deutsch a", "english b"},
-      {"fr_FR", "english a", "english b"},       {"C", "english a", "english b"},
-      {"../de", "english a", "english b"},       {"", "english a", "english b"},
-  };
   const EnvironmentVariable all("LC_ALL", std::nullopt);
   const EnvironmentVariable lang("LANG", "en_GB.UTF-8");
-  for (const auto& [locale, a, b] : cases) {
+  for (const auto& [locale, a, b] :
+       Rows<const char*, const char*, const char*>{{"de_DE.UTF-8", "deutsch a", "english b"},
+                                                   {"de", "deutsch a", "english b"},
+                                                   {"fr_FR", "english a", "english b"},
+                                                   {"C", "english a", "english b"},
+                                                   {"../de", "english a", "english b"},
+                                                   {"", "english a", "english b"}}) {
     const EnvironmentVariable messages("LC_MESSAGES", locale);
     const Ref<Bundle> bundle = Bundle::withPath(folder.path());
     ASSERT_TRUE(bundle);
@@ -142,13 +143,20 @@ TEST(TVQiPhotoFramework, FindsItsResourcesFromWhereItWasLoaded) {
 }
 
 TEST(UserDefaults, HostStandsBeforeTheEnvironment) {
-  const std::pair<const char*, bool> cases[] = {
-      {"YES", true}, {"yes", true}, {"true", true},   {"1", true},  {" -0042", true},
-      {"t", true},   {"NO", false}, {"false", false}, {"0", false}, {"", false},
-      {"00", false}, {"on", false}, {"0.5", false},
-  };
   const std::string name = "MRZiPhotoTestDefault";
-  for (const auto& [text, truth] : cases) {
+  for (const auto& [text, truth] : Rows<const char*, bool>{{"YES", true},
+                                                           {"yes", true},
+                                                           {"true", true},
+                                                           {"1", true},
+                                                           {" -0042", true},
+                                                           {"t", true},
+                                                           {"NO", false},
+                                                           {"false", false},
+                                                           {"0", false},
+                                                           {"", false},
+                                                           {"00", false},
+                                                           {"on", false},
+                                                           {"0.5", false}}) {
     const EnvironmentVariable variable(name, text);
     EXPECT_EQ(UserDefaults::boolForKey(name), truth) << text;
     UserDefaults::setBoolForKey(!truth, name);

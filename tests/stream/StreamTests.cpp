@@ -25,25 +25,21 @@ TVQiPhotoCodedStreamData bigEndian(std::string_view bytes, std::int32_t size) {
 
 TEST(TVQStreamData, ReadsEveryWidthInTheOrderOfItsSwapMode) {
   const Data bytes = Data::copyOf("\x01\x02\x03\x04\x05\x06\x07\x08"sv);
-  struct Case {
-    std::int32_t mode;
-    std::int16_t number16;
-    std::int32_t number32;
-    std::int64_t number64;
-  };
   // Modes outside the list behave as the host's order.
-  for (const Case& each : {Case{2, 0x0102, 0x01020304, 0x0102030405060708},
-                           {3, 0x0201, 0x04030201, 0x0807060504030201},
-                           {0, 0x0201, 0x04030201, 0x0807060504030201},
-                           {1, 0x0102, 0x01020304, 0x0102030405060708},
-                           {99, 0x0201, 0x04030201, 0x0807060504030201}}) {
+  for (const auto& [mode, number16, number32, number64] :
+       Rows<std::int32_t, std::int16_t, std::int32_t, std::int64_t>{
+           {2, 0x0102, 0x01020304, 0x0102030405060708},
+           {3, 0x0201, 0x04030201, 0x0807060504030201},
+           {0, 0x0201, 0x04030201, 0x0807060504030201},
+           {1, 0x0102, 0x01020304, 0x0102030405060708},
+           {99, 0x0201, 0x04030201, 0x0807060504030201}}) {
     TVQStreamData stream = TVQStreamData::initWithData(bytes);
-    stream.setShouldSwapMode(each.mode);
-    EXPECT_EQ(stream.readShort(), each.number16) << each.mode;
+    stream.setShouldSwapMode(mode);
+    EXPECT_EQ(stream.readShort(), number16) << mode;
     stream.seekToDataOffset(0);
-    EXPECT_EQ(stream.readInt(), each.number32) << each.mode;
+    EXPECT_EQ(stream.readInt(), number32) << mode;
     stream.seekByDataOffset(-4);
-    EXPECT_EQ(stream.readLongLong(), each.number64) << each.mode;
+    EXPECT_EQ(stream.readLongLong(), number64) << mode;
     EXPECT_TRUE(stream.isAtEndOfData());
   }
 }
@@ -121,7 +117,7 @@ TEST(TVQiPhotoCodedStreamData, ReadsTextsInEitherByteOrder) {
       // A byte-order mark makes the units stand in the host's order, and stays in the text.
       {"\0\0\0\4\xFF\xFE\x41\0"sv, "\uFEFFA"},
       {"\0\0\0\4\xFE\xFF\x41\0"sv, "\uFFFEA"},
-      {"\0\0\0\x6\xD8\x3D\xDE\0\xD8\x3D"sv, "\U0001F600\uFFFD"},  // a lone surrogate
+      {"\0\0\0\x6\xD8\x3D\xDE\0\xD8\x3D"sv, "\U0001F600\uFFFD"}  // a lone surrogate
   };
   for (const auto& [bytes, text] : cases) {
     EXPECT_EQ(bigEndian(bytes).readCodedUTF16String().utf8(), text);

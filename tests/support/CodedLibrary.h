@@ -12,12 +12,6 @@
 
 namespace mrziphoto {
 
-inline std::string archiveOf(const Value& root) {
-  NSArchiver archiver;
-  archiver.encodeObject(root);
-  return std::string(archiver.archivedData().bytes());
-}
-
 /// The archive of an album section: a number, then the albums one by one.
 inline std::string albumArchive(const std::vector<Value>& objects) {
   NSArchiver archiver;

@@ -46,11 +46,17 @@ using Entries = std::initializer_list<std::pair<std::string_view, Value>>;
 inline Ref<Array> list(std::vector<Value> values) { return make<Array>(std::move(values)); }
 inline Ref<Dictionary> dictionary(Entries entries) { return make<Dictionary>(entries); }
 
+/// An archive of these objects, one behind the other.
+template <class... Values>
+std::string archiveBytes(const Values&... objects) {
+  NSArchiver archiver;
+  (archiver.encodeObject(objects), ...);
+  return std::string(archiver.archivedData().bytes());
+}
+
 /// The object after a way through an archive.
 inline Value throughArchive(const Value& object) {
-  NSArchiver archiver;
-  archiver.encodeObject(object);
-  return NSUnarchiver::initForReadingWithData(archiver.archivedData())->decodeObject();
+  return NSUnarchiver::initForReadingWithData(Data::copyOf(archiveBytes(object)))->decodeObject();
 }
 
 /// The text with one word for another wherever it stands.

@@ -196,11 +196,8 @@ TEST(WithoutImages, PictureCommandsSaySo) {
     GTEST_SKIP() << "This build reads pictures.";
   }
   const Sample library(200);
-  const std::string file = library.outside("x");
-  for (const Texts& words : std::vector<Texts>{{"check", library.root},
-                                               {"contact-sheet", library.root, "-o", file},
-                                               {"thumbnail", library.root, "102", "-o", file}}) {
-    const ToolResult result = runTool(words);
+  for (const char* line : {"check $L", "contact-sheet $L -o $L/x", "thumbnail $L 102 -o $L/x"}) {
+    const ToolResult result = runLine(line, library.root);
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.err.find("built without images"), std::string::npos) << result.err;
   }
@@ -208,33 +205,28 @@ TEST(WithoutImages, PictureCommandsSaySo) {
 
 TEST_F(PictureCommands, WriteNothingWhereTheyFail) {
   const Sample library(200);
-  const Sample empty(15);
+  writeSample(library.outside("empty"), 15);
   library.remove({"Data", "Thumb64Segment.data"});
   library.write("Data/" + kFirstRoll + "IMG_0002.jpg", "no image");
   const std::string existing = library.outside("existing");
   std::ofstream(existing) << "stays";
-  const struct {
-    Texts words;
-    std::string named;
-  } cases[] = {
-      {{"thumbnail", library.root, "102", "-o", existing}, "photo 102"},
-      {{"thumbnail", library.root, "103", "-o", existing}, "IMG_0002.jpg' is no image"},
-      {{"thumbnail", library.root, "99", "-o", existing}, "key 99"},
-      {{"contact-sheet", empty.root, "-o", existing}, empty.root},
-      {{"contact-sheet", library.root, "--album", "Nobody", "-o", existing}, "'Nobody'"},
-      {{"contact-sheet", library.root, "-o", library.outside("none/x.jpg")}, "none/x.jpg"},
-      {{"contact-sheet", library.root, "-o", library.outside("")}, "directory"},
-      {{"contact-sheet", library.root, "-o", "/dev/full"}, "/dev/full"},
-  };
-  for (const auto& [words, named] : cases) {
-    const ToolResult result = runTool(words);
+  for (const auto& [line, named] : Rows<std::string, std::string>{
+           {"thumbnail $L 102 -o $L/../existing", "photo 102"},
+           {"thumbnail $L 103 -o $L/../existing", "IMG_0002.jpg' is no image"},
+           {"thumbnail $L 99 -o $L/../existing", "key 99"},
+           {"contact-sheet $L/../empty -o $L/../existing", library.outside("empty")},
+           {"contact-sheet $L --album Nobody -o $L/../existing", "'Nobody'"},
+           {"contact-sheet $L -o $L/../none/x.jpg", "none/x.jpg"},
+           {"contact-sheet $L -o $L/..", "directory"},
+           {"contact-sheet $L -o /dev/full", "/dev/full"}}) {
+    const ToolResult result = runLine(line, library.root);
     EXPECT_EQ(result.status, 1) << named;
     EXPECT_NE(lastLineOf(result.err).find(named), std::string::npos) << result.err;
     EXPECT_TRUE(lastLineOf(result.err).starts_with("mrziphoto: ")) << result.err;
   }
   EXPECT_EQ(fileBytes(existing), "stays");
   // Nor is anything left over beside it.
-  EXPECT_EQ(std::distance(fs::directory_iterator(library.outside("")), {}), 2);
+  EXPECT_EQ(std::distance(fs::directory_iterator(library.outside("")), {}), 3);
 }
 
 TEST_F(PictureCommands, LeaveTheLibraryAsItIs) {
@@ -254,11 +246,9 @@ TEST_F(PictureCommands, LeaveTheLibraryAsItIs) {
         library / ("Originals/" + kFirstRoll + "new"),
         library.outside("folder/Originals/" + kFirstRoll + "../new"),
         library.outside("disk/" + kFirstRoll + "new")}) {
-    for (const Texts& command :
-         {Texts{"thumbnail", library.root, "102"}, {"contact-sheet", library.outside("folder")}}) {
-      Texts words = command;
-      words.insert(words.end(), {"-o", place, "--quiet"});
-      const ToolResult result = runTool(words);
+    for (const std::string command :
+         {"thumbnail $L 102 -q -o ", "contact-sheet $L/../folder -q -o "}) {
+      const ToolResult result = runLine(command + quoted(place), library.root);
       EXPECT_TRUE(result.err.starts_with("mrziphoto: '" + place + "' lies in the library"))
           << result.err;
       EXPECT_EQ(result.status, 1);
@@ -268,12 +258,10 @@ TEST_F(PictureCommands, LeaveTheLibraryAsItIs) {
   EXPECT_FALSE(fs::exists(library / "new"));
   fs::rename(original, library.outside("disk/" + kFirstRoll + "IMG_0001.jpg"));
   fs::create_symlink("disk/" + kFirstRoll + "IMG_0001.jpg", library.outside("sheet.jpg"));
-  EXPECT_EQ(
-      runTool({"contact-sheet", library.root, "-o", library.outside("sheet.jpg"), "-q"}).status, 1);
+  EXPECT_EQ(runLine("contact-sheet $L -q -o $L/../sheet.jpg", library.root).status, 1);
   EXPECT_EQ(fileBytes(library.outside("sheet.jpg")), picture);
   // Beside the folders that pictures lie in is somebody else's.
-  EXPECT_EQ(
-      runTool({"thumbnail", library.root, "102", "-o", library.outside("disk/x"), "-q"}).status, 0);
+  EXPECT_EQ(runLine("thumbnail $L 102 -q -o $L/../disk/x", library.root).status, 0);
 }
 
 // Where libvips would keep its code, and its pictures: a folder's time tells of files that are
@@ -292,31 +280,29 @@ TEST_F(PictureCommands, MakeNoFilesForTheirOwnUse) {
 }
 
 TEST(OutputFile, HasNoNameOfAnotherFormat) {
-  struct Case {
-    std::string path;
-    std::string format;
-    std::string right;  // empty when the path is
-  };
-  for (const Case& each : std::vector<Case>{{"a/x.jpg", "png", "a/x.png"},
-                                            {"x.JPEG", "png", "x.png"},
-                                            {"x.tif", "jpg", "x.jpg"},
-                                            {"x.png", "jpg", "x.jpg"},
-                                            {"x.PNG", "png", ""},
-                                            {"x.jpe", "jpg", ""},
-                                            {"x.jpg.new", "png", ""},
-                                            {"png.jpg/x", "png", ""},
-                                            {"x.", "png", ""},
-                                            {"x", "jpg", ""}}) {
+  // Empty when the path is.
+  for (const auto& [path, format, right] :
+       Rows<std::string, std::string, std::string>{{"a/x.jpg", "png", "a/x.png"},
+                                                   {"x.JPEG", "png", "x.png"},
+                                                   {"x.tif", "jpg", "x.jpg"},
+                                                   {"x.png", "jpg", "x.jpg"},
+                                                   {"x.PNG", "png", ""},
+                                                   {"x.jpe", "jpg", ""},
+                                                   {"x.jpg.new", "png", ""},
+                                                   {"png.jpg/x", "png", ""},
+                                                   {"x.", "png", ""},
+                                                   {"x", "jpg", ""}}) {
     std::string failure;
     try {
-      tool::expectEnding(each.path, each.format);
+      tool::expectEnding(path, format);
     } catch (const tool::Failure& error) {
       failure = error.what();
       EXPECT_EQ(error.status(), tool::ExitStatus::wrongUse);
     }
-    EXPECT_EQ(failure, each.right.empty() ? ""
-                                          : "'" + each.path + "' is the name of another format: " +
-                                                "call it '" + each.right + "'");
+    EXPECT_EQ(failure,
+              right.empty()
+                  ? ""
+                  : "'" + path + "' is the name of another format: " + "call it '" + right + "'");
   }
   EXPECT_EQ(runTool({"thumbnail", "/nowhere", "1", "-o", "x.jpg"}).status, 2);
   EXPECT_EQ(runTool({"contact-sheet", "/nowhere", "-o", "x.png"}).status, 2);
@@ -404,21 +390,15 @@ TEST_F(PictureCommands, TellOfAFileThatMayGrowNoFurther) {
 }
 
 TEST(SampleCommand, WritesArchivesInTheByteOrderAskedFor) {
-  const TemporaryFolder folder;
-  const struct {
-    Texts option;
-    std::string beginning;
-  } kCases[] = {{{}, "\x04\x0Bstreamtyped"},
-                {{"--byte-order", "little"}, "\x04\x0Bstreamtyped"},
-                {{"--byte-order", "big"}, "\x04\x0Btypedstream"}};
-  for (const auto& each : kCases) {
-    Texts words{"sample", folder / "library", "--photos", "2", "--no-images"};
-    words.insert(words.end(), each.option.begin(), each.option.end());
-    ASSERT_EQ(runTool(words).status, 0);
-    for (const char* file : {"library/Dir.data", "library/Library.iPhoto"}) {
-      EXPECT_TRUE(fileBytes(folder / file).starts_with(each.beginning)) << file;
+  for (const auto& [option, beginning] :
+       Rows<std::string, std::string>{{"", "\x04\x0Bstreamtyped"},
+                                      {"--byte-order little", "\x04\x0Bstreamtyped"},
+                                      {"--byte-order big", "\x04\x0Btypedstream"}}) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(runLine("sample $L --photos 2 --no-images " + option, folder.path()).status, 0);
+    for (const char* file : {"Dir.data", "Library.iPhoto"}) {
+      EXPECT_TRUE(fileBytes(folder / file).starts_with(beginning)) << file;
     }
-    fs::remove_all(folder / "library");
   }
 }
 
@@ -526,25 +506,17 @@ TEST_F(ContactSheet, ShowsALibraryWhosePictureFoldersAreGone) {
 }
 
 TEST(SheetLayout, FitsIntoAJpegPicture) {
-  const struct {
-    std::size_t photos;
-    std::optional<std::uint32_t> columns;
-    std::uint32_t cell;
-    std::size_t width;
-    std::size_t height;
-    std::string failure;
-  } cases[] = {
-      {1, {}, 128, 128, 128, ""},
-      {24, {}, 128, 5 * 128, 5 * 128, ""},
-      {24, 6, 100, 600, 400, ""},
-      {3, 6, 100, 300, 100, ""},
-      {8000, {}, 128, 16 * 128, 500 * 128, ""},
-      {20'000, {}, 128, 40 * 128, 500 * 128, ""},
-      {20'000, 20, 128, 0, 0, "at least 40 with --columns"},
-      {20'000, 5000, 128, 0, 0, "at most 511 with --columns"},
-      {1'000'000, {}, 128, 0, 0, "at most 65 with --size"},
-  };
-  for (const auto& [photos, columns, cell, width, height, failure] : cases) {
+  for (const auto& [photos, columns, cell, width, height, failure] :
+       Rows<std::size_t, std::optional<std::uint32_t>, std::uint32_t, std::size_t, std::size_t,
+            std::string>{{1, {}, 128, 128, 128, ""},
+                         {24, {}, 128, 5 * 128, 5 * 128, ""},
+                         {24, 6, 100, 600, 400, ""},
+                         {3, 6, 100, 300, 100, ""},
+                         {8000, {}, 128, 16 * 128, 500 * 128, ""},
+                         {20'000, {}, 128, 40 * 128, 500 * 128, ""},
+                         {20'000, 20, 128, 0, 0, "at least 40 with --columns"},
+                         {20'000, 5000, 128, 0, 0, "at most 511 with --columns"},
+                         {1'000'000, {}, 128, 0, 0, "at most 65 with --size"}}) {
     try {
       const auto layout = tool::SheetLayout::of(photos, columns, cell);
       EXPECT_EQ(layout.width(), width) << photos;

@@ -111,9 +111,8 @@ TEST(Tool, ListsALibrary) {
 
 TEST(Tool, TellsOfTheThumbnailCache) {
   const TemporaryFolder folder;
-  const std::pair<int, std::string> cases[] = {{50, "50/Thumb64.data"},
-                                               {51, "51/Thumb64Segment.data"}};
-  for (const auto& [version, file] : cases) {
+  for (const auto& [version, file] :
+       Rows<int, std::string>{{50, "50/Thumb64.data"}, {51, "51/Thumb64Segment.data"}}) {
     const std::string library = folder / std::to_string(version);
     writeSample(library, version, 2, true);
     const std::string expected = R"("thumbnailCache":{"file":")" + (folder / file) +

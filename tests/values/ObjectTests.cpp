@@ -17,11 +17,10 @@ class Animal : public Object {
   ~Animal() override { --living; }
   const Class& objectClass() const override { return kClass; }
   const Accessor* accessorNamed(std::string_view key) const override {
-    static constexpr std::array kAccessors{
-        accessor<&Animal::legs>("legs"),
-        Accessor{"name",
-                 [](const Object& o) -> Value { return static_cast<const Animal&>(o).name; }},
-    };
+    static constexpr std::array kAccessors{accessor<&Animal::legs>("legs"),
+                                           Accessor{"name", [](const Object& o) -> Value {
+                                                      return static_cast<const Animal&>(o).name;
+                                                    }}};
     return findAccessor<kAccessors>(key, Object::accessorNamed(key));
   }
   [[nodiscard]] int legs() const { return 4; }

@@ -27,17 +27,15 @@ TEST(Text, EveryCharacterComesBack) {
 }
 
 TEST(Text, RepairsWhatIsIllFormed) {
-  const std::pair<std::string_view, std::string_view> cases[] = {
-      {"plain", "plain"},
-      {"a\x80z", "a\uFFFDz"},
-      {"\xC0\xAF", "\uFFFD\uFFFD"},            // overlong
-      {"\xE0\x80\x80", "\uFFFD\uFFFD\uFFFD"},  // overlong
-      {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},  // a surrogate
-      {"\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
-      {"\xF0\x9F\x93", "\uFFFD\uFFFD\uFFFD"},  // cut off
-      {"\xC3\xB6\xC3", "ö\uFFFD"},
-  };
-  for (const auto& [bytes, repaired] : cases) {
+  for (const auto& [bytes, repaired] : Rows<std::string_view, std::string_view>{
+           {"plain", "plain"},
+           {"a\x80z", "a\uFFFDz"},
+           {"\xC0\xAF", "\uFFFD\uFFFD"},            // overlong
+           {"\xE0\x80\x80", "\uFFFD\uFFFD\uFFFD"},  // overlong
+           {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},  // a surrogate
+           {"\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
+           {"\xF0\x9F\x93", "\uFFFD\uFFFD\uFFFD"},  // cut off
+           {"\xC3\xB6\xC3", "ö\uFFFD"}}) {
     EXPECT_EQ(text::repairedUtf8(bytes), repaired);
     EXPECT_EQ(text::isUtf8(bytes), bytes == repaired);
     EXPECT_EQ(String(bytes).utf8(), repaired);
@@ -189,16 +187,16 @@ TEST(Description, IsBriefInMessages) {
   const std::string text(1100, 'x');
   const Ref<Array> large = make<Array>();
   large->append(text);
-  const std::vector<std::pair<Value, std::string>> cases{{{}, "(null)"},
-                                                         {1, "1"},
-                                                         {Date{0}, "2001-01-01 00:00:00 +0000"},
-                                                         {"a text", "a text"},
-                                                         {text, "<NSString>"},
-                                                         {Data::copyOf("ab"), "<6162>"},
-                                                         {Data::copyOf(text), "<NSData>"},
-                                                         {make<Array>(), "(\n)"},
-                                                         {large, "<NSArray>"}};
-  for (const auto& [value, expected] : cases) {
+  for (const auto& [value, expected] :
+       Rows<Value, std::string>{{Value(), "(null)"},
+                                {1, "1"},
+                                {Date{0}, "2001-01-01 00:00:00 +0000"},
+                                {"a text", "a text"},
+                                {text, "<NSString>"},
+                                {Data::copyOf("ab"), "<6162>"},
+                                {Data::copyOf(text), "<NSData>"},
+                                {make<Array>(), "(\n)"},
+                                {large, "<NSArray>"}}) {
     EXPECT_EQ(describeBriefly(value), expected);
   }
 }
