@@ -4,7 +4,6 @@
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
 
 #include "support/AlbumDataText.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

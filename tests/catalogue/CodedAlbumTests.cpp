@@ -3,7 +3,6 @@
 #include <MRZiPhoto/albums/SlideshowAlbum.h>
 
 #include "support/CodedLibrary.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

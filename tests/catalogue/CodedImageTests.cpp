@@ -1,7 +1,6 @@
 #include <MRZiPhoto/albums/FolderAlbum.h>
 
 #include "support/CodedLibrary.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -24,32 +23,16 @@ CodedBuilder fileBlock(std::uint32_t number, Type type, std::u16string_view path
 /// Fields of every kind that a record has something from.
 CodedBuilder fullRecord(std::int32_t key, std::int32_t roll) {
   return CodedBuilder()
-      .item("idKY", key)
-      .item("idRL", roll)
-      .item("idDT", 1.0)
-      .item("idMD", 2.0)
-      .item("idAD", 3.0)
-      .item("idMM", 4.0)
-      .item("idCP", u"Köln \U0001F600")
-      .item("idCM", u"comment")
-      .item("idFN", u"sub/name.jpg")
-      .item("idTP", u"2004/05/06/Thumbs/7.jpg")
-      .item("idOF", u"DSC_1.JPG")
-      .item("idNK", 2)
-      .item("idKS", std::vector<std::int32_t>{2, 9, 1})
-      .item("idUD", std::string("exif"))
-      .item("idNI", 3)
+      .items("idKY", key, "idRL", roll, "idDT", 1.0, "idMD", 2.0, "idAD", 3.0, "idMM", 4.0, "idCP",
+             u"Köln \U0001F600", "idCM", u"comment", "idFN", u"sub/name.jpg", "idTP",
+             u"2004/05/06/Thumbs/7.jpg", "idOF", u"DSC_1.JPG", "idNK", 2, "idKS",
+             std::vector<std::int32_t>{2, 9, 1}, "idUD", std::string("exif"), "idNI", 3)
       .raw(fileBlock(1, Type::original, u"2004/Originals/7.jpg").bytes())
       .raw(fileBlock(2, Type::thumbnail, u"2004/Thumbs/unused.jpg").bytes())
       .block(3, Type::image,
-             CodedBuilder()
-                 .item("idFP", u"2004/7.jpg")
-                 .item("idIS", std::vector<float>{640, 480})
-                 .item("idRO", 90.0F)
-                 .item("idFS", std::int64_t{-1})
-                 .item("idFO", 1.0F)
-                 .item("idIF", 1)
-                 .item("idRR", 1));
+             CodedBuilder().items("idFP", u"2004/7.jpg", "idIS", std::vector<float>{640, 480},
+                                  "idRO", 90.0F, "idFS", std::int64_t{-1}, "idFO", 1.0F, "idIF", 1,
+                                  "idRR", 1));
 }
 
 TEST(CodedImageRecords, PutWhatAPhotosRecordSaysIntoItsStores) {
@@ -252,11 +235,8 @@ TEST(CodedImageRecords, StandBehindEveryMarkerAsManyAsCountedLast) {
   const CodedBuilder record = CodedBuilder().item("imag", codedPhoto(1));
   const std::string three = record.bytes() + record.bytes() + record.bytes();
   const CodedLibrary library(51, CodedBuilder()
-                                     .item("dbTV", std::string("no records yet"))
-                                     .item("dbMD", 1.0)
-                                     .item("dbXX", std::string(5, 'x'))
-                                     .item("dbCT", 3)
-                                     .item("dbTV", 7)
+                                     .items("dbTV", std::string("no records yet"), "dbMD", 1.0,
+                                            "dbXX", std::string(5, 'x'), "dbCT", 3, "dbTV", 7)
                                      .raw(three)
                                      .item("dbTV", std::string())
                                      .raw(three)
@@ -309,10 +289,8 @@ TEST(CodedCatalogue, IsReadOrRefusedWhateverIsDamaged) {
   const TemporaryFolder files;
   const std::string albums =
       albumArchive({Album::init<ArchiveAlbum>(), Album::init<FolderAlbum>(), 0});
-  const CodedBuilder roll = CodedBuilder()
-                                .item("stKY", 5)
-                                .item("rlNM", u"roll")
-                                .item("stPK", std::vector<std::int32_t>{1, 2});
+  const CodedBuilder roll =
+      CodedBuilder().items("stKY", 5, "rlNM", u"roll", "stPK", std::vector<std::int32_t>{1, 2});
   const CodedBuilder sections = CodedBuilder()
                                     .images({fullRecord(1, 5), fullRecord(2, 0)})
                                     .item("dbAL", albums)

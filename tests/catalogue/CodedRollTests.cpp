@@ -1,5 +1,4 @@
 #include "support/CodedLibrary.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -34,16 +33,10 @@ TEST(CodedRollRecords, BecomeRollAlbums) {
            {"nothing", CodedBuilder(), ""},
            {"the number in front alone", section(), ""},
            {"every field",
-            section().roll(CodedBuilder()
-                               .item("rlNM", u"Köln")
-                               .item("rlCM", u"comment")
-                               .item("stPK", keys)
-                               .item("slUI", u"id")
-                               .item("rlDT", 1.0)
-                               .item("rlDR", archiveBytes("text"))
-                               .item("rlEM", std::int16_t{1})
-                               .item("rlOR", std::int16_t{1})
-                               .item("stKY", 12)),
+            section().roll(CodedBuilder().items("rlNM", u"Köln", "rlCM", u"comment", "stPK", keys,
+                                                "slUI", u"id", "rlDT", 1.0, "rlDR",
+                                                archiveBytes("text"), "rlEM", std::int16_t{1},
+                                                "rlOR", std::int16_t{1}, "stKY", 12)),
             "12/Köln/comment/3,4294967295, "},
            {"a key alone", section().roll(number12), "12/// "},
            {"a key below zero", section().roll(CodedBuilder().item("stKY", -12)), "-12/// "},

@@ -1,6 +1,5 @@
 #include "support/CodedLibrary.h"
 #include "support/LibraryFolder.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -49,9 +48,7 @@ TEST(DamagedCatalogue, TellsWhatOfItsPromisesWasRead) {
             "the size -1"},
            {"a record",
             CodedBuilder()
-                .item("dbCT", 2)
-                .item("dbTV", std::string())
-                .item("imag", codedPhoto(1))
+                .items("dbCT", 2, "dbTV", std::string(), "imag", codedPhoto(1))
                 .code("imag")
                 .number(-1),
             1, 0,
@@ -95,11 +92,8 @@ TEST(DamagedCatalogue, TellsWhatOfItsPromisesWasRead) {
             CodedBuilder().item("dbTV", std::string()).item("imag", codedPhoto(2)), 0, 0,
             "has 1 photo record that its count leaves out, and that was not read, at offset 20"},
            {"fewer records than counted",
-            CodedBuilder()
-                .item("dbCT", 2)
-                .item("dbTV", std::string())
-                .item("imag", codedPhoto(1))
-                .item("dbMD", std::string()),
+            CodedBuilder().items("dbCT", 2, "dbTV", std::string(), "imag", codedPhoto(1), "dbMD",
+                                 std::string()),
             1, 0,
             "has 1 photo record too few: another part of the catalogue stands in its place, at "
             "offset 64"},

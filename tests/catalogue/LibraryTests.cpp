@@ -5,7 +5,6 @@
 #include "support/CodedLibrary.h"
 #include "support/LibraryFolder.h"
 #include "support/StandInDatabase.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

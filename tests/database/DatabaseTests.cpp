@@ -11,7 +11,6 @@
 #include "support/EnvironmentVariable.h"
 #include "support/KeyValueAnswers.h"
 #include "support/LibraryFolder.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

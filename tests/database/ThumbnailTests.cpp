@@ -5,7 +5,6 @@
 #include "sample/Bytes.h"
 #include "support/CodedLibrary.h"
 #include "support/LibraryFolder.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

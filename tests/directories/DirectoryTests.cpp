@@ -3,7 +3,6 @@
 
 #include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
@@ -26,11 +25,12 @@ Data table(std::vector<Value> entries, std::uint32_t version = 1) {
 TEST(TVQiPhotoDirectories, FindsFoldersByKey) {
   const Ref<TVQiPhotoDirectories> directories = TVQiPhotoDirectories::initWithData(
       table({make<Entry>(1, "a"), make<Entry>(Key::initWithKey(2), "b"), "no entry",
-             make<Entry>(1, "later")}));
+             make<Entry>(1, "later"), make<Entry>(2.5, "c")}));
   ASSERT_TRUE(directories);
   EXPECT_EQ(directories->directoryForKey(1), "a") << "the first entry stands";
   EXPECT_EQ(directories->directoryForKey(Key::initWithKey(2)), "b");
   EXPECT_EQ(directories->directoryForKey(2.0), "b");
+  EXPECT_EQ(directories->directoryForKey(2.5), "c");
   EXPECT_EQ(directories->directoryForKey(3), std::nullopt);
   EXPECT_EQ(directories->directoryForKey("1"), std::nullopt);
   EXPECT_EQ(directories->directoryForKey(make<Key>()), std::nullopt) << "a key without a number";

@@ -4,7 +4,6 @@
 
 #include "sample/ExifBlockWriter.h"
 #include "support/KeyValueAnswers.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

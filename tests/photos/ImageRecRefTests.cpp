@@ -4,26 +4,29 @@
 #include "support/ArchivedAs.h"
 #include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
 
-Ref<ImageRecRef> photoOf(const Ref<Dictionary>& imageInfo, RecordDatabase& database,
-                         std::uint32_t key = 42) {
-  Ref<ImageRecRef> photo = ImageRecRef::init();
-  photo->setImageInfoForKey(imageInfo, key);
-  photo->setDatabase(&database);
-  return photo;
-}
-
-/// A record of the archive generation.
-Ref<ImageRecRef> archivedPhoto(const Ref<Dictionary>& stored, RecordDatabase& database) {
-  Ref<ImageRecRef> photo =
-      throughArchive(make<ArchivedAs<ImageRecRef>>(stored)).object<ImageRecRef>();
-  photo->setDatabase(&database);
-  return photo;
-}
+class ImageRecRefTests : public testing::Test {
+ protected:
+  Ref<ImageRecRef> photoOf(const Ref<Dictionary>& imageInfo, std::uint32_t key = 42) {
+    Ref<ImageRecRef> photo = ImageRecRef::init();
+    photo->setImageInfoForKey(imageInfo, key);
+    photo->setDatabase(&database);
+    return photo;
+  }
+  Ref<ImageRecRef> photoOf(Entries imageInfo, std::uint32_t key = 42) {
+    return photoOf(dictionary(imageInfo), key);
+  }
+  /// A record of the archive generation.
+  Ref<ImageRecRef> archivedPhoto(Entries stored) {
+    Ref<ImageRecRef> photo = throughArchive(archivedAs<ImageRecRef>(stored)).object<ImageRecRef>();
+    photo->setDatabase(&database);
+    return photo;
+  }
+  StandInDatabase database;
+};
 
 /// Stores in which every entry tells the number that it is given.
 Ref<ImageRec> infoStore(int number) {
@@ -52,18 +55,16 @@ Ref<AttributeMgr> attributesStore(int number) {
   return attributes;
 }
 
-TEST(ImageRecRef, AsksItsSourcesInOrder) {
-  StandInDatabase database;
+TEST_F(ImageRecRefTests, AsksItsSourcesInOrder) {
   database.folders = {{8, "archived/Data"}, {7, "handed"}};
   // The sources: 1 the archived dictionary, 2 the image info, 3 the record's own stores, 4 those
   // that were handed in.
   const auto made = [&](std::string_view sources) {
     const auto has = [&](char source) { return sources.find(source) != std::string_view::npos; };
-    Ref<ImageRecRef> photo = has('1') ? archivedPhoto(dictionary({{"Key", Key::initWithKey(1)},
-                                                                  {"Directory", 8},
-                                                                  {"Roll", 11},
-                                                                  {"Date", Date{101}}}),
-                                                      database)
+    Ref<ImageRecRef> photo = has('1') ? archivedPhoto({{"Key", Key::initWithKey(1)},
+                                                       {"Directory", 8},
+                                                       {"Roll", 11},
+                                                       {"Date", Date{101}}})
                                       : ImageRecRef::init();
     photo->setDatabase(&database);
     if (has('2')) {
@@ -139,8 +140,7 @@ TEST(ImageRecRef, AsksItsSourcesInOrder) {
   }
 }
 
-TEST(ImageRecRef, FindsPicturesWhereTheLibraryLiesNow) {
-  StandInDatabase database;
+TEST_F(ImageRecRefTests, FindsPicturesWhereTheLibraryLiesNow) {
   database.recorded = "/was";
   for (const auto& [entry, operation, path] :
        Rows<std::string_view, std::string_view, std::string_view>{
@@ -148,41 +148,37 @@ TEST(ImageRecRef, FindsPicturesWhereTheLibraryLiesNow) {
            {"ImageThumbnailPath", "thumbnailPath", "/new/Library/p.jpg"},
            {"ThumbPath", "thumbnailPath", "/new/Library/p.jpg"},
            {"ImageOriginalPath", "originalImagePath", "/was/p.jpg"}}) {
-    const Ref<ImageRecRef> photo = photoOf(dictionary({{entry, "/was/p.jpg"}}), database);
+    const Ref<ImageRecRef> photo = photoOf({{entry, "/was/p.jpg"}});
     EXPECT_EQ(photo->valueForKey(operation).text(), path) << entry;
   }
-  const Ref<ImageRecRef> both = photoOf(dictionary({{"ImageThumbnailPath", "/was/image.jpg"},
-                                                    {"ThumbPath", "/was/thumb.jpg"},
-                                                    {"ImagePath", "/was/a/p.jpg"},
-                                                    {"OriginalPath", "/was/o.jpg"}}),
-                                        database);
+  const Ref<ImageRecRef> both = photoOf({{"ImageThumbnailPath", "/was/image.jpg"},
+                                         {"ThumbPath", "/was/thumb.jpg"},
+                                         {"ImagePath", "/was/a/p.jpg"},
+                                         {"OriginalPath", "/was/o.jpg"}});
   EXPECT_EQ(both->thumbnailPath(), "/new/Library/image.jpg");
   EXPECT_EQ(both->recordedOriginalPath(), "/new/Library/o.jpg");
   EXPECT_EQ(both->originalImagePath(), "/new/Library/a/Originals/42.?origExt?");
   EXPECT_TRUE(both->hasBeenEdited());
-  const Ref<ImageRecRef> unmoved = photoOf(dictionary({{"ImagePath", "/was/a/p.jpg"}}), database);
+  const Ref<ImageRecRef> unmoved = photoOf({{"ImagePath", "/was/a/p.jpg"}});
   EXPECT_EQ(unmoved->thumbnailPath(), "/new/Library/a/Thumbs/42.jpg");
 }
 
-TEST(ImageRecRef, KeepsItsEditState) {
-  StandInDatabase database;
+TEST_F(ImageRecRefTests, KeepsItsEditState) {
   const Ref<Dictionary> imageInfo =
       dictionary({{"ImagePath", "/p.jpg"}, {"ImageOriginalPath", "/p.jpg"}});
-  const Ref<ImageRecRef> photo = photoOf(imageInfo, database);
+  const Ref<ImageRecRef> photo = photoOf(imageInfo);
   EXPECT_FALSE(photo->hasBeenEdited());
   imageInfo->set("ImageOriginalPath", "/o.jpg");
   EXPECT_FALSE(photo->hasBeenEdited());
-  EXPECT_TRUE(photoOf(imageInfo, database)->hasBeenEdited());
+  EXPECT_TRUE(photoOf(imageInfo)->hasBeenEdited());
 }
 
-TEST(ImageRecRef, AnswersNothingOfOtherKindsOfValues) {
-  StandInDatabase database;
-  const Ref<ImageRecRef> photo = photoOf(dictionary({{"ImagePath", 7},
-                                                     {"Caption", make<Array>()},
-                                                     {"Comment", 1.5},
-                                                     {"DateAsTimerInterval", "soon"},
-                                                     {"Keywords", "none"}}),
-                                         database);
+TEST_F(ImageRecRefTests, AnswersNothingOfOtherKindsOfValues) {
+  const Ref<ImageRecRef> photo = photoOf({{"ImagePath", 7},
+                                          {"Caption", make<Array>()},
+                                          {"Comment", 1.5},
+                                          {"DateAsTimerInterval", "soon"},
+                                          {"Keywords", "none"}});
   EXPECT_EQ(photo->caption(), std::nullopt);
   EXPECT_EQ(photo->comments(), std::nullopt);
   EXPECT_EQ(photo->archiveDate(), std::nullopt);
@@ -191,9 +187,8 @@ TEST(ImageRecRef, AnswersNothingOfOtherKindsOfValues) {
   EXPECT_TRUE(photo->keywords().array()->empty());
 }
 
-TEST(ImageRecRef, AsksForARewrittenPathOnceAndSaysWhenThereIsNoFolder) {
-  StandInDatabase database;
-  const Ref<ImageRecRef> photo = photoOf(dictionary({}), database);
+TEST_F(ImageRecRefTests, AsksForARewrittenPathOnceAndSaysWhenThereIsNoFolder) {
+  const Ref<ImageRecRef> photo = photoOf(dictionary({}));
   CollectedLog log;
   EXPECT_EQ(photo->directory(), std::nullopt);
   EXPECT_EQ(log.lines(),
@@ -201,7 +196,7 @@ TEST(ImageRecRef, AsksForARewrittenPathOnceAndSaysWhenThereIsNoFolder) {
 
   database.recorded = "/was";
   const Ref<Dictionary> imageInfo = dictionary({{"ImagePath", "/was/a/p.jpg"}});
-  const Ref<ImageRecRef> moved = photoOf(imageInfo, database);
+  const Ref<ImageRecRef> moved = photoOf(imageInfo);
   EXPECT_EQ(moved->directory(), "/new/Library/a");
   EXPECT_EQ(moved->directory(), "/new/Library/a");
   EXPECT_EQ(database.updates, 1);
@@ -215,23 +210,19 @@ TEST(ImageRecRef, AsksForARewrittenPathOnceAndSaysWhenThereIsNoFolder) {
   EXPECT_EQ(database.updates, 1);
 }
 
-TEST(ImageRecRef, ResolvesLinksInItsFolder) {
+TEST_F(ImageRecRefTests, ResolvesLinksInItsFolder) {
   const TemporaryFolder library;
   const std::string root = fs::canonical(library.path()).string();
   fs::create_directories(root + "/real/2004");
   fs::create_directory_symlink(root + "/real", root + "/link");
-  StandInDatabase database;
   database.archive = std::nullopt;
   database.root = root;
   database.folders[8] = "link/2004";
-  EXPECT_EQ(photoOf(dictionary({{"ImagePath", root + "/link/2004/p.jpg"}}), database)->directory(),
-            root + "/real/2004");
-  EXPECT_EQ(archivedPhoto(dictionary({{"Directory", 8}}), database)->directory(),
-            root + "/real/2004");
+  EXPECT_EQ(photoOf({{"ImagePath", root + "/link/2004/p.jpg"}})->directory(), root + "/real/2004");
+  EXPECT_EQ(archivedPhoto({{"Directory", 8}})->directory(), root + "/real/2004");
 }
 
-TEST(ImageRecRef, RelativeFolders) {
-  StandInDatabase database;
+TEST_F(ImageRecRefTests, RelativeFolders) {
   database.archive = std::nullopt;
   database.root = "/Users/a/Pictures/iPhoto Library";
   for (const auto& [imagePath, relative, filename] : Rows<std::string, std::string, std::string>{
@@ -239,35 +230,31 @@ TEST(ImageRecRef, RelativeFolders) {
            {"/Users/a/Pictures/iPhoto Library/p.jpg", "", "p.jpg"},
            {"/elsewhere/x/p.jpg", "elsewhere/x", "elsewhere/x/p.jpg"},
            {"/Users/a/Pictures/iPhoto Library/2004/Data/p.jpg", "2004/Data", "2004/p.jpg"}}) {
-    const Ref<ImageRecRef> photo = photoOf(dictionary({{"ImagePath", imagePath}}), database);
+    const Ref<ImageRecRef> photo = photoOf({{"ImagePath", imagePath}});
     EXPECT_EQ(photo->relativeDirectory(), relative) << imagePath;
     EXPECT_EQ(photo->filename(), filename) << imagePath;
   }
 }
 
-TEST(ImageRecRef, KeywordsComeAsRecordsKeysOrAsStored) {
-  StandInDatabase database;
+TEST_F(ImageRecRefTests, KeywordsComeAsRecordsKeysOrAsStored) {
   const Ref<Keyword> kids = Keyword::initWithString("Kids");
   database.keywords[3] = kids;
   const auto keywords = [&](std::vector<Value> listed) {
-    return photoOf(dictionary({{"Keywords", make<Array>(std::move(listed))}}), database)
-        ->keywords()
-        .array();
+    return photoOf({{"Keywords", make<Array>(std::move(listed))}})->keywords().array();
   };
   ASSERT_EQ(keywords({"3", "77"})->size(), 1U) << "an unknown key is left out";
   EXPECT_EQ((*keywords({"3"}))[0].object(), Ref<Object>(kids));
   EXPECT_EQ(Value(keywords({3, 4})), Value(list({3, 4})));
   EXPECT_TRUE(keywords({})->empty());
-  const Ref<ImageRecRef> photo = photoOf(dictionary({}), database);
+  const Ref<ImageRecRef> photo = photoOf(dictionary({}));
   const Ref<AttributeMgr> store = AttributeMgr::init();
   store->setAttributeForKey("as stored", AttributeMgr::kKeyWords);
   photo->setImageAttributes(store);
   EXPECT_EQ(photo->keywords().text(), "as stored");
 }
 
-TEST(ImageRecRef, ReadsStoresBesideThePhoto) {
+TEST_F(ImageRecRefTests, ReadsStoresBesideThePhoto) {
   const TemporaryFolder library;
-  StandInDatabase database;
   database.root = fs::canonical(library.path()).string();
   database.archive = std::nullopt;
   database.version = 149;
@@ -307,7 +294,7 @@ TEST(ImageRecRef, ReadsStoresBesideThePhoto) {
            {3, true, "from the list", 4, {missing, usingInfo}},
            {4, false, "from the list", {}, {otherRoot, otherInfo}},
            {4, true, "c4", 4, {otherRoot, usingAttributes, otherInfo, usingInfo}}}) {
-    const Ref<ImageRecRef> photo = photoOf(imageInfo, database, key);
+    const Ref<ImageRecRef> photo = photoOf(imageInfo, key);
     if (handsStoresIn) {
       photo->setDBInfo(infoStore(4));
       photo->setDBImageAttributes(attributesStore(4));
@@ -331,13 +318,13 @@ TEST(ImageRecRef, ReadsStoresBesideThePhoto) {
     const CollectedLog log;
     const auto before = fs::current_path();
     fs::current_path(library.path() + "/2004/Data");
-    const Ref<ImageRecRef> lost = photoOf(dictionary({{"Caption", "of no folder"}}), database, 1);
+    const Ref<ImageRecRef> lost = photoOf({{"Caption", "of no folder"}}, 1);
     EXPECT_EQ(lost->caption(), "of no folder") << "no store is taken from where the process runs";
     fs::current_path(before);
     EXPECT_EQ(log.lines().back(), "No data for image attributes at (null)");
   }
   database.version = 150;
-  const Ref<ImageRecRef> newer = photoOf(imageInfo, database, 1);
+  const Ref<ImageRecRef> newer = photoOf(imageInfo, 1);
   EXPECT_FALSE(newer->imageAttributes());
   EXPECT_EQ(newer->caption(), "from the list");
 }
@@ -360,7 +347,7 @@ class Faulty final : public RecordSource {
   mutable int asked = 0;
 };
 
-TEST(ImageRecRef, AsksItsSourceAgainAfterAFault) {
+TEST_F(ImageRecRefTests, AsksItsSourceAgainAfterAFault) {
   const Ref<Faulty> source = make<Faulty>();
   const Ref<ImageRecRef> photo = ImageRecRef::init();
   photo->setSourceForKey(source, 3, 7);
@@ -382,14 +369,14 @@ TEST(ImageRecRef, AsksItsSourceAgainAfterAFault) {
   EXPECT_EQ(source->asked, 3);
 }
 
-TEST(ImageRecRef, WhatOutlivesItsDatabaseOrItsPhotoHasNone) {
-  auto database = std::make_unique<StandInDatabase>();
-  Ref<ImageRecRef> photo = photoOf(dictionary({{"ImagePath", "/old/Library/a/p.jpg"}}), *database);
+TEST_F(ImageRecRefTests, WhatOutlivesItsDatabaseOrItsPhotoHasNone) {
+  auto itsDatabase = std::make_unique<StandInDatabase>();
+  Ref<ImageRecRef> photo = photoOf({{"ImagePath", "/old/Library/a/p.jpg"}});
+  photo->setDatabase(itsDatabase.get());
   const Ref<TVQiPhotoUserData> camera = photo->exifData();
   EXPECT_EQ(camera->photo(), photo.get());
   EXPECT_EQ(camera->valueForKey("photo").object(), Ref<Object>(photo));
-  const StandInDatabase copy = *database;
-  database.reset();
+  itsDatabase.reset();
   EXPECT_EQ(photo->database(), nullptr);
   EXPECT_EQ(photo->imagePath(), std::nullopt);
   EXPECT_TRUE(photo->valueForKey("database").isNothing());
@@ -401,12 +388,10 @@ TEST(ImageRecRef, WhatOutlivesItsDatabaseOrItsPhotoHasNone) {
   EXPECT_TRUE(later->valueForKey("photo").isNothing());
 }
 
-TEST(ImageRecRef, KeyValueAccessReachesItsOperationsAndThenTheCameraValues) {
-  StandInDatabase database;
-  const Ref<ImageRecRef> photo = photoOf(dictionary({{"ImagePath", "/new/Library/a/p.jpg"},
-                                                     {"ImageThumbnailPath", "/t.jpg"},
-                                                     {"ImageOriginalPath", "/o.jpg"}}),
-                                         database);
+TEST_F(ImageRecRefTests, KeyValueAccessReachesItsOperationsAndThenTheCameraValues) {
+  const Ref<ImageRecRef> photo = photoOf({{"ImagePath", "/new/Library/a/p.jpg"},
+                                          {"ImageThumbnailPath", "/t.jpg"},
+                                          {"ImageOriginalPath", "/o.jpg"}});
   const Ref<ImageRec> info = infoStore(3);
   const Ref<AttributeMgr> attributes = attributesStore(3);
   photo->setInfo(info);
@@ -433,12 +418,12 @@ TEST(ImageRecRef, KeyValueAccessReachesItsOperationsAndThenTheCameraValues) {
   EXPECT_TRUE(photo->respondsToSelector("photo"));
   EXPECT_FALSE(photo->respondsToSelector("_imageInfo"));
   EXPECT_THROW(static_cast<void>(photo->valueForKey("_imageInfo")), NSException);
-  const Ref<ImageRecRef> bare = photoOf(dictionary({{"ImagePath", "/x/a.jpg"}}), database);
+  const Ref<ImageRecRef> bare = photoOf({{"ImagePath", "/x/a.jpg"}});
   EXPECT_EQ(bare->description(),
             "ImageRecRef: <no dictionary>, directory = /x, attributes = (null), info = (null)");
 }
 
-TEST(ImageRecRef, DumpsBytes) {
+TEST_F(ImageRecRefTests, DumpsBytes) {
   const std::string bytes = "0123456789abcdef\x7F~ \nXYZ";
   CollectedLog log;
   ImageRecRef::_dumpDataLocationCount(Data::copyOf(bytes), 1, 0);
@@ -453,7 +438,7 @@ TEST(ImageRecRef, DumpsBytes) {
              "    15:   0:    59     " + blanks + "Y", "    16:   1:    5a     " + blanks + "Z"}));
 }
 
-TEST(ImageRecRef, KnowsTheOldNameForUndefinedKeys) {
+TEST_F(ImageRecRefTests, KnowsTheOldNameForUndefinedKeys) {
   const auto photo = ImageRecRef::init();
   photo->setImageAttributes(AttributeMgr::init());
   CollectedLog log;

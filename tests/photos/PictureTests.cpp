@@ -5,7 +5,6 @@
 #include <MRZiPhoto/values/ClassRegistry.h>
 
 #include "support/StandInDatabase.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

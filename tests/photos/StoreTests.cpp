@@ -6,7 +6,6 @@
 #include "support/ArchivedAs.h"
 #include "support/KeyValueAnswers.h"
 #include "support/StandInDatabase.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {

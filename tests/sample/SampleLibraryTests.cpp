@@ -44,7 +44,8 @@ std::string story(const TVQiPhotoDatabase& database) {
   for (const Ref<ImageRecRef>& photo : database.photos()) {
     tell(*photo, {"keyStringValue", "caption", "comments", "archiveDate", "originalFilename",
                   "fileSize", "imagePath", "thumbnailPath"});
-    for (const Value& keyword : *photo->keywords().array()) {
+    const Ref<Array> keywords = photo->keywords().array();
+    for (const Value& keyword : *keywords) {
       tell(*keyword.object(), {"string"});
     }
   }

@@ -69,6 +69,15 @@ class CodedBuilder {
   CodedBuilder& item(const char (&characters)[5], const CodedBuilder& items) {
     return item(characters, items._bytes);
   }
+  /// Items one behind the other: a code, its value, the next code, its value and so on.
+  template <class Value, class... More>
+  CodedBuilder& items(const char (&characters)[5], const Value& value, const More&... more) {
+    item(characters, value);
+    if constexpr (sizeof...(more) > 0) {
+      items(more...);
+    }
+    return *this;
+  }
 
   /// An image-data block of a type.
   CodedBuilder& block(std::uint32_t blockNumber, CodedBlockType type, const CodedBuilder& fields) {

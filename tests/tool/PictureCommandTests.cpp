@@ -11,7 +11,6 @@
 
 #include "support/RunTool.h"
 #include "support/SampleFolder.h"
-#include "support/Testing.h"
 #include "tool/output/Failure.h"
 #include "tool/output/LibraryPlaces.h"
 #include "tool/output/NewFile.h"

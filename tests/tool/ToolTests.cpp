@@ -6,7 +6,6 @@
 #include "support/MarkdownTable.h"
 #include "support/RunTool.h"
 #include "support/SampleFolder.h"
-#include "support/Testing.h"
 
 namespace mrziphoto {
 namespace {
