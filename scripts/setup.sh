@@ -6,7 +6,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 build_packages=(g++ cmake ninja-build pkg-config libjpeg-dev libvips-dev libutf8proc-dev libfmt-dev)
 test_packages=(libgtest-dev libexpat1-dev locales tzdata)
-bench_packages=(libbenchmark-dev libpugixml-dev libplist-dev libvips-tools python3 jq)
+bench_packages=(libpugixml-dev libplist-dev libvips-tools python3 jq)
 analysis_packages=(clang clang-format clang-tidy gcovr libclang-rt-14-dev python3)
 
 say() {
