@@ -1,13 +1,9 @@
 #include "detail/PlainMarkup.h"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
-#include "../propertylist/detail/XmlCharacters.h"
 #include "../values/Text.h"
 
 namespace mrziphoto {
@@ -17,30 +13,6 @@ using detail::XmlFailure;
 using detail::XmlScanner;
 
 constexpr std::string_view kEndTag = "</";
-
-/// The first character that may mean something, or needs a check. There is one before the margin
-/// ends.
-inline const char* passPlain(const char* at) {
-#ifdef __SSE2__
-  for (;; at += 16) {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-    // As signed numbers, control characters and the bytes of other characters lie below the blank.
-    const __m128i found = _mm_or_si128(_mm_or_si128(_mm_cmplt_epi8(block, _mm_set1_epi8(' ')),
-                                                    _mm_cmpeq_epi8(block, _mm_set1_epi8('<'))),
-                                       _mm_or_si128(_mm_cmpeq_epi8(block, _mm_set1_epi8('&')),
-                                                    _mm_cmpeq_epi8(block, _mm_set1_epi8(']'))));
-    const auto places = static_cast<unsigned>(_mm_movemask_epi8(found));
-    if (places != 0) {
-      return at + std::countr_zero(places);
-    }
-  }
-#else
-  while (detail::xml::isOf(detail::xml::kPlain, *at)) {
-    ++at;
-  }
-  return at;
-#endif
-}
 
 /// The length of a character that is no printable one of ASCII but stands for itself in a text all
 /// the same; 0 for others.
@@ -63,8 +35,8 @@ unsigned lengthOf(PlainMarkup::Tag name) {
 
 /// Whether the end tag of that element stands there.
 inline bool isEndTag(const char* at, PlainMarkup::Tag name, unsigned length) {
-  return at[0] == '<' && at[1] == '/' && markup::lowest(markup::load(at + 2), length) == name &&
-         at[2 + length] == '>';
+  return at[0] == '<' && at[1] == '/' &&
+         detail::xml::lowest(detail::xml::load(at + 2), length) == name && at[2 + length] == '>';
 }
 
 }  // namespace
@@ -147,14 +119,14 @@ PlainMarkup::Tag PlainMarkup::unusualNext(const char* at) {
     _tag = _at = at;
   }
   const bool isEnd = at[0] == '<' && at[1] == '/';
-  const std::uint64_t word = markup::load(at + (isEnd ? 2 : 1));
-  const unsigned length = markup::lettersIn(word);
+  const std::uint64_t word = detail::xml::load(at + (isEnd ? 2 : 1));
+  const unsigned length = detail::xml::lettersIn(word);
   const char* behind = at + (isEnd ? 2 : 1) + length;
   const bool isEmpty = !isEnd && *behind == '/';
   behind += isEmpty ? 1 : 0;
   if (*at == '<' && length != 0 && length < sizeof word && *behind == '>') {
     _at = behind + 1;
-    return markup::lowest(word, length) | (isEnd ? kEnd : isEmpty ? kEmpty : 0);
+    return detail::xml::lowest(word, length) | (isEnd ? kEnd : isEmpty ? kEmpty : 0);
   }
   constexpr std::ptrdiff_t kLongestTag = 10;
   if (_end - at >= kLongestTag || !readOn()) {
@@ -165,13 +137,13 @@ PlainMarkup::Tag PlainMarkup::unusualNext(const char* at) {
 
 std::string_view PlainMarkup::textOf(Tag element) {
   const unsigned length = lengthOf(element);
-  const char* end = passPlain(_at);
+  const char* end = detail::xml::passPlain(_at);
   while (!isEndTag(end, element, length)) {
     const std::size_t passed = foreignCharacter({end, static_cast<std::size_t>(_end - end)});
     if (passed == 0) {
       return unusualTextOf(element);
     }
-    end = passPlain(end + passed);
+    end = detail::xml::passPlain(end + passed);
   }
   const std::string_view text(_at, static_cast<std::size_t>(end - _at));
   _at = end + kEndTag.size() + length + 1;

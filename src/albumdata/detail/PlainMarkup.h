@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -12,6 +11,7 @@
 #include <string_view>
 
 #include "../../propertylist/detail/XmlScanner.h"
+#include "../../propertylist/detail/XmlWords.h"
 
 namespace mrziphoto {
 
@@ -107,43 +107,17 @@ class PlainMarkup {
   std::string _text;           // that does not stand in the file just as it is meant
 };
 
-namespace markup {
-
-/// The next eight bytes, the first one lowest.
-inline std::uint64_t load(const char* at) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, at, sizeof word);
-  return std::endian::native == std::endian::little ? word : __builtin_bswap64(word);
-}
-
-/// How many of eight bytes, from the lowest on, are letters from a to z.
-inline unsigned lettersIn(std::uint64_t word) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101;
-  constexpr std::uint64_t kTop = kOnes * 0x80;
-  const std::uint64_t low = word & ~kTop;
-  const std::uint64_t reachesA = low + kOnes * (0x80 - 'a');
-  const std::uint64_t exceedsZ = low + kOnes * (0x7F - 'z');
-  const std::uint64_t others = ~(reachesA & ~exceedsZ & ~word) & kTop;
-  return static_cast<unsigned>(std::countr_zero(others)) / 8;
-}
-
-inline std::uint64_t lowest(std::uint64_t word, unsigned count) {
-  return word & ((std::uint64_t{1} << (8 * count)) - 1);
-}
-
-}  // namespace markup
-
 inline PlainMarkup::Tag PlainMarkup::next() {
   const char* at = _at;
   while (*at == '\n' || *at == '\t' || *at == ' ' || *at == '\r') {
     ++at;
   }
-  const std::uint64_t word = markup::load(at + 1);
-  const unsigned length = markup::lettersIn(word);
+  const std::uint64_t word = detail::xml::load(at + 1);
+  const unsigned length = detail::xml::lettersIn(word);
   if (*at == '<' && length != 0 && length < sizeof word && at[1 + length] == '>') [[likely]] {
     _tag = at;
     _at = at + length + 2;
-    return markup::lowest(word, length);
+    return detail::xml::lowest(word, length);
   }
   return unusualNext(at);
 }

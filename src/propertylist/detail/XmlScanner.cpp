@@ -2,16 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <cstring>
 #include <utility>
 #include <vector>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 #include "../../values/Text.h"
+#include "XmlWords.h"
 
 namespace mrziphoto::detail {
 
@@ -27,56 +22,9 @@ struct Entity {
 constexpr std::array kEntities{Entity{"amp", '&'}, Entity{"lt", '<'}, Entity{"gt", '>'},
                                Entity{"quot", '"'}, Entity{"apos", '\''}};
 
-// How the places are called where a document may end too early.
+// Names of places where a document may end too early.
 constexpr std::string_view kTag = "a tag";
 constexpr std::string_view kReference = "a reference";
-
-/// The next eight bytes, the first one lowest.
-inline std::uint64_t load(const char* at) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, at, sizeof word);
-  return std::endian::native == std::endian::little ? word : __builtin_bswap64(word);
-}
-
-/// A word that holds the same byte eight times.
-constexpr std::uint64_t eightOf(std::uint8_t byte) {
-  return std::uint64_t{0x0101010101010101} * byte;
-}
-
-/// How many of eight bytes, from the lowest on, are letters from a to z.
-inline std::size_t lettersIn(std::uint64_t word) {
-  constexpr std::uint64_t kTop = eightOf(0x80);
-  const std::uint64_t low = word & ~kTop;
-  const std::uint64_t reachesA = low + eightOf(0x80 - 'a');
-  const std::uint64_t exceedsZ = low + eightOf(0x7F - 'z');
-  const std::uint64_t others = ~(reachesA & ~exceedsZ & ~word) & kTop;
-  return static_cast<std::size_t>(std::countr_zero(others)) / 8;
-}
-
-/// The lowest bytes of a word, fewer than eight.
-inline std::uint64_t lowest(std::uint64_t word, std::size_t count) {
-  return word & ((std::uint64_t{1} << (8 * count)) - 1);
-}
-
-/// The first character that may mean something, or needs a check.
-const char* passPlain(const char* at, const char* end) {
-#ifdef __SSE2__
-  while (end - at >= 16) {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-    // As signed numbers, control characters and the bytes of other characters lie below the blank.
-    const __m128i found = _mm_or_si128(_mm_or_si128(_mm_cmplt_epi8(block, _mm_set1_epi8(' ')),
-                                                    _mm_cmpeq_epi8(block, _mm_set1_epi8('<'))),
-                                       _mm_or_si128(_mm_cmpeq_epi8(block, _mm_set1_epi8('&')),
-                                                    _mm_cmpeq_epi8(block, _mm_set1_epi8(']'))));
-    const auto places = static_cast<unsigned>(_mm_movemask_epi8(found));
-    if (places != 0) {
-      return at + std::countr_zero(places);
-    }
-    at += 16;
-  }
-#endif
-  return passAll(kPlain, at, end);
-}
 
 std::string shortened(std::string_view text) {
   constexpr std::size_t kShown = 60;
@@ -238,7 +186,7 @@ inline XmlScanner::Tag XmlScanner::startTag() {
   ++_at;
   if (rest().size() > sizeof(std::uint64_t)) {
     const std::uint64_t word = load(_at);
-    const std::size_t length = lettersIn(word);
+    const unsigned length = lettersIn(word);
     if (length != 0 && length < sizeof word && _at[length] == '>') {
       const std::string_view element(_at, length);
       _at += length + 1;
@@ -301,8 +249,8 @@ inline void XmlScanner::passEndTag(const Tag& element) {
   _at += std::string_view("</").size();
   const std::size_t length = element.name.size();
   constexpr std::size_t kWord = sizeof(std::uint64_t);
-  if (length < kWord && rest().size() > kWord && lowest(load(_at), length) == element.word &&
-      _at[length] == '>') {
+  if (length < kWord && rest().size() > kWord &&
+      lowest(load(_at), static_cast<unsigned>(length)) == element.word && _at[length] == '>') {
     _at += length + 1;
   } else {
     passUnusualEndTag(element);
@@ -330,7 +278,7 @@ XmlScanner::Text XmlScanner::textOf(const Tag& element) {
   return {text, true};
 }
 
-/// The same where the text does not end with the plain characters from `start` on.
+/// `textOf` for a text that does not end with the plain characters from `start` on.
 XmlScanner::Text XmlScanner::unusualTextOf(const Tag& element, const char* start) {
   _sawReturn = false;
   passCharacters(element);
@@ -366,7 +314,7 @@ std::string_view XmlScanner::passCharacters(const Tag& element) {
   return {start, static_cast<std::size_t>(_at - start)};
 }
 
-/// Takes characters over, with each end of a line as one line feed.
+/// Copies characters, with each end of a line as one line feed.
 void XmlScanner::rewrite(std::string_view run) {
   for (std::size_t at = run.find('\r'); at != std::string_view::npos; at = run.find('\r')) {
     _rewritten.append(run.substr(0, at));
@@ -376,7 +324,7 @@ void XmlScanner::rewrite(std::string_view run) {
   _rewritten.append(run);
 }
 
-/// Takes over what a reference or a CDATA section means; comments mean nothing.
+/// Copies the text of a reference or a CDATA section, and skips comments.
 void XmlScanner::rewriteMarkup(const Tag& element) {
   if (*_at == '&') {
     text::appendUtf8(_rewritten, reference());
