@@ -77,8 +77,8 @@ void writeAlbum(PropertyListFile& list, const SampleModel& model, const SampleAl
   list.endDictionary();
 }
 
-// The albums of the oldest libraries lie in a folder of their own. A reader shows those behind the
-// ones listed here, so that listing them would show them twice.
+// The albums of the oldest libraries lie in a folder of their own; listed here, too, they would be
+// shown twice.
 void writeAlbums(PropertyListFile& list, const SampleModel& model) {
   list.beginArray("List of Albums");
   if (model.version() > kLastWithAlbumFiles) {

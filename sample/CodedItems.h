@@ -16,7 +16,7 @@ class CodedItems {
   /// Archived values are written in that byte order.
   explicit CodedItems(std::endian byteOrder) : _byteOrder(byteOrder) {}
 
-  /// Adds the item of a table's row; nothing adds none.
+  /// Adds the item of a table's row, unless the value is nothing.
   template <class Row>
   void add(const Row& row, const Value& value) {
     if (!value.isNothing()) {

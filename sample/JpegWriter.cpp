@@ -35,7 +35,7 @@ JpegWriter::JpegWriter(std::FILE* stream, std::size_t width, std::size_t height)
 
 JpegWriter::~JpegWriter() { jpeg_destroy_compress(&_compressor->state); }
 
-// A jump out of the library skips no destructor: between it and these there are none.
+// The functions below have no destructors that a jump could skip.
 
 bool JpegWriter::begin(int quality, std::string_view exif) {
   jpeg_compress_struct& state = _compressor->state;

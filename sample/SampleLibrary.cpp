@@ -141,7 +141,7 @@ class NewFolder {
     if (fs::exists(_path, error) && !fs::is_directory(_path, error)) {
       throw std::runtime_error("no library can be written to " + _path + ": it is not a folder");
     }
-    // A link that leads to nothing is there, and none of those that were made.
+    // A dangling link exists, too, and was not made here.
     for (fs::path folder = _path; !fs::exists(fs::symlink_status(folder, error));
          folder = folder.parent_path()) {
       _made.push_back(folder);

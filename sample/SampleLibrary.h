@@ -25,8 +25,8 @@ struct SampleOptions {
   bool images = true;
   /// The byte order of typed-object archives; coded parts are big-endian always.
   bool bigEndianArchives = false;
-  /// Called now and then with what is done of how much, in no particular unit. What it throws ends
-  /// the writing.
+  /// Called now and then with the progress, in no particular unit. An exception from it ends the
+  /// writing.
   std::function<void(std::uint32_t done, std::uint32_t total)> progress = {};
 };
 

@@ -62,9 +62,8 @@ struct SamplePhoto {
   SampleCamera camera;
 };
 
-/// What a made-up library holds: every photo and roll is computed from a seed and its number
-/// when it is asked for, so that the largest library needs no memory. All file writers draw on it,
-/// which is why libraries of all versions tell the same story.
+/// The contents of a made-up library, the same for all versions. Every photo and roll is computed
+/// from a seed and its number on request, so that the largest library needs no memory.
 class SampleModel {
  public:
   SampleModel(std::uint64_t seed, std::int32_t version, std::uint32_t photos)

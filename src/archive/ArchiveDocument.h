@@ -15,16 +15,16 @@
 namespace mrziphoto {
 
 /// The structure of any typed-object archive: its groups with their types and values, and its
-/// objects with their classes and contents, whether or not anybody knows these classes.
+/// objects with their classes and contents. The classes need not be registered.
 ///
-/// A file may go on behind its archive, and nothing in an archive says where it ends. So the
-/// archive part ends before the first top-level group that cannot be read, once at least one has
-/// been read: what is left is either something else or damaged, and `trailingReason` says why it is
-/// no group.
+/// A file may go on behind its archive, and an archive does not say where it ends. The archive part
+/// therefore ends before the first top-level group that cannot be read, unless it is the very
+/// first; `trailingReason` says why the rest is no group.
 class MRZIPHOTO_EXPORT ArchiveDocument {
  public:
-  /// Nothing when the data is no archive. Throws NSException kNSInconsistentArchiveException, with
-  /// the byte offset, when its first group is damaged. Data without an owner must live for ever.
+  /// Answers nothing when the data is no archive. Throws NSException
+  /// kNSInconsistentArchiveException, with the byte offset, when its first group is damaged. Data
+  /// without an owner must live for ever.
   static std::optional<ArchiveDocument> initWithData(const Data& data);
 
   [[nodiscard]] std::endian byteOrder() const;

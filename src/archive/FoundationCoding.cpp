@@ -15,7 +15,7 @@ namespace {
 
 // The fewest bytes of an element: its type string and the object, each a reference.
 constexpr std::size_t kLeastBytes = 2;
-// A count is only a promise; room for more elements is made as they come.
+// A count may be wrong; room for more elements is made as they come.
 constexpr std::size_t kMostReserved = 1024;
 
 Value decodeString(NSUnarchiver& coder) {
@@ -78,7 +78,7 @@ Value decodeAttributedString(NSUnarchiver& coder) {
   return text;
 }
 
-/// An object of the root class, which says nothing.
+/// An object of the root class, which has no contents.
 class PlainObject final : public Object {
  public:
   static const Class kClass;

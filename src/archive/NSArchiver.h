@@ -23,9 +23,9 @@ class ArchiveWriter;
 
 /// Writes a typed-object archive, group by group, for NSUnarchiver to read.
 ///
-/// Values are written as the objects that NSUnarchiver reads as such values, other objects by their
-/// `Object::encodeWithCoder`. What is the same object, or the same piece of text or bytes in
-/// memory, is written once and referred to afterwards; so are equal keys of dictionaries.
+/// Values are written as NSUnarchiver reads them, other objects by their `Object::encodeWithCoder`.
+/// The same object, or the same piece of text or bytes in memory, is written once and referred to
+/// afterwards; so are equal keys of dictionaries.
 class MRZIPHOTO_EXPORT NSArchiver {
  public:
   explicit NSArchiver(std::endian byteOrder = std::endian::little);
@@ -33,8 +33,8 @@ class MRZIPHOTO_EXPORT NSArchiver {
   NSArchiver(const NSArchiver&) = delete;
   NSArchiver& operator=(const NSArchiver&) = delete;
 
-  /// Records that version for a class instead of its highest. Once the class has been written it is
-  /// too late.
+  /// Records that version for a class instead of its highest. To be called before the class is
+  /// written.
   void setVersionForClassName(std::uint32_t version, std::string_view name);
 
   /// Writes an object; nil for nothing. A decimal is written as a number of type `d`. Throws
@@ -66,7 +66,7 @@ class MRZIPHOTO_EXPORT NSArchiver {
 
   std::unique_ptr<detail::ArchiveWriter> _writer;
   std::map<Identity, std::size_t> _objects;
-  std::vector<Value> _kept;  // what is alive keeps its place in memory to itself
+  std::vector<Value> _kept;  // so that no other object takes their places in memory
   std::map<std::string, Value, std::less<>> _keys;
   std::map<std::string, std::size_t, std::less<>> _cStrings;
   std::map<std::string, std::size_t, std::less<>> _classes;

@@ -17,7 +17,7 @@ namespace {
 
 using detail::failArchive;
 
-/// Stands for an object that was passed over, inside a collection that was passed over, too.
+/// Stands for an object that was skipped inside a skipped collection.
 class UnknownObject final : public Object {
  public:
   explicit UnknownObject(std::string_view className) : _name(className), _class{_name} {}
@@ -90,7 +90,7 @@ DictionaryKey NSUnarchiver::decodeKey() {
   if (const std::optional<String> text = key.string()) {
     return text->withUtf8([this](std::string_view characters) { return sharedKey(characters); });
   }
-  // A longer description as a key would be no key but an attempt to swell.
+  // A longer description is an attempt to fill the memory.
   const std::uint32_t longest = Limits::current().describedKey;
   const std::string text = _lastExpandedSize <= longest ? key.description() : std::string();
   if (text.empty() || text.size() > longest) {

@@ -38,7 +38,7 @@ struct FoundationClass;
 /// that nobody has registered. Nothing more can be read from it then.
 class MRZIPHOTO_EXPORT NSUnarchiver {
  public:
-  /// What `versionForClassName` answers for classes that have not been met.
+  /// What `versionForClassName` answers for classes that have not been read.
   static constexpr std::uint32_t kNotFound = 0x7FFFFFFF;
 
   /// A reader that stands at the first group; nothing when the data is no archive. Data without an
@@ -50,10 +50,10 @@ class MRZIPHOTO_EXPORT NSUnarchiver {
 
   /// The next object; nothing for nil.
   Value decodeObject();
-  /// The next object, which must not be nil, as elements of collections must not.
+  /// The next object of a collection, which must not be nil.
   Value decodeElement();
-  /// The next object, which must not be nil, as the key of a dictionary: the text of a string, the
-  /// description of another value.
+  /// The next object as the key of a dictionary: the text of a string, the description of another
+  /// value. It must not be nil.
   DictionaryKey decodeKey();
   /// The next value, which must have been written with exactly that type: a number of its type, a
   /// text for `*`, `:` and `%`, a class name for `#`, bytes for `+` and arrays of characters, an
@@ -71,8 +71,7 @@ class MRZIPHOTO_EXPORT NSUnarchiver {
   std::size_t decodeCount(std::size_t leastBytes);
   /// The next group, whatever its type, as `decodeValueOfObjCType` answers it.
   Value decodeGroup();
-  /// Passes over what is left of the object that is being read, and over objects in it whose
-  /// classes nobody knows.
+  /// Skips the rest of the object that is being read, objects of unknown classes included.
   void skipGroups();
 
   /// The version that the archive recorded for a class. Classes are known once an object of them,
@@ -87,8 +86,8 @@ class MRZIPHOTO_EXPORT NSUnarchiver {
   [[nodiscard]] std::endian byteOrder() const;
   /// The version of the system that wrote the archive; 1000 for Mac OS X.
   [[nodiscard]] std::uint32_t systemVersion() const;
-  /// Throws the exception of damaged archives at the present byte, for classes that find their
-  /// contents unusable.
+  /// Throws the exception of damaged archives for the present byte. For classes that cannot use
+  /// their contents.
   [[noreturn]] void fail(std::string_view reason) const;
 
  private:
@@ -100,7 +99,7 @@ class MRZIPHOTO_EXPORT NSUnarchiver {
     std::uint32_t height = 0;
     enum class State : std::uint8_t { none, reading, read } state = State::none;
   };
-  /// Who makes the objects of a class: one of the two, or nobody.
+  /// What makes the objects of a class: one of the two, or neither.
   struct Loader {
     const Class* registered = nullptr;
     const detail::FoundationClass* foundation = nullptr;
@@ -124,8 +123,8 @@ class MRZIPHOTO_EXPORT NSUnarchiver {
   std::vector<DecodedObject> _objects;
   std::vector<Loader> _loaders;
   std::unordered_map<std::string_view, DictionaryKey, KeyedHash> _keys;
-  // What the values read so far would take up, beyond their bytes, with every reference written
-  // out; and how deep the objects inside the present one are nested, references followed.
+  // The size of all references written out, and the depth of the present object with references
+  // followed.
   std::uint64_t _borrowed = 0;
   std::uint64_t _lastExpandedSize = 0;
   std::uint32_t _heightInside = 0;

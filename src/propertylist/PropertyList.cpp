@@ -151,7 +151,7 @@ std::optional<Value> dateFrom(std::string_view text) {
 /// Moves the last values of a stack into a list of just their number.
 template <class Item>
 std::vector<Item> takeFrom(std::vector<Item>& stack, std::size_t first) {
-  // A large list that fills the stack takes it over: for a while a copy would cost as much again.
+  // A large list that fills the stack takes it over instead of a copy.
   constexpr std::size_t kLarge = 4096;
   if (first == 0 && stack.size() >= kLarge) {
     return std::exchange(stack, {});
@@ -310,11 +310,11 @@ class Reader {
   detail::ReferenceStock _document;
   detail::TextPool _pool;
   detail::KeyCache _keys;
-  // An object for each of the empty ones, seven bytes in the file, would swell it many times.
+  // Shared by all empty ones, which take seven bytes in the file.
   detail::ReferenceStock _emptyDictionary{make<Dictionary>()};
   detail::ReferenceStock _emptyArray{make<Array>()};
   std::uint32_t _nesting = 0;
-  // What is complete of the dictionaries and arrays that are open, the innermost last.
+  // The complete items of the open dictionaries and arrays, the innermost last.
   std::vector<Dictionary::Entry> _entries;
   std::vector<Value> _values;
 };

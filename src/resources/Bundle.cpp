@@ -84,7 +84,7 @@ Ref<Dictionary> Bundle::readInfoDictionary() const {
 
 Bundle::Texts Bundle::readTable(const std::string& name) const {
   Texts texts;
-  // The later language stands where both have a text.
+  // The later language wins where both have a text.
   for (const std::string& language : {std::string(kEnglish), userLanguage()}) {
     const std::string file =
         path::join(_folder, path::join(language + ".lproj", path::withExtension(name, "strings")));

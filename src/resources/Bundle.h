@@ -16,14 +16,14 @@
 namespace mrziphoto {
 
 /// A folder of resources: an application, or the system's own texts. What is read from it is kept
-/// for the bundle's life. May be asked from any thread.
+/// for the bundle's life. Thread-safe.
 class MRZIPHOTO_EXPORT Bundle final : public Object {
  public:
   static const Class kClass;
 
   /// The bundle in that folder; nothing when there is no such folder.
   static Ref<Bundle> withPath(const std::string& folder);
-  /// The same without looking for the folder: one that does not exist holds nothing.
+  /// The bundle in that folder, which need not exist: it is empty then.
   explicit Bundle(std::string folder) : _folder(std::move(folder)) {}
 
   [[nodiscard]] const std::string& path() const { return _folder; }

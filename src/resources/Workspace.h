@@ -17,10 +17,10 @@ class MRZIPHOTO_EXPORT Workspace {
 
   Workspace() = delete;
 
-  /// What the host's look-up answers; nothing while none is set, for only a host can know.
+  /// What the host's look-up answers; nothing while none is set.
   [[nodiscard]] static std::optional<std::string> fullPathForApplication(std::string_view name);
-  /// Sets the look-up for the whole process (an empty one: none) and answers the one before it. It
-  /// may be called from any thread.
+  /// Sets the look-up for the whole process, an empty one for none, and answers the one before. It
+  /// is called from any thread.
   static ApplicationLookup setApplicationLookup(ApplicationLookup lookup);
 };
 

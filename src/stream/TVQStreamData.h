@@ -10,10 +10,10 @@
 
 namespace mrziphoto {
 
-/// A seekable reader over one unchangeable byte buffer. It is the one place where bytes of a
-/// catalogue become numbers, and it owns every bounds check.
+/// A seekable reader over one unchangeable byte buffer: turns the bytes of a catalogue into numbers
+/// and checks every bound.
 ///
-/// A read that needs more bytes than are left throws NSException "NSRangeException", which bears
+/// A read that needs more bytes than are left throws NSException "NSRangeException" with
 /// the offset, and leaves the position where it was.
 class MRZIPHOTO_EXPORT TVQStreamData {
  public:
@@ -73,7 +73,7 @@ class MRZIPHOTO_EXPORT TVQStreamData {
   }
 
  private:
-  // Large catalogues are read number by number; the whole way to a number is open to the compiler.
+  // In the header to be inlined: large catalogues are read number by number.
   template <class Unsigned>
   [[nodiscard]] Unsigned readUnsigned() {
     Unsigned value;

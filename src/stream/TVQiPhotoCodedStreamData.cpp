@@ -70,7 +70,7 @@ std::uint32_t TVQiPhotoCodedStreamData::readItemSize() {
 
 std::vector<std::int32_t> TVQiPhotoCodedStreamData::readCodedIntArray() {
   const std::uint32_t count = readItemSize() / 4;
-  // Taken as a whole first, so that an absurd count fails before room is made for it.
+  // Taken as a whole first, so that an absurd count fails before memory is allocated.
   TVQStreamData numbers(readDataWithLength(count * 4));
   numbers.setShouldSwapMode(shouldSwapMode());
   std::vector<std::int32_t> result;
@@ -106,7 +106,7 @@ String TVQiPhotoCodedStreamData::readUTF16StringWithCharacterCount(std::uint32_t
   if (count == 0) {
     return {};
   }
-  // A count whose bytes do not fit 32 bits cannot be there; let the read say so.
+  // A count whose bytes do not fit 32 bits fails at the read.
   constexpr std::uint32_t kMost = 0x7FFFFFFF;
   const Data units = readDataWithLength(count > kMost ? 0xFFFFFFFF : count * 2);
   const bool hasMark =

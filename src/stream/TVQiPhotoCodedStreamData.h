@@ -42,7 +42,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoCodedStreamData : public TVQStreamData {
   [[nodiscard]] std::vector<std::int32_t> readCodedIntArray();
   /// UTF-16 units, as `readUTF16StringWithCharacterCount` reads them.
   [[nodiscard]] String readCodedUTF16String();
-  /// The same behind a size word of 16 bits.
+  /// UTF-16 units behind a size word of 16 bits.
   [[nodiscard]] String readCodedUTF16StringShort();
   [[nodiscard]] Data readCodedData();
   /// The root object of a typed-object archive. The position stays right behind the size word;

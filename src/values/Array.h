@@ -10,8 +10,7 @@
 
 namespace mrziphoto {
 
-/// An ordered collection of values. Shared by reference; whoever makes one may fill it, nobody one
-/// that was read.
+/// An ordered collection of values, shared by reference. Only the code that makes one fills it.
 class MRZIPHOTO_EXPORT Array final : public Object {
  public:
   static const Class kClass;

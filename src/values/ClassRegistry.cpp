@@ -12,7 +12,7 @@ struct Registered {
   std::map<std::string, const Class*, std::less<>> classes;
 };
 
-/// Classes are added while other static objects are made, so this one is made when first needed.
+/// Made when first needed, since other static objects add their classes.
 Registered& registered() {
   static Registered known;
   return known;

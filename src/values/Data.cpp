@@ -11,8 +11,8 @@
 namespace mrziphoto {
 namespace {
 
-/// A block of memory, all zero. Large ones come fresh from the system, page by page as they are
-/// touched; asking for huge pages makes the system tidy its memory first, which takes longer.
+/// A block of zeroed memory. Large ones come from the system page by page; huge pages would make it
+/// tidy its memory first, which takes longer.
 class Buffer final : public Object {
  public:
   explicit Buffer(std::size_t size) : _start(static_cast<char*>(std::calloc(size, 1))) {

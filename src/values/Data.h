@@ -15,7 +15,7 @@ class MRZIPHOTO_EXPORT Data {
  public:
   /// No bytes.
   Data() = default;
-  /// The bytes as they lie, kept alive by `owner`.
+  /// A slice of bytes that `owner` keeps alive.
   Data(Ref<Object> owner, std::string_view bytes) : _owner(std::move(owner)), _bytes(bytes) {}
   /// A buffer of its own with a copy of the bytes.
   static Data copyOf(std::string_view bytes);
@@ -28,7 +28,7 @@ class MRZIPHOTO_EXPORT Data {
   [[nodiscard]] std::size_t size() const { return _bytes.size(); }
   [[nodiscard]] bool empty() const { return _bytes.empty(); }
   [[nodiscard]] const Ref<Object>& owner() const { return _owner; }
-  /// The part that begins at `offset`, cut to what is there.
+  /// The part that begins at `offset`, cut at the end.
   [[nodiscard]] Data slice(std::size_t offset, std::size_t count) const {
     return offset >= size() ? Data() : Data(_owner, _bytes.substr(offset, count));
   }

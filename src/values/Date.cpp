@@ -12,7 +12,7 @@ using Days = std::chrono::sys_days;
 
 constexpr std::int64_t kReferenceDate = 978307200;  // 2001-01-01 in seconds since 1970-01-01
 constexpr std::int64_t kSecondsADay = 86400;
-// Beyond these the calendar has no use; they keep the arithmetic far from its limits.
+// Keep the arithmetic far from its limits.
 constexpr double kFurthest = 1e13;
 constexpr std::size_t kFractionDigits = 9;
 
@@ -55,7 +55,7 @@ SplitSeconds splitSeconds(double seconds) {
   SplitSeconds result{};
   result.whole = static_cast<std::int64_t>(size);
   result.fraction = std::llround((size - std::floor(size)) * static_cast<double>(kWhole));
-  // A double near today's dates is good for seven digits; what lies behind them is noise.
+  // Near today's dates a double has seven digits; the others are noise.
   const std::int64_t noise = result.whole >= 1000000 ? 100 : 1;
   result.fraction = (result.fraction + noise / 2) / noise * noise;
   if (result.fraction == kWhole) {
@@ -72,7 +72,7 @@ SplitSeconds splitSeconds(double seconds) {
   return result;
 }
 
-/// Writes a number of so many digits, and what stands behind it; answers where that ends.
+/// Writes a number with that many digits and a character; answers the end.
 template <std::size_t width>
 char* writeDigits(char* to, std::uint64_t number, char behind) {
   for (std::size_t at = width; at > 0; number /= 10) {

@@ -16,7 +16,7 @@ namespace {
 
 using Wide = unsigned __int128;
 
-// No number that means anything has more; a broken file must not fill the memory with them.
+// Keeps damaged files from filling the memory.
 constexpr std::int64_t kMostZeros = 400;
 
 Wide magnitude(std::int64_t value) {
@@ -24,8 +24,8 @@ Wide magnitude(std::int64_t value) {
   return value < 0 ? 0 - bits : bits;
 }
 
-/// Multiplies by ten, `times` times or as often as there is room for the product; answers how often
-/// there was none.
+/// Multiplies by ten, `times` times or as often as the product fits; answers how many times were
+/// left.
 std::int64_t shiftLeft(Wide& number, std::int64_t times) {
   for (; times > 0 && number <= std::numeric_limits<Wide>::max() / 10; --times) {
     number *= 10;

@@ -126,7 +126,7 @@ class Writer {
   }
   void indent() { _out.append(_level * kIndent, ' '); }
 
-  /// Indents the next element; false when there is no room for it, which the text then says.
+  /// Indents the next element; false, and marks the cut, when there is no room for it.
   bool startElement() {
     indent();
     if (isFull()) {

@@ -17,14 +17,13 @@ class Value;
 [[nodiscard]] std::string describe(const Array& array);
 [[nodiscard]] std::string describe(const Dictionary& dictionary);
 
-/// What a message says of a value that it complains about: its description where that is short,
-/// else only the class name in angle brackets.
+/// A value in an error message: its description where that is short, else its class name in angle
+/// brackets.
 [[nodiscard]] std::string describeBriefly(const Value& value);
 
-/// The bytes that a description may still grow by, `Limits::description` at first. Parts that an
-/// archive shares between many places, or quotes inside quotes, could else make the text of a small
-/// file fill the memory. What is described on the same thread while a budget lives, as part of a
-/// larger description, draws on that budget and not on one of its own.
+/// The bytes that a description may still grow by, `Limits::description` at first: shared parts of
+/// an archive, or quotes inside quotes, could make the text of a small file fill the memory.
+/// Budgets inside another one of the same thread draw on that.
 class DescriptionBudget {
  public:
   DescriptionBudget();

@@ -60,7 +60,7 @@ class Dictionary::Index {
     }
   }
 
-  /// True when two entries bear equal keys. Nothing can be found by such an index.
+  /// True when two entries have equal keys; such an index finds no entry.
   [[nodiscard]] bool metKeyTwice() const { return _metKeyTwice; }
 
   /// Takes in the entry that was appended last.
@@ -82,7 +82,7 @@ class Dictionary::Index {
     }
     _slots.assign(size, kEmpty);
     _mask = size - 1;
-    // Equal keys fall on equal slots: taking in more after the first two would be a walk for each.
+    // Going on would take a longer search for each further equal key.
     for (std::size_t i = 0; i < _entries.size() && !_metKeyTwice; ++i) {
       insert(i);
     }
@@ -107,7 +107,7 @@ class Dictionary::Index {
 
 namespace {
 
-/// For few entries. Looks back only where two hashes agree in some bits.
+/// For few entries. Compares keys only where some bits of their hashes agree.
 bool holdsKeyTwice(const std::vector<Dictionary::Entry>& entries) {
   constexpr std::size_t kBits = 1024;
   std::bitset<kBits> seen;
@@ -207,8 +207,8 @@ bool Dictionary::isEqual(const Object& other) const {
 }
 
 std::size_t Dictionary::hash() const {
-  // Independent of the order of the entries. Values play no part: they may refer back to this
-  // dictionary, or share parts so often that walking them would not end.
+  // Independent of the order of the entries. Values are left out: they may refer back to this
+  // dictionary.
   std::size_t result = _entries.size();
   for (const Entry& entry : _entries) {
     result += entry.key.hash();

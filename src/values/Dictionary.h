@@ -36,7 +36,7 @@ class MRZIPHOTO_EXPORT DictionaryKey {
 };
 
 /// A collection of values by key text, in the order in which the keys were first set. A key stands
-/// in it once. Shared by reference; whoever makes one may fill it, nobody one that was read.
+/// in it once. Shared by reference; only the code that makes one fills it.
 class MRZIPHOTO_EXPORT Dictionary final : public Object {
  public:
   static const Class kClass;
@@ -47,7 +47,7 @@ class MRZIPHOTO_EXPORT Dictionary final : public Object {
   };
 
   Dictionary();
-  /// The pairs in order; of equal keys the later value stands, in the earlier place.
+  /// The pairs in order; of equal keys the later value counts, in the earlier place.
   explicit Dictionary(std::vector<Entry> entries);
   Dictionary(std::initializer_list<std::pair<std::string_view, Value>> entries);
   ~Dictionary() override;

@@ -20,7 +20,7 @@ struct Directive {
   char conversion = 0;
 };
 
-// Wider fields than any text of the system asks for; they keep a format from filling the memory.
+// Keeps a form from a file from filling the memory.
 constexpr std::size_t kWidest = 4096;
 
 std::size_t takeNumber(std::string_view& text) {

@@ -13,13 +13,12 @@
 
 namespace mrziphoto {
 
-/// SipHash-2-4, a hash of bytes that nobody can steer who does not know the key.
+/// SipHash-2-4, a hash of bytes that cannot be predicted without its key.
 [[nodiscard]] MRZIPHOTO_EXPORT std::uint64_t sipHash(const std::array<std::uint64_t, 2>& key,
                                                      std::string_view bytes);
 
-/// The hash for tables whose keys come from files. Its key is drawn anew in each process, so that
-/// no file can hold texts or numbers that all fall on one place of a table. Never to be stored or
-/// shown: the next process has other hashes.
+/// The hash for tables whose keys come from files, with another key in each process, so that no
+/// file can hold keys that all collide. Do not store or show hashes.
 struct MRZIPHOTO_EXPORT KeyedHash {
   using is_transparent = void;
 

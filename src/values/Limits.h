@@ -8,11 +8,11 @@
 
 namespace mrziphoto {
 
-/// How much of a library is taken before it is refused as hostile or broken. The defaults leave
-/// room for every library that iPhoto could write; docs/limits.md tells why each is what it is.
+/// Bounds on what is read of a library. The defaults leave room for every library that iPhoto could
+/// write; docs/limits.md gives the reasons.
 ///
-/// The limits of a thread are those of the innermost `Scope` on it. An object that reads later, on
-/// request, goes by the limits in force at that moment.
+/// Each thread has the limits of its innermost `Scope`. An object that reads on request uses the
+/// limits of that moment.
 struct MRZIPHOTO_EXPORT Limits {
   /// Bytes of a file that is read as a whole: catalogue, album data, directory table, album file.
   /// 4 GiB and more cannot be read, whatever the limit. A library of a million photos needs 1.5 GB.
@@ -24,8 +24,8 @@ struct MRZIPHOTO_EXPORT Limits {
   /// Objects, arrays and dictionaries inside each other, in archives and property lists. Each level
   /// takes a piece of the thread's stack while it is read and when it is let go.
   std::uint32_t nesting = 256;
-  /// Albums of one library, and likewise rolls; the others are left out, and told in a notice. Even
-  /// an album of no bytes to speak of takes memory. Real libraries have some thousands.
+  /// Albums of one library, and likewise rolls; a notice tells how many more were left out. Real
+  /// libraries have some thousands.
   std::uint32_t albums = 50'000;
   /// Albums and folders that are met while one folder's albums are listed.
   std::uint32_t flattenedAlbums = 100'000;

@@ -12,22 +12,21 @@
 
 namespace mrziphoto {
 
-/// A view of a list of objects of one class, or nothing. It shows what the list's owner adds and
-/// removes later, and keeps what it shows alive; only the owner can change the list. Walking
-/// nothing is walking an empty list. A walk goes through the objects that the list held when it
-/// began, whatever is added or removed meanwhile.
+/// A read-only view of a list of objects of one class, or of no list, which is empty. It shows what
+/// the list's owner adds and removes later, and keeps the objects alive. An iteration visits the
+/// objects that the list held when it began.
 template <class T>
 class List {
  public:
-  /// The objects themselves. A list holds no absent ones.
+  /// The objects, none of them empty.
   using Items = std::vector<Ref<T>>;
   class Iterator;
 
-  /// Nothing.
+  /// A view of no list.
   List() = default;
-  /// A list of these objects, which nobody changes any more. Absent ones are left out.
+  /// A list of these objects that never changes. Empty references are left out.
   explicit List(Items items) : _shared(std::make_shared<Shared>(std::move(items))) {}
-  /// An empty list, which is not nothing.
+  /// An empty list.
   static List makeEmpty() { return List(Items()); }
 
   [[nodiscard]] bool isNothing() const { return _shared == nullptr; }
@@ -45,7 +44,7 @@ class List {
   /// True for two views of one list.
   [[nodiscard]] bool isSameList(const List& other) const { return _shared == other._shared; }
 
-  /// The items as an array value, for key-value access; nothing for nothing.
+  /// The items as an array value, for key-value access; nothing without a list.
   [[nodiscard]] Value value() const {
     return isNothing() ? Value() : Value(make<Array>(std::vector<Value>(begin(), end())));
   }
@@ -84,7 +83,7 @@ class List {
   std::shared_ptr<Shared> _shared;
 };
 
-/// A position in a walk over a list. It keeps the objects of the walk alive.
+/// A position in an iteration, which keeps the objects alive.
 template <class T>
 class List<T>::Iterator {
  public:
@@ -128,13 +127,13 @@ class List<T>::Iterator {
   pointer _at = nullptr;
 };
 
-/// A list whose owner adds and removes. Handed out, it is a `List`, which does neither.
+/// A list that its owner changes and hands out as `List`.
 template <class T>
 class OwnedList final : public List<T> {
  public:
   using typename List<T>::Items;
 
-  /// Nothing, until something is added.
+  /// No list until an item is added.
   OwnedList() = default;
   explicit OwnedList(Items items) : List<T>(std::move(items)) {}
   static OwnedList makeEmpty() { return OwnedList(Items()); }
@@ -143,14 +142,14 @@ class OwnedList final : public List<T> {
   OwnedList(OwnedList&&) noexcept = default;
   OwnedList& operator=(OwnedList&&) noexcept = default;
 
-  /// An absent item is passed over.
+  /// Ignores an empty reference.
   void append(Ref<T> item) {
     if (item) {
       changed().push_back(std::move(item));
     }
   }
-  /// Puts the item in front of the one at that position, which is `size` at most. An absent item is
-  /// passed over.
+  /// Puts the item in front of the one at that position, which is `size` at most. Ignores an empty
+  /// reference.
   void insert(Ref<T> item, std::size_t position) {
     if (item) {
       Items& items = changed();
@@ -167,7 +166,7 @@ class OwnedList final : public List<T> {
   using typename List<T>::Owned;
   using typename List<T>::Shared;
 
-  /// The items, to be changed: a copy of them while somebody walks over them.
+  /// The items, to be changed: a copy while an iteration goes on.
   Items& changed() {
     if (this->isNothing()) {
       this->_shared = std::make_shared<Shared>(Items());

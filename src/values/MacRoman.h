@@ -8,8 +8,7 @@
 
 namespace mrziphoto {
 
-/// The text that the bytes stand for in Mac OS Roman, the 8-bit encoding of the system that the
-/// libraries were written on. Pure ASCII stays a slice of the bytes; other texts are copied.
+/// The text of bytes in Mac OS Roman. Pure ASCII is a slice of the bytes; other texts are copied.
 [[nodiscard]] MRZIPHOTO_EXPORT String stringFromMacRoman(const Data& bytes);
 
 }  // namespace mrziphoto

@@ -8,8 +8,7 @@
 
 namespace mrziphoto {
 
-/// How a decimal result is rounded. Plainly, the only way there is use for here: to the nearest
-/// value, halves away from zero.
+/// How a decimal result is rounded: to the nearest value, halves away from zero.
 enum class NSRoundingMode : std::uint8_t { plain = 0 };
 
 /// What may go wrong in a calculation with decimal numbers.

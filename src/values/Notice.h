@@ -6,8 +6,8 @@
 
 namespace mrziphoto {
 
-/// Something of a library that was missing, repaired or left out, while the rest could be answered:
-/// whoever shows the library should show this, too.
+/// Something of a library that was missing, repaired or left out. Programs that show the library
+/// should show its notices, too.
 struct Notice {
   /// One whole sentence for people, without a full stop at its end. It names what is missing, the
   /// file, how many, and where in the file: "the catalogue '/L/Library6.iPhoto' holds 9 of 40
@@ -15,7 +15,7 @@ struct Notice {
   std::string sentence;
   /// The full path of the file that the sentence names; empty when it names none.
   std::string file;
-  /// Where in the file, in bytes from its start; nothing where no place is known.
+  /// The place in the file, in bytes from its start, where one is known.
   std::optional<std::uint64_t> offset;
 
   bool operator==(const Notice&) const = default;

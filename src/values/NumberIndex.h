@@ -10,14 +10,13 @@
 
 namespace mrziphoto {
 
-/// Finds the first of many things by a number: positions by number, open addressing, 24 to 48 bytes
-/// a thing.
+/// Positions by number, the first of equal ones. Open addressing, 24 to 48 bytes an entry.
 class NumberIndex {
  public:
-  /// Room for that many things without growing.
+  /// With room for that many entries.
   explicit NumberIndex(std::size_t expected = 0) { resize(expected); }
 
-  /// Takes in the thing at `position`; of things with one number the first to come stands.
+  /// Adds a position, unless the number has one.
   void add(std::int64_t number, std::size_t position) {
     if ((_count + 1) * 3 > _slots.size() * 2) {
       resize(_count * 2 + 1);
@@ -34,7 +33,7 @@ class NumberIndex {
     return slot.position == kEmpty ? std::nullopt : std::optional<std::size_t>(slot.position);
   }
 
-  /// Has the memory fetched that `find` will read for that number, while other work goes on.
+  /// Prefetches the memory that `find` will read.
   void prefetch(std::int64_t number) const { __builtin_prefetch(&_slots[firstSlot(number)]); }
 
  private:
@@ -44,7 +43,7 @@ class NumberIndex {
     std::uint32_t position = kEmpty;
   };
 
-  /// Others in each process, so that no file can hold numbers that fall on few slots.
+  /// Differs in each process, so that no file can hold numbers that collide.
   struct Spread {
     std::uint64_t first;
     std::uint64_t second;
@@ -59,8 +58,8 @@ class NumberIndex {
     }
   };
 
-  /// Folding the upper half in between ends what a multiplication alone keeps: numbers at equal
-  /// distances would come to lie side by side.
+  /// Folds the upper half in: multiplication alone would put numbers at equal distances side by
+  /// side.
   [[nodiscard]] std::size_t firstSlot(std::int64_t number) const {
     const std::uint64_t once = static_cast<std::uint64_t>(number) * _spread.first;
     return static_cast<std::size_t>(((once ^ once >> 32) * _spread.second) >> _shift);

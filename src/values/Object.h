@@ -27,8 +27,8 @@ struct Class {
   const Class* superclass = nullptr;
   /// The highest version that an archive may record for the class without a log line.
   std::uint32_t highestVersion = 0;
-  /// Makes an instance with nothing in it yet, with one reference that the caller owns. nullptr for
-  /// a class that no archive holds.
+  /// Makes an empty instance, whose one reference the caller owns. nullptr for a class that no
+  /// archive holds.
   Object* (*make)() = nullptr;
 
   /// True for the class itself and for every class that derives from it.
@@ -56,7 +56,7 @@ class MRZIPHOTO_EXPORT Object {
   [[nodiscard]] bool isKindOf(const Class& other) const { return objectClass().isKindOf(other); }
 
   /// A text that describes the object; the class name in angle brackets where a class says nothing
-  /// better. Stable between runs.
+  /// better. The same in every run.
   [[nodiscard]] virtual std::string description() const;
   /// Identity, where a class says nothing better.
   [[nodiscard]] virtual bool isEqual(const Object& other) const;
@@ -97,8 +97,7 @@ class MRZIPHOTO_EXPORT Object {
   mutable bool _hasWeakLink = false;
 };
 
-/// A counted reference to an object; empty for "nothing". A reference to a class of which only the
-/// name is known can be held, copied and turned into a `Ref<Object>`.
+/// A counted reference to an object, or an empty one. Works for classes that are only declared.
 template <class T>
 class Ref {
  public:
@@ -128,7 +127,7 @@ class Ref {
     result._object = object;
     return result;
   }
-  /// Gives the reference up to the caller and becomes nothing.
+  /// Gives the reference up to the caller and becomes empty.
   [[nodiscard]] Object* detach() { return std::exchange(_object, nullptr); }
 
   [[nodiscard]] T* get() const { return static_cast<T*>(_object); }
@@ -137,7 +136,7 @@ class Ref {
   explicit operator bool() const { return _object != nullptr; }
   bool operator==(const Ref& other) const = default;
 
-  /// The same object as a `U`, or nothing when it is no `U`.
+  /// The object as a `U`; empty when it is none.
   template <class U>
   [[nodiscard]] Ref<U> as() const {
     return Ref<U>(dynamic_cast<U*>(_object));
@@ -166,9 +165,9 @@ Object* makeEmpty() {
   return new T;
 }
 
-/// A reference that does not keep its object alive and becomes nothing when the object goes. An
-/// archive may hold an object that refers back to one around it; such references are weak, so that
-/// no circle of owners is left behind.
+/// A reference that does not keep its object alive and becomes empty when the object goes. Archives
+/// hold objects that refer back to one around them; such references are weak, so that no cycle of
+/// owners is left behind.
 class MRZIPHOTO_EXPORT WeakLink {
  public:
   /// The one link to an object, made on first request; with a reference that the caller owns.

@@ -23,9 +23,9 @@ class MRZIPHOTO_EXPORT String {
   String() = default;
   /// A copy of the characters; what is not well-formed UTF-8 in them becomes U+FFFD.
   explicit String(std::string_view text);
-  /// The same of a text that is given for good; no character is copied.
+  /// Takes ownership of `text`, with the same repairs.
   static String holding(std::string text);
-  /// The bytes as they lie, kept alive by `owner` (nothing for texts that live for ever). UTF-8
+  /// The bytes as they lie, kept alive by `owner` (empty for texts that live for ever). UTF-8
   /// bytes must be well-formed. A slice has fewer than 2^32 bytes.
   String(Ref<Object> owner, std::string_view bytes, Encoding encoding = Encoding::utf8)
       : _owner(std::move(owner)), _bytes(bytes), _encoding(encoding) {}
@@ -51,7 +51,7 @@ class MRZIPHOTO_EXPORT String {
   bool operator==(std::string_view other) const;
 
  private:
-  friend class Value;  // takes the owner of a text that it is given for good
+  friend class Value;  // takes the owner over
 
   Ref<Object> _owner;
   std::string_view _bytes;

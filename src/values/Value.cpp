@@ -72,7 +72,7 @@ double leadingReal(std::string_view text) {
 
 std::string realDescription(double value, int digits) {
   if (std::isnan(value)) {
-    return "nan";  // whatever its sign, which is an accident
+    return "nan";  // its sign means nothing
   }
   std::array<char, 64> text{};
   const auto end = std::to_chars(text.data(), text.data() + text.size(), value,

@@ -21,10 +21,9 @@ class Array;
 class Dictionary;
 
 /// One value of a library: nothing, a number, a text, a date, bytes, an array, a dictionary or an
-/// object. Copies share what they hold; nothing that a value holds changes through the value.
+/// object. Immutable; copies share their contents.
 ///
-/// A question that does not fit the kind is answered with nothing (or 0, where the answer is a
-/// number): no accessor throws.
+/// An accessor of another kind answers nothing (or 0, where the answer is a number). None throws.
 class MRZIPHOTO_EXPORT Value {
  public:
   enum class Kind : std::uint8_t {
@@ -41,12 +40,13 @@ class MRZIPHOTO_EXPORT Value {
   };
 
   Value() = default;
-  Value(std::nullptr_t) {}  // NOLINT(google-explicit-constructor)
+  // NOLINTBEGIN(google-explicit-constructor): what a value can hold becomes one silently
+  Value(std::nullptr_t) {}
   /// An integer of any type, as one of the archives' types: "B" for bool, "i" or "I" up to 32 bits
   /// and "q" or "Q" up to 64. Above the signed 64-bit range `integer` answers nothing, and
   /// description and `doubleValue` the number as it is.
   template <std::integral T>
-  Value(T value) {  // NOLINT(google-explicit-constructor)
+  Value(T value) {
     static_assert(sizeof value <= sizeof(std::int64_t), "values hold 64 bits");
     constexpr bool isWide = sizeof value > sizeof(std::int32_t);
     constexpr bool isPromoted = sizeof value < sizeof(std::int32_t);  // to int, as in C++
@@ -55,27 +55,24 @@ class MRZIPHOTO_EXPORT Value {
                                                      ? (isWide ? 'q' : 'i')
                                                      : (isWide ? 'Q' : 'I'));
   }
-  Value(float value) {
-    setReal(static_cast<double>(value), 'f');
-  }                                                        // NOLINT(google-explicit-constructor)
-  Value(double value) { setReal(value, 'd'); }             // NOLINT(google-explicit-constructor)
-  Value(const Decimal& value);                             // NOLINT(google-explicit-constructor)
-  Value(Date value);                                       // NOLINT(google-explicit-constructor)
-  Value(const String& text);                               // NOLINT(google-explicit-constructor)
-  Value(String&& text);                                    // NOLINT(google-explicit-constructor)
-  Value(std::string_view text) : Value(String(text)) {}    // NOLINT(google-explicit-constructor)
-  Value(const std::string& text) : Value(String(text)) {}  // NOLINT(google-explicit-constructor)
-  Value(const char* text) : Value(String(text)) {}         // NOLINT(google-explicit-constructor)
+  Value(float value) { setReal(static_cast<double>(value), 'f'); }
+  Value(double value) { setReal(value, 'd'); }
+  Value(const Decimal& value);
+  Value(Date value);
+  Value(const String& text);
+  Value(String&& text);
+  Value(std::string_view text) : Value(String(text)) {}
+  Value(const std::string& text) : Value(String(text)) {}
+  Value(const char* text) : Value(String(text)) {}
   /// Throws std::length_error for 2^32 bytes and more.
-  Value(const Data& bytes);  // NOLINT(google-explicit-constructor)
+  Value(const Data& bytes);
   /// An array, a dictionary or any other object; nothing for an empty reference.
-  Value(Ref<Object> object);  // NOLINT(google-explicit-constructor)
+  Value(Ref<Object> object);
   template <class T>
-  Value(Ref<T> object)  // NOLINT(google-explicit-constructor)
-      : Value(Ref<Object>(std::move(object))) {}
+  Value(Ref<T> object) : Value(Ref<Object>(std::move(object))) {}
   template <class T>
-  Value(const std::optional<T>& value)  // NOLINT(google-explicit-constructor)
-      : Value(value ? Value(*value) : Value()) {}
+  Value(const std::optional<T>& value) : Value(value ? Value(*value) : Value()) {}
+  // NOLINTEND(google-explicit-constructor)
   template <class T>
   Value(T* pointer) = delete;  // would silently become a boolean
   /// An integer of one of the archives' types, "cCsSiIlLqQB". `Q` takes the bits as unsigned.
@@ -104,8 +101,8 @@ class MRZIPHOTO_EXPORT Value {
   [[nodiscard]] Kind kind() const;
   [[nodiscard]] bool isNothing() const { return kind() == Kind::nothing; }
   [[nodiscard]] bool isString() const { return _kind == Kind::string; }
-  /// True for a reference that does not keep its object alive. Whoever walks over nested values
-  /// must not follow it: it may lead back to an object around it.
+  /// True for a reference that does not keep its object alive. Do not follow it while walking over
+  /// nested values: it may lead back to an object around it.
   [[nodiscard]] bool isWeak() const { return _holds == Holds::weakLink; }
   /// An integer, a floating or a decimal number.
   [[nodiscard]] bool isNumber() const {
@@ -119,7 +116,7 @@ class MRZIPHOTO_EXPORT Value {
   /// A number, or the leading decimal integer of a text, as a signed 32-bit integer; else 0. An
   /// integer keeps its low 32 bits, a text or a fraction stops at the ends of the range.
   [[nodiscard]] std::int32_t intValue() const;
-  /// The same as an unsigned 32-bit integer; a text that begins with no digit gives 0.
+  /// `intValue` as an unsigned 32-bit integer; a text that begins with no digit gives 0.
   [[nodiscard]] std::uint32_t unsignedIntValue() const;
   /// A number, or the number that a text begins with, as floating point; else 0.
   [[nodiscard]] double doubleValue() const;

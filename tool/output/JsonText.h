@@ -27,7 +27,7 @@ class JsonText {
   /// Before each value of an object.
   void name(std::string_view name);
   void endObject() { close('}'); }
-  /// The next value follows something that was appended by other hands, and takes no comma.
+  /// The next value follows other text, and takes no comma.
   void restart() { _needsComma = false; }
 
   /// Appends a text in quotes. What is no valid UTF-8 becomes U+FFFD; every character that would

@@ -24,7 +24,7 @@ class Messages {
   /// Something could not be answered, and the command goes on: one of possibly many lines of that
   /// kind. `kind` says in a few words what they have in common, and lives for ever.
   static void complain(std::string_view kind, std::string_view sentence);
-  /// The same about what is well but worth knowing, which `--quiet` drops.
+  /// Likewise something that is no fault but worth knowing, which `--quiet` drops.
   static void notice(std::string_view kind, std::string_view sentence);
   /// A line of the library's log.
   static void logLine(std::string_view line);

@@ -15,7 +15,7 @@ namespace mrziphoto::tool {
 
 /// A file that is written under another name beside its place and takes its place when it is whole,
 /// so that nobody ever sees half of it; until then, what was there before stays. Symbolic links are
-/// followed, also those that lead to nothing yet. A place that is no file of a folder, such as a
+/// followed, dangling ones included. A place that is no file of a folder, such as a
 /// named pipe or "/dev/stdout", whatever that leads to, is written to as it is.
 ///
 /// A file that takes another's place takes over what that allows to whom. There is one at a time: a

@@ -274,7 +274,7 @@ std::uint32_t ArchiveReader::readClassOfObject() {
   return *position;
 }
 
-/// Reads the chain of superclasses in a loop: how long it is must not decide how deep calls go.
+/// Reads the chain of superclasses in a loop, since its length is not bounded yet.
 std::optional<std::uint32_t> ArchiveReader::readClass() {
   const std::size_t first = _classes.size();
   std::int8_t head = takeHead();

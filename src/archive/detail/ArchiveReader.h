@@ -33,7 +33,7 @@ inline constexpr std::string_view kBigEndianSignature = "typedstream";
 inline constexpr std::string_view kLittleEndianSignature = "streamtyped";
 
 /// Reads the parts that archives are made of, checks every bound, and numbers strings, objects,
-/// classes and C strings as the format does. What the parts mean is for others to say.
+/// classes and C strings as the format does. Does not know what the parts mean.
 ///
 /// Every operation throws NSException where the archive is damaged; nothing more can be read then.
 class ArchiveReader {
@@ -47,7 +47,7 @@ class ArchiveReader {
   /// True when the bytes begin with a header that this class reads.
   static bool isArchive(std::string_view bytes);
 
-  /// Stands behind the header. `bytes`, for which `isArchive` must be true, must outlive the
+  /// Begins behind the header. `bytes`, for which `isArchive` must be true, must outlive the
   /// reader.
   explicit ArchiveReader(std::string_view bytes);
 
@@ -83,13 +83,12 @@ class ArchiveReader {
   std::uint32_t readClassOfObject();
   /// True when the object ends here.
   [[nodiscard]] bool isAtEndOfObject() const;
-  /// Goes behind the end of an object when it is here; else answers false.
+  /// Passes the end of an object; false when it is not here.
   bool takeEndOfObject();
 
-  /// A few bytes can name a long text or a large object again and again. Whatever is named anew is
-  /// accounted for here with its size, and an archive that would swell out of proportion if all of
-  /// it were written out is refused. So everybody may print, compare or copy what was read without
-  /// thinking of that.
+  /// To be called for every repeated reference, with the size of its target. Refuses an archive
+  /// that would be out of all proportion if its references were written out, so that what was read
+  /// can be printed, compared or copied safely.
   void accountFor(std::uint64_t size, std::uint64_t& account) const;
 
  private:

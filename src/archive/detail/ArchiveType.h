@@ -18,8 +18,8 @@ namespace mrziphoto::detail {
 
 /// A type string of an archive, taken apart: which values follow it, in which order.
 ///
-/// A damaged type string cannot ask for more work than the bytes behind it are worth: types nest as
-/// deep as `Limits` allows, and what takes up no bytes stands in a type string a few times only.
+/// A type string cannot cause more work than its bytes are worth: `Limits` bounds how deep types
+/// nest, and few types without bytes are allowed.
 class ArchiveType {
  public:
   /// Throws NSException for what is no type string. `text` must outlive the type; it stands at

@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-/// What the characters of an XML document may stand for.
+/// The classes of characters in an XML document.
 namespace mrziphoto::detail::xml {
 
 // Classes of ASCII characters, a bit each.

@@ -22,12 +22,12 @@ struct XmlFailure {
 /// Walks over an XML document that is encoded in UTF-8, tag by tag, and checks that it is
 /// well-formed. Every operation throws XmlFailure where it is not.
 ///
-/// Whoever drives it knows which element it is inside, so the scanner itself needs no stack: the
-/// tag that an operation is given is the start tag of the innermost element that is open.
+/// The caller knows the open elements, so the scanner needs no stack: the tag that an operation
+/// takes is the start tag of the innermost open element.
 ///
 /// Names may hold the characters that the fifth edition of XML 1.0 allows. A document type is
-/// passed over: what stands inside the declarations of an internal subset is not looked at beyond
-/// its characters and quotes, and no reference to an entity of its own making is followed.
+/// skipped: of an internal subset only characters and quotes are checked, and references to
+/// entities that it defines are refused.
 class XmlScanner {
  public:
   struct Tag {
@@ -71,7 +71,7 @@ class XmlScanner {
   [[nodiscard]] std::size_t offset() const { return static_cast<std::size_t>(_at - _start); }
   /// Throws an XmlFailure for the character that the scanner stands at.
   [[noreturn]] void fail(std::string what) const;
-  /// The same for the place of a tag.
+  /// Throws an XmlFailure for the place of a tag.
   [[noreturn]] void fail(const Tag& tag, std::string what) const;
 
  private:

@@ -14,7 +14,7 @@ constexpr std::array<std::string_view, 4> kMarkupDeclarations{"<!ELEMENT", "<!AT
 
 constexpr std::array<std::string_view, 3> kDeclarationParts{"version", "encoding", "standalone"};
 
-// How the places are called where a document may end too early.
+// Names of places where a document may end too early.
 constexpr std::string_view kDeclaration = "its XML declaration";
 constexpr std::string_view kDocumentType = "its document type";
 constexpr std::string_view kInstruction = "a processing instruction";

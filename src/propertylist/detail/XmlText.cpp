@@ -21,7 +21,7 @@ constexpr std::array kSignatures{Signature{"\xEF\xBB\xBF", kUtf8},
                                  Signature{"\xFE\xFF", "UTF-16BE"},
                                  Signature{"\xFF\xFE", "UTF-16LE"}};
 
-/// What can be told before anything of a document is read.
+/// Encodings that the first bytes of a document tell.
 Signature signatureOf(std::string_view file) {
   for (const Signature& signature : kSignatures) {
     if (file.starts_with(signature.mark)) {
@@ -114,7 +114,7 @@ bool XmlText::readAs(const std::string& encoding) {
     _utf8 = _file;
     return true;
   }
-  // Twice over the bytes: memory for the longest possible text would be a multiple of the file.
+  // Converts twice: memory for the longest possible text would be a multiple of the file.
   Converter measured(encoding, _file.bytes());
   if (!measured.knowsEncoding()) {
     return false;
@@ -169,7 +169,7 @@ std::size_t XmlText::byteOf(std::size_t place) const {
   if (_encoding == kUtf8) {
     return _marked + place;
   }
-  // Converted once more, as far as the place: the way back is walked at most once for a document.
+  // Converts the text again up to the place, which happens at most once for a document.
   std::array<char, 16384> scratch;
   Converter converter(_encoding, _file.bytes());
   while (const std::size_t count =

@@ -12,9 +12,9 @@
 
 namespace mrziphoto::detail {
 
-/// The dictionary keys that were met last, so that entries of the same name share one text. It has
-/// a fixed number of places: keys that stand only once, such as the numbers of photos, push each
-/// other out, and the names that stand in every photo stay.
+/// Recent dictionary keys, so that entries of the same name share one text. Its size is fixed: keys
+/// that occur once, such as the numbers of photos, replace each other; the names of every photo
+/// stay.
 class KeyCache {
  public:
   /// A key with that text.
@@ -38,7 +38,7 @@ class KeyCache {
       references = ReferenceStock(std::move(key._text));
     }
 
-    // No text is equal to this one, which is not UTF-8.
+    // Not UTF-8, so that no text equals it.
     std::string_view text{"\xFF", 1};
     ReferenceStock references;
   };
@@ -48,7 +48,7 @@ class KeyCache {
   };
   static constexpr unsigned kPlaceBits = 10;
 
-  /// Looks at length and both ends of a text only: enough to tell names apart, and fast.
+  /// Uses only the length and both ends of a text, which is fast and tells names apart.
   static std::size_t placeOf(std::string_view text) {
     std::uint64_t first = 0;
     std::uint64_t last = 0;

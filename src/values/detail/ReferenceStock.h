@@ -7,11 +7,11 @@
 
 namespace mrziphoto::detail {
 
-/// Hands out references to one object and counts them by the thousand: a locked instruction for
-/// each of the millions of texts that share a file buffer would be felt.
+/// Hands out references to one object and counts them by the thousand, which saves a locked
+/// instruction for each of the millions of texts in a file buffer.
 class ReferenceStock {
  public:
-  /// A stock of nothing.
+  /// Without an object.
   ReferenceStock() = default;
   explicit ReferenceStock(Ref<Object> object) : _object(std::move(object)) {}
   ReferenceStock(ReferenceStock&& other) noexcept
@@ -29,7 +29,7 @@ class ReferenceStock {
 
   [[nodiscard]] Object* get() const { return _object.get(); }
 
-  /// A further reference to the object; nothing when there is none.
+  /// A further reference to the object; empty without one.
   [[nodiscard]] Ref<Object> take() {
     if (!_object) {
       return {};

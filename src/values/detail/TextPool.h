@@ -10,11 +10,10 @@
 
 namespace mrziphoto::detail {
 
-/// Keeps texts that lie nowhere else, many to a block of memory: a block for each would cost more
-/// than most of the texts.
+/// Owns texts, many to a block of memory, which is cheaper than a block for each.
 class TextPool {
  public:
-  /// A text in the pool and what keeps it alive; nothing keeps the empty text.
+  /// A text in the pool and its owner, none for the empty text.
   struct Kept {
     Ref<Object> owner;
     std::string_view text;
@@ -42,7 +41,7 @@ class TextPool {
   static constexpr std::size_t kSmallest = 256;
   static constexpr std::size_t kLargest = 65536;
 
-  /// Each block is twice as large as the one before, so that little stays unused.
+  /// Each block is twice as large as the one before.
   void begin(std::size_t atLeast) {
     _size = std::max(std::clamp(_size * 2, kSmallest, kLargest), atLeast);
     const Data block = Data::filled(_size, [this](char* start) { _next = start; });
