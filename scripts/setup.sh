@@ -7,7 +7,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build_packages=(g++ cmake ninja-build pkg-config libjpeg-dev libvips-dev libutf8proc-dev libfmt-dev)
 test_packages=(libgtest-dev libexpat1-dev locales tzdata)
 bench_packages=(libpugixml-dev libplist-dev libvips-tools python3 jq)
-analysis_packages=(clang clang-format clang-tidy gcovr libclang-rt-14-dev python3)
+analysis_packages=(clang clang-format clang-tidy gcovr libclang-rt-14-dev mold python3)
 
 say() {
   printf '%s\n' "$*" >&2
@@ -63,5 +63,12 @@ build() {
   if [ -f "$cache" ] && ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$cache"; then
     rm -rf "${root:?}/build/$1"
   fi
-  (cd "$root" && quietly cmake --preset "$1" && quietly cmake --build --preset "$1")
+  # What is built to be tested links two dozen programs, each of the whole library.
+  local kind options=()
+  if command -v mold >/dev/null && [[ "$1" != release && "$1" != bench ]]; then
+    for kind in EXE SHARED MODULE; do
+      options+=("-DCMAKE_${kind}_LINKER_FLAGS=-fuse-ld=mold")
+    done
+  fi
+  (cd "$root" && quietly cmake --preset "$1" "${options[@]}" && quietly cmake --build --preset "$1")
 }
