@@ -223,12 +223,9 @@ TEST(AlbumData, TellsAFaultInTheWordsOfTheGeneralReader) {
             "has a malformed <date> at line 1, byte 91"},
            {whole + "<!", "goes on after its root element at line 1, byte 138"}}) {
     folder.write("AlbumData.xml", document);
-    try {
-      AlbumData::read(folder / "AlbumData.xml");
-      ADD_FAILURE() << document;
-    } catch (const NSException& exception) {
-      EXPECT_EQ(exception.reason(), "the property list " + reason) << document;
-    }
+    EXPECT_EQ(exceptionOf([&] { AlbumData::read(folder / "AlbumData.xml"); }),
+              "NSParseErrorException - the property list " + reason)
+        << document;
   }
 
   std::optional<FileFailure> failure;

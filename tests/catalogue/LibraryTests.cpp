@@ -217,7 +217,6 @@ TEST(TVQiPhotoLibrary, FindsKeywordsAndRollsByKeysOfEveryKind) {
   }
   const CodedLibrary library(
       60, CodedBuilder().images({CodedBuilder().item("idKY", -1), CodedBuilder().item("idKY", 7)}));
-  ASSERT_TRUE(library);
   for (const auto& [key, expectedKeyword, expectedRoll] :
        Rows<Value, std::string_view, std::string_view>{
            {7, "seven", "7"},

@@ -124,7 +124,7 @@ TEST(TVQiPhotoDatabase, SaysWhyALibraryCannotBeOpened) {
     }
     const CollectedLog log;
     OpeningFailure failure;
-    EXPECT_FALSE(library.open({}, &failure)) << files;
+    EXPECT_FALSE(library.tryToOpen({}, failure)) << files;
     ASSERT_FALSE(log.lines().empty()) << files;
     EXPECT_EQ(library.rooted(log.lines().back()), logged);
     EXPECT_EQ(failure.cause, cause) << files;
@@ -154,7 +154,7 @@ TEST(TVQiPhotoDatabase, TakesNoCatalogueThatHoldsNothingForAnEmptyLibrary) {
         fs::remove_all(library / "Albums");
       }
       std::optional<OpeningFailure> failure(std::in_place);
-      const auto database = library.open({}, &*failure);
+      const auto database = library.tryToOpen({}, *failure);
       ASSERT_EQ(static_cast<bool>(database), hasAlbums) << content;
       if (database) {
         failure = database->photosFailure();
@@ -189,7 +189,6 @@ TEST(TVQiPhotoDatabase, NoticesFilesThatCannotBeRead) {
       put(library, name, content);
     }
     const Ref<TVQiPhotoDatabase> database = library.open();
-    ASSERT_TRUE(database) << name;
     EXPECT_FALSE(database->thumbnailSegmentCache());
     EXPECT_EQ(!database->photosFailure(), hasPhotos) << name;
     EXPECT_EQ(library.noticesOf(*database), notice.empty() ? Texts() : Texts{notice}) << name;
@@ -215,7 +214,7 @@ TEST(TVQiPhotoDatabase, GoesByTheOptionsOfItsOpening) {
   Limits limits;
   limits.fileSize = 10;
   OpeningFailure failure;
-  EXPECT_FALSE(library.open({.limits = limits}, &failure));
+  EXPECT_FALSE(library.tryToOpen({.limits = limits}, failure));
   EXPECT_EQ(library.rooted(failure.what),
             "'ROOT/Library6.iPhoto' cannot be read: its 12 bytes are more than the 10 that are "
             "allowed");
@@ -292,7 +291,6 @@ TEST(TVQiPhotoDatabase, TellsTheDataVersion) {
     }
     fs::create_directory(library / beside);
     const Ref<TVQiPhotoDatabase> database = library.open();
-    ASSERT_TRUE(database) << version;
     EXPECT_EQ(database->iPhotoLibraryVersion(), version);
     EXPECT_EQ(database->photosFailure().has_value(), version < 15) << version;
     EXPECT_EQ(database->iPhotoDataVersion(), generation) << version << beside;
@@ -319,7 +317,6 @@ TEST(TVQiPhotoDatabase, TellsTheVersionOfTheApplicationOnce) {
       return answer;
     });
     const Ref<TVQiPhotoDatabase> database = library.open();
-    ASSERT_TRUE(database);
     EXPECT_EQ(database->iPhotoVersion(), told);
     EXPECT_EQ(database->iPhotoVersion(), told);
     EXPECT_EQ(asked, Texts{"iPhoto"});
@@ -333,7 +330,6 @@ TEST(TVQiPhotoDatabase, RefusesACatalogueOfTwoVersions) {
     writeLibrary(library, first, CodedBuilder().item("dbVS", second));
     const CollectedLog log;
     const Ref<TVQiPhotoDatabase> database = library.open();
-    ASSERT_TRUE(database);
     EXPECT_EQ(log.lines(),
               Texts{"NSInternalInconsistencyException - iPhoto library version "
                     "mismatch " +
@@ -347,7 +343,6 @@ TEST(TVQiPhotoDatabase, AnswersItsOperationsByName) {
   writeLibrary(library, 120);
   fs::remove(library / "Dir.data");
   const Ref<TVQiPhotoDatabase> database = library.open();
-  ASSERT_TRUE(database);
   expectAnswers(*database, {{"albumDataDirectory", library / "Albums"},
                             {"albumDataFile", library / "AlbumData.xml"},
                             {"albums", make<Array>()},
@@ -395,7 +390,6 @@ TEST(TVQiPhotoDatabase, GoesOnWithoutACatalogueThatCannotBeRead) {
   writeLibrary(library, 120);
   library.write("AlbumData.xml", "<plist><dict></plist>");
   const Ref<TVQiPhotoDatabase> database = library.open();
-  ASSERT_TRUE(database);
   EXPECT_EQ(database->iPhotoLibraryVersion(), 0);
   EXPECT_EQ(database->iPhotoDataVersion(), "10");
   EXPECT_TRUE(database->photos().isNothing());
@@ -420,7 +414,6 @@ TEST(TVQiPhotoDatabase, ReadsTheAlbumsFolderOfTheOldestLibraries) {
   fs::create_symlink(library / "Albums/B", library / "Albums/link");
   library.makePipe("Albums/.pipe");
   const Ref<TVQiPhotoDatabase> database = library.open();
-  ASSERT_TRUE(database);
   EXPECT_EQ(database->iPhotoDataVersion(), "11");
   std::string names;
   for (const Ref<Album>& album : database->albums()) {
@@ -475,7 +468,6 @@ TEST(TVQiPhotoDatabase, LeavesOutAlbumsAndRollsBeyondTheLimit) {
     limits.albums = 3;
     const CollectedLog log;
     const Ref<TVQiPhotoDatabase> database = library.open({.limits = limits});
-    ASSERT_TRUE(database) << version;
     EXPECT_EQ(database->albums().size(), version == 15 ? 5U : 3U);
     EXPECT_EQ(library.noticesOf(*database), notices);
     for (const Notice& notice : database->notices()) {
@@ -550,7 +542,6 @@ TEST(TVQiPhotoDatabase, SeesEveryOtherModificationDate) {
     const LibraryFolder library;
     writeLibrary(library, version);
     const Ref<TVQiPhotoDatabase> database = library.open();
-    ASSERT_TRUE(database);
     EXPECT_FALSE(database->reloadIfChanged());
     library.makeLater(file, std::chrono::seconds(seconds));
     EXPECT_EQ(database->reloadIfChanged(), isSeen) << file << seconds;
@@ -563,7 +554,6 @@ TEST(TVQiPhotoDatabase, SeesEveryOtherModificationDate) {
   later.writeCodedVersions(101);
   later.write("Dir.data", "not looked at");
   const Ref<TVQiPhotoDatabase> database = later.open();
-  ASSERT_TRUE(database);
   EXPECT_TRUE(database->reloadIfChanged() && database->reloadIfChanged());
 }
 
@@ -576,7 +566,6 @@ TEST(TVQiPhotoDatabase, ReloadsAllButVersionTexts) {
   writeDirectory(library, "old");
   const CollectedLog log;
   const Ref<TVQiPhotoDatabase> database = library.open();
-  ASSERT_TRUE(database);
   const Ref<ImageRecRef> photo = database->photos()[0];
   const Ref<Album> album = database->albums()[0];
   EXPECT_EQ(database->directoryForKey(1), library / "old");
@@ -619,7 +608,6 @@ TEST(TVQiPhotoDatabase, LetsGoOfTheAlbumsOfTheAlbumsFolder) {
       "Albums/Photo Library",
       {archivedAs<ArchiveAlbum>({{"Children", list({Album::init<RollAlbum>()})}})});
   const Ref<TVQiPhotoDatabase> database = library.open();
-  ASSERT_TRUE(database);
   ASSERT_EQ(database->albums().size(), 2U);
   EXPECT_EQ(database->albums()[0]->database(), database.get());
   EXPECT_EQ(database->rolls().size(), 1U);

@@ -37,13 +37,10 @@ TEST(TVQiPhotoUserData, TakesDenominatorsForPowersOfTen) {
     const auto camera = decoded(ExifBlockWriter().fraction(kAperture, numerator, denominator));
     EXPECT_EQ(camera->aperture().value_or(Decimal{-1}).description(), value);
   }
-  try {
-    decoded(ExifBlockWriter().text(kMaker, "Maker").fraction(kFocalLength, 1, 0));
-    FAIL();
-  } catch (const NSException& exception) {
-    EXPECT_EQ(exception.name(), kNSInvalidArgumentException);
-    EXPECT_EQ(exception.reason(), "Can't take log10 of 0");
-  }
+  EXPECT_EQ(exceptionOf([] {
+              decoded(ExifBlockWriter().text(kMaker, "Maker").fraction(kFocalLength, 1, 0));
+            }),
+            "NSInvalidArgumentException - Can't take log10 of 0");
 }
 
 TEST(TVQiPhotoUserData, WorksOutExposureTimes) {

@@ -106,28 +106,25 @@ TEST(FileManager, SaysWhyAFileCannotBeRead) {
   folder.write("large", "");
   fs::resize_file(folder / "large", (std::uintmax_t{2} << 30) + 1);
   folder.write("small", "12345");
-  Limits limits;
-  limits.fileSize = 4;
+  const std::uint64_t all = Limits().fileSize;
   fs::permissions(folder.path(), fs::perms::all);
   const AsNobody nobody;
-  for (const auto& [name, cause, reason, limits] : Rows<std::string, Cause, std::string, Limits>{
-           {"missing", Cause::notThere, "No such file or directory", {}},
-           {"file/inside", Cause::notThere, "Not a directory", {}},
-           {"dangling", Cause::notThere, "No such file or directory", {}},
-           {std::string(300, 'x'), Cause::notThere, "File name too long", {}},
-           {"file", Cause::notAllowed, "Permission denied", {}},
-           {"barred/file", Cause::notAllowed, "Permission denied", {}},
-           {"sub", Cause::folder, "it is a folder", {}},
-           {"SUB", Cause::folder, "it is a folder", {}},
-           {"pipe", Cause::notRegular, "it is no regular file", {}},
-           {"circle", Cause::system, "Too many levels of symbolic links", {}},
-           {"large",
-            Cause::tooLarge,
-            "its 2147483649 bytes are more than the 2147483648 that are allowed",
-            {}},
-           {"small", Cause::tooLarge, "its 5 bytes are more than the 4 that are allowed",
-            limits}}) {
-    const Limits::Scope scope(limits);
+  for (const auto& [name, cause, reason, most] :
+       Rows<std::string, Cause, std::string, std::uint64_t>{
+           {"missing", Cause::notThere, "No such file or directory", all},
+           {"file/inside", Cause::notThere, "Not a directory", all},
+           {"dangling", Cause::notThere, "No such file or directory", all},
+           {std::string(300, 'x'), Cause::notThere, "File name too long", all},
+           {"file", Cause::notAllowed, "Permission denied", all},
+           {"barred/file", Cause::notAllowed, "Permission denied", all},
+           {"sub", Cause::folder, "it is a folder", all},
+           {"SUB", Cause::folder, "it is a folder", all},
+           {"pipe", Cause::notRegular, "it is no regular file", all},
+           {"circle", Cause::system, "Too many levels of symbolic links", all},
+           {"large", Cause::tooLarge,
+            "its 2147483649 bytes are more than the 2147483648 that are allowed", all},
+           {"small", Cause::tooLarge, "its 5 bytes are more than the 4 that are allowed", 4}}) {
+    const Limits::Scope scope({.fileSize = most});
     FileFailure failure;
     EXPECT_FALSE(FileManager::contents(folder / name, &failure)) << name;
     EXPECT_EQ(failure.cause, cause) << name;

@@ -202,7 +202,7 @@ TEST_F(NSImageTests, DecodesNoMoreThanMayBe) {
     EXPECT_FALSE(NSImage::initByReferencingFile(folder / "picture")->bitmap()) << what;
     EXPECT_FALSE(image->isValid()) << what;
     EXPECT_TRUE(image->failure().starts_with("'" + folder.path() + "/picture' ")) << what;
-    EXPECT_NE(image->failure().find(reason), std::string::npos) << image->failure();
+    EXPECT_PRED2(contains, image->failure(), reason);
   }
   EXPECT_LT(peakMegabytes() - before, 500);
 }

@@ -44,13 +44,8 @@ TEST(Key, EqualsByItsWholeDictionary) {
 
 TEST(Key, WithoutAValueRaises) {
   const Key empty;
-  try {
-    static_cast<void>(empty.stringValue());
-    FAIL() << "no exception";
-  } catch (const NSException& exception) {
-    EXPECT_EQ(exception.name(), kNSInternalInconsistencyException);
-    EXPECT_EQ(exception.reason(), "Key with no Key value");
-  }
+  EXPECT_EQ(exceptionOf([&] { static_cast<void>(empty.stringValue()); }),
+            "NSInternalInconsistencyException - Key with no Key value");
 }
 
 TEST(ImageRec, PrefersItsImageSource) {

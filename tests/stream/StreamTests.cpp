@@ -96,14 +96,9 @@ TEST(TVQiPhotoCodedStreamData, RefusesAnItemOfAnotherSize) {
         continue;
       }
       Stream stream = bigEndian({"\0\0\0\0\1\2\3\4\5\6\7\x8\x9\xA\xB\xC\xD\xE\xF\x10", 20}, size);
-      try {
-        each.read(stream);
-        ADD_FAILURE() << each.operation << " took a size of " << size;
-      } catch (const NSException& exception) {
-        EXPECT_EQ(exception.name(), kNSInternalInconsistencyException);
-        EXPECT_EQ(exception.reason(), "Unexpected datasize " + std::to_string(size) + " during " +
-                                          std::string(each.operation));
-      }
+      EXPECT_EQ(exceptionOf([&] { each.read(stream); }),
+                "NSInternalInconsistencyException - Unexpected datasize " + std::to_string(size) +
+                    " during " + std::string(each.operation));
       EXPECT_EQ(stream.offsetInData(), 4U) << each.operation;
     }
   }

@@ -75,7 +75,10 @@ class CodedLibrary {
   CodedLibrary& operator=(const CodedLibrary&) = delete;
 
   explicit operator bool() const { return static_cast<bool>(_library); }
-  const TVQiPhotoLibrary* operator->() const { return _library.get(); }
+  /// The test ends when the catalogue could not be loaded.
+  const TVQiPhotoLibrary* operator->() const {
+    return _library ? _library.get() : throw std::runtime_error("not loaded: " + _log.at(0));
+  }
   /// What was logged while the catalogue was loaded.
   [[nodiscard]] const Texts& log() const { return _log; }
   /// The path of an entry of the folder.

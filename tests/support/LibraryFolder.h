@@ -56,9 +56,15 @@ class LibraryFolder {
   void makeLater(const std::string& name, std::chrono::seconds by = std::chrono::seconds(2)) const {
     fs::last_write_time(*this / name, fs::last_write_time(*this / name) + by);
   }
-  [[nodiscard]] Ref<TVQiPhotoDatabase> open(const OpeningOptions& options = {},
-                                            OpeningFailure* failure = nullptr) const {
-    return TVQiPhotoDatabase::initWithContentsOfDirectory(root, options, failure);
+  [[nodiscard]] Ref<TVQiPhotoDatabase> tryToOpen(const OpeningOptions& options,
+                                                 OpeningFailure& failure) const {
+    return TVQiPhotoDatabase::initWithContentsOfDirectory(root, options, &failure);
+  }
+  /// The test ends when the library cannot be opened.
+  [[nodiscard]] Ref<TVQiPhotoDatabase> open(const OpeningOptions& options = {}) const {
+    OpeningFailure failure;
+    const Ref<TVQiPhotoDatabase> database = tryToOpen(options, failure);
+    return database ? database : throw std::runtime_error(failure.sentence());
   }
   /// The text with "ROOT" for the folder.
   [[nodiscard]] std::string rooted(const std::string& text) const {

@@ -59,6 +59,21 @@ inline Value throughArchive(const Value& object) {
   return NSUnarchiver::initForReadingWithData(Data::copyOf(archiveBytes(object)))->decodeObject();
 }
 
+/// "name - reason" of what `use` throws; empty when it throws nothing.
+template <class Use>
+std::string exceptionOf(const Use& use) {
+  try {
+    use();
+  } catch (const NSException& exception) {
+    return exception.name() + " - " + exception.reason();
+  }
+  return {};
+}
+
+inline bool contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
 /// The text with one word for another wherever it stands.
 inline std::string replaced(std::string text, std::string_view word, std::string_view by) {
   for (std::size_t at = 0; (at = text.find(word, at)) != std::string::npos; at += by.size()) {

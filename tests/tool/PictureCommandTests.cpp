@@ -86,17 +86,16 @@ TEST_F(Check, CallsNothingMissingOrUnnamedThatItCannotTell) {
   const ToolResult unknown = runTool({"check", whole.root, "-q"});
   EXPECT_EQ(unknown.status, 1);
   EXPECT_EQ(unknown.out, "");
-  EXPECT_NE(unknown.err.find(albumData), std::string::npos) << unknown.err;
+  EXPECT_PRED2(contains, unknown.err, albumData);
 
   // Without the directory table no photo has a place.
   const Sample lost(60);
   lost.write("Dir.data", "no archive");
   const ToolResult partial = runTool({"check", lost.root});
-  EXPECT_NE(partial.out.find("; 0 files that no photo names\n"), std::string::npos) << partial.out;
-  EXPECT_NE(partial.err.find("mrziphoto: files that no photo of the library '" + lost.root +
-                             "' names were not looked for, since not all photos are known\n"),
-            std::string::npos)
-      << partial.err;
+  EXPECT_PRED2(contains, partial.out, "; 0 files that no photo names\n");
+  EXPECT_PRED2(contains, partial.err,
+               "mrziphoto: files that no photo of the library '" + lost.root +
+                   "' names were not looked for, since not all photos are known\n");
 
   // Who may read all must be told otherwise that a way is barred: by links in a circle.
   const Sample barred(60);
@@ -107,8 +106,7 @@ TEST_F(Check, CallsNothingMissingOrUnnamedThatItCannotTell) {
   const ToolResult unreachable = runTool({"check", barred.root});
   EXPECT_EQ(unreachable.status, 3) << unreachable.out << unreachable.err;
   EXPECT_EQ(unreachable.out.find("missing  "), std::string::npos) << unreachable.out;
-  EXPECT_NE(unreachable.err.find("files of photos that cannot be read"), std::string::npos)
-      << unreachable.err;
+  EXPECT_PRED2(contains, unreachable.err, "files of photos that cannot be read");
 }
 
 TEST_F(Check, TellsWhatIsWrong) {
@@ -152,17 +150,14 @@ TEST_F(Check, TellsWhatIsWrong) {
   const ToolResult records = runTool({"check", library.root, "--quiet", "--format", "jsonl"});
   EXPECT_EQ(records.status, 1);
   EXPECT_EQ(std::ranges::count(records.out, '\n'), 24 + 1 + 1);
-  EXPECT_NE(records.out.find(R"({"record":"photo","key":104,"image":"there","original":null,)"
-                             R"("thumbnail":"missing","thumbnailInCache":true,"imagePath":")"),
-            std::string::npos)
-      << records.out;
-  EXPECT_NE(lastLineOf(records.out)
-                .find(R"("counts":{"photos":24,"images":{"checked":24,"there":23,"missing":1,)"
-                      R"("unreadable":0},"originals":{"checked":5,"there":4,"missing":1,)"
-                      R"("unreadable":0},"thumbnails":{"checked":24,"there":22,"missing":1,)"
-                      R"("unreadable":1},"thumbnailsInCache":2,"unnamedFiles":1})"),
-            std::string::npos)
-      << records.out;
+  EXPECT_PRED2(contains, records.out,
+               R"({"record":"photo","key":104,"image":"there","original":null,)"
+               R"("thumbnail":"missing","thumbnailInCache":true,"imagePath":")");
+  EXPECT_PRED2(contains, lastLineOf(records.out),
+               R"("counts":{"photos":24,"images":{"checked":24,"there":23,"missing":1,)"
+               R"("unreadable":0},"originals":{"checked":5,"there":4,"missing":1,)"
+               R"("unreadable":0},"thumbnails":{"checked":24,"there":22,"missing":1,)"
+               R"("unreadable":1},"thumbnailsInCache":2,"unnamedFiles":1})");
 }
 
 TEST_F(Thumbnail, WritesWhatTheCacheHolds) {
@@ -198,7 +193,7 @@ TEST(WithoutImages, PictureCommandsSaySo) {
   for (const char* line : {"check $L", "contact-sheet $L -o $L/x", "thumbnail $L 102 -o $L/x"}) {
     const ToolResult result = runLine(line, library.root);
     EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.err.find("built without images"), std::string::npos) << result.err;
+    EXPECT_PRED2(contains, result.err, "built without images");
   }
 }
 
@@ -220,7 +215,7 @@ TEST_F(PictureCommands, WriteNothingWhereTheyFail) {
            {"contact-sheet $L -o /dev/full", "/dev/full"}}) {
     const ToolResult result = runLine(line, library.root);
     EXPECT_EQ(result.status, 1) << named;
-    EXPECT_NE(lastLineOf(result.err).find(named), std::string::npos) << result.err;
+    EXPECT_PRED2(contains, lastLineOf(result.err), named);
     EXPECT_TRUE(lastLineOf(result.err).starts_with("mrziphoto: ")) << result.err;
   }
   EXPECT_EQ(fileBytes(existing), "stays");
@@ -499,7 +494,7 @@ TEST_F(ContactSheet, ShowsALibraryWhosePictureFoldersAreGone) {
   library.remove({"Thumb64Segment.data"});
   const ToolResult grey = runTool(words);
   EXPECT_EQ(grey.status, 0);
-  EXPECT_NE(grey.err.find("24 of 24 photos have no thumbnail"), std::string::npos) << grey.err;
+  EXPECT_PRED2(contains, grey.err, "24 of 24 photos have no thumbnail");
   EXPECT_NEAR(meanOf(*NSImage::initByReferencingFile(sheet)->bitmap(), 5, 5, 70, 70)[0], 200,
               kLittle);
 }
@@ -523,7 +518,7 @@ TEST(SheetLayout, FitsIntoAJpegPicture) {
       EXPECT_EQ(failure, "");
     } catch (const tool::Failure& thrown) {
       EXPECT_NE(failure, "") << thrown.what();
-      EXPECT_NE(std::string(thrown.what()).find(failure), std::string::npos) << thrown.what();
+      EXPECT_PRED2(contains, std::string(thrown.what()), failure);
     }
   }
 }

@@ -117,7 +117,7 @@ TEST(Tool, TellsOfTheThumbnailCache) {
     const std::string expected = R"("thumbnailCache":{"file":")" + (folder / file) +
                                  R"(","numberOfItems":2,"itemSize":16384}})";
     const std::string answer = runTool({"info", library, "--format", "json"}).out;
-    EXPECT_NE(answer.find(expected), std::string::npos) << answer;
+    EXPECT_PRED2(contains, answer, expected);
   }
 }
 
@@ -151,7 +151,7 @@ TEST(Tool, SaysInOneSentenceWhatIsWrong) {
            {"sample $L/new --library-version 14", 2, "14"},
            {"sample $L/new --photos -1", 2, "-1"}}) {
     const ToolResult result = runLine(line, library.root);
-    EXPECT_NE(sentenceOf(result).find(named), std::string::npos) << line << result.err;
+    EXPECT_PRED2(contains, sentenceOf(result), named);
     EXPECT_EQ(result.status, status) << result.err;
     EXPECT_EQ(result.out, "");
   }
@@ -265,8 +265,7 @@ TEST(Tool, TellsThatSomethingWasNotRead) {
     }
     const ToolResult result = runLine("photos $L", library.root);
     EXPECT_EQ(result.status, status) << name;
-    EXPECT_NE(result.err.find(replaced(told, "FILE", library / name)), std::string::npos)
-        << result.err;
+    EXPECT_PRED2(contains, result.err, replaced(told, "FILE", library / name));
     EXPECT_EQ(result.out.empty(), status == 1) << result.out;
     const ToolResult quiet = runLine("photos $L -q", library.root);
     EXPECT_EQ(quiet.status, status);
@@ -308,7 +307,7 @@ TEST(Tool, NamesThePathWhereTheWorkingFolderHasGone) {
   }
   for (const char* command : {"info", "sample"}) {
     const ToolResult result = runTool({command, "x"});
-    EXPECT_NE(sentenceOf(result).find("folder 'x'"), std::string::npos) << result.err;
+    EXPECT_PRED2(contains, sentenceOf(result), "folder 'x'");
     EXPECT_EQ(result.status, 1);
   }
   fs::current_path(before);
@@ -319,7 +318,7 @@ TEST(Tool, TellsWhetherItsOutputArrived) {
   for (const char* nowhere : {">/dev/full", ">&-"}) {
     const ToolResult result = runTool({"photos", library.root}, nowhere);
     EXPECT_EQ(result.status, 1);
-    EXPECT_NE(sentenceOf(result).find("standard output"), std::string::npos);
+    EXPECT_PRED2(contains, sentenceOf(result), "standard output");
   }
   EXPECT_EQ(runTool({"--help"}, ">/dev/full").status, 1);
 
@@ -365,7 +364,7 @@ TEST(Tool, LeavesOutACameraBlockThatCannotBeRead) {
   }
   const ToolResult after = list();
   EXPECT_EQ(after.status, 0);
-  EXPECT_NE(sentenceOf(after).find("103"), std::string::npos);
+  EXPECT_PRED2(contains, sentenceOf(after), "103");
   EXPECT_EQ(linesIn(after.err), 1U) << after.err;
   const std::size_t line = before.out.find("\n103,");
   ASSERT_NE(line, std::string::npos) << before.out;
@@ -384,8 +383,8 @@ TEST(Tool, LetsNoTextOfALibrarySteerTheTerminal) {
             "@: object 0 A\\u001b B (0)\n"
             "  +: \"x\\u001b y\"\n");
   const std::string json = runTool({"archive", root + "/archive", "--format", "json"}).out;
-  EXPECT_NE(json.find(R"("name":"A\u001b\u009b\u202eB")"), std::string::npos) << json;
-  EXPECT_NE(json.find(R"("values":["x\u001b\u0085\u2066y"])"), std::string::npos) << json;
+  EXPECT_PRED2(contains, json, R"("name":"A\u001b\u009b\u202eB")");
+  EXPECT_PRED2(contains, json, R"("values":["x\u001b\u0085\u2066y"])");
 
   library.writeAlbumData(xml::entry(
       "Master Image List",
@@ -418,11 +417,11 @@ TEST(Tool, ExplainsEveryCommand) {
   const ToolResult help = runTool({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_EQ(runTool({"help"}).out, help.out);
-  EXPECT_NE(help.out.find("\n  -q, --quiet  "), std::string::npos) << help.out;
+  EXPECT_PRED2(contains, help.out, "\n  -q, --quiet  ");
   for (const char* command :
        {"info", "photos", "rolls", "albums", "keywords", "photo", "get", "thumbnail",
         "contact-sheet", "check", "dump", "watch", "archive", "sample", "help"}) {
-    EXPECT_NE(help.out.find("\n  " + std::string(command) + "  "), std::string::npos) << help.out;
+    EXPECT_PRED2(contains, help.out, "\n  " + std::string(command) + "  ");
     const ToolResult one = runTool({command, "-h"});
     EXPECT_EQ(one.status, 0);
     EXPECT_EQ(runTool({"help", command}).out, one.out);
@@ -430,8 +429,7 @@ TEST(Tool, ExplainsEveryCommand) {
     for (std::string line; std::getline(lines, line);) {
       EXPECT_LE(line.size(), 80U) << line;
     }
-    EXPECT_NE(one.out.find("\n  mrziphoto " + std::string(command) + " "), std::string::npos)
-        << one.out;
+    EXPECT_PRED2(contains, one.out, "\n  mrziphoto " + std::string(command) + " ");
   }
 }
 
@@ -452,7 +450,7 @@ TEST(Tool, TellsPicturesAndCamerasInEveryGeneration) {
 104,640,480,Sample Imaging,Pocket 3,v1.00,125,4,2.9,1,2.84,1600,13.1,3.6,2,3,16,4
 )");
     } else if (NSImage::isSupported()) {  // album data leaves sizes to the pictures
-      EXPECT_NE(result.out.find("\n104,640,480,,,,0,,,,,,,,,,,\n"), std::string::npos);
+      EXPECT_PRED2(contains, result.out, "\n104,640,480,,,,0,,,,,,,,,,,\n");
     }
     EXPECT_EQ(result.err, "");
   }
@@ -464,11 +462,11 @@ TEST(Tool, ReadsARealLibrary) {
     GTEST_SKIP() << "There is no folder " << library;
   }
   const std::string info = runTool({"info", library, "--format", "json"}).out;
-  EXPECT_NE(info.find(R"("photos":7,"rollRecords":0,"rolls":1,"albums":5,)"), std::string::npos);
+  EXPECT_PRED2(contains, info, R"("photos":7,"rollRecords":0,"rolls":1,"albums":5,)");
 
   const ToolResult paths =
       runTool({"photos", library, "--format", "csv", "--fields", "imagePath", "-v"});
-  EXPECT_NE(paths.err.find(" as the archive path\n"), std::string::npos) << paths.err;
+  EXPECT_PRED2(contains, paths.err, " as the archive path\n");
   const std::string present = fs::path(library).lexically_normal().string();
   std::istringstream lines(paths.out.substr(paths.out.find('\n') + 1));
   std::size_t count = 0;

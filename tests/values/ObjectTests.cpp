@@ -91,7 +91,7 @@ TEST(KeyValue, CallsNamedOperations) {
     FAIL() << "an unknown key must be refused";
   } catch (const NSException& exception) {
     EXPECT_EQ(exception.name(), "NSUnknownKeyException");
-    EXPECT_NE(exception.reason().find("tail"), std::string::npos);
+    EXPECT_PRED2(contains, exception.reason(), "tail");
   }
 }
 

@@ -175,7 +175,7 @@ TEST(Description, HasOneBudgetForAllOfIt) {
        {doubled(60, twice), doubled(24, object), many, Value(list({bytes})), bytes}) {
     const std::string text = value.description();
     EXPECT_LT(text.size(), 130'000U) << value.className();
-    EXPECT_NE(text.find("..."), std::string::npos);
+    EXPECT_PRED2(contains, text, "...");
     EXPECT_LT(stringWithFormat("%@%@", value, value).size(), 130'000U) << "one for both arguments";
     EXPECT_EQ(text, value.description()) << "a new one each time";
   }
