@@ -107,11 +107,10 @@ enum class ImageValue : std::uint8_t {
   imageFile,
   thumbnailFile,
   originalFile,
-  imageSize,  // kept as the last two
+  imageSize,
   rotation,
   fileSize,
-  imageWidth,
-  imageHeight,
+  count
 };
 
 struct CodedImageField {
@@ -221,12 +220,6 @@ template <class Row, std::size_t count>
                                             std::uint32_t code) {
   const auto found = std::ranges::find(table, code, &Row::code);
   return found != table.end() ? &*found : nullptr;
-}
-
-/// The row whose value is kept as that; only for values that stand in the table.
-template <class Row, std::size_t count, class Keep>
-[[nodiscard]] constexpr const Row& rowKeptAs(const std::array<Row, count>& table, Keep keep) {
-  return *std::ranges::find(table, keep, &Row::keep);
 }
 
 /// For a `static_assert` beside each table.

@@ -170,6 +170,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
                                      std::uint32_t length, Reading& reading);
   void takeArchivedAlbum(const Ref<Album>& album);
   void readImageRecords(TVQiPhotoCodedStreamData& stream, Reading& reading);
+  void takeImageRecords(Reading& reading);
 
   // The album data.
   void takeArchivePath(const std::optional<std::string>& recorded, const std::string& folder);

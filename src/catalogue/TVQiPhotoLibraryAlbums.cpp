@@ -11,7 +11,7 @@
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
 #include "TVQiPhotoLibrary.h"
-#include "TVQiPhotoLibraryReadingPrivate.h"
+#include "detail/Reading.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,53 +1,59 @@
 // The image records of a coded catalogue.
 
-#include "../albums/KeywordMgr.h"
+#include <utility>
+
+#include "../files/Path.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
-#include "CodedImageRecordsPrivate.h"
 #include "TVQiPhotoLibrary.h"
-#include "TVQiPhotoLibraryReadingPrivate.h"
+#include "detail/Reading.h"
 
 namespace mrziphoto {
-namespace {
-
-// Up to this version the photos themselves come from other files.
-constexpr std::int32_t kLastVersionWithoutPhotos = 24;
-
-OwnedList<ImageRecRef>& existing(OwnedList<ImageRecRef>& list) {
-  if (list.isNothing()) {
-    list = OwnedList<ImageRecRef>::makeEmpty();
-  }
-  return list;
-}
-
-}  // namespace
 
 void TVQiPhotoLibrary::readImageRecords(TVQiPhotoCodedStreamData& stream, Reading& reading) {
   reading.promisedRecords += reading.imageRecordCount;
   reading.countWithoutTable.reset();
+  if (!reading.images) {
+    reading.images =
+        std::make_unique<CodedImageReader>(path::withoutLastComponent(_loadedFrom), _version);
+  }
+  reading.images->setKeywords(_keywords.object<KeywordMgr>());
   for (std::uint32_t left = reading.imageRecordCount; left > 0; --left) {
     const std::uint32_t position = stream.offsetInData();
-    const CodedImageRecords::Record found = CodedImageRecords::pass(stream);
+    const CodedImageReader::Record found = reading.images->read(stream);
     reading.note(found.state, position);
-    OwnedList<ImageRecRef>& all = existing(_imageRecRefs);
-    const bool isPhoto = found.rollKey != 0;
-    if (isPhoto && _version <= kLastVersionWithoutPhotos) {
+    reading.hasReadAny = true;
+    if (!found.hasRow) {
       continue;
     }
     Ref<ImageRecRef> record = found.isBlank ? reading.blank : nullptr;
     if (!record) {
-      if (!reading.source) {
-        reading.source = make<CodedImageRecords>(stream.data(), directory(), _version,
-                                                 _keywords.object<KeywordMgr>());
-      }
       record = ImageRecRef::init();
-      record->setSourceForKey(reading.source, position, found.imageKey);
+      record->setRow(reading.images->table(), found.row);
       if (found.isBlank) {
         reading.blank = record;
       }
     }
-    all.append(record);
-    existing(isPhoto ? _photoImageRecRefs : _rollImageRecRefs).append(record);
+    (found.isPhoto ? reading.photos : reading.rolls).push_back(record);
+    reading.records.push_back(std::move(record));
   }
+}
+
+/// Makes the records the catalogue's own. Lists of which nothing was read stay nothing.
+void TVQiPhotoLibrary::takeImageRecords(Reading& reading) {
+  if (!reading.records.empty()) {
+    // The records' paths lie in it.
+    static_cast<void>(directory());
+  }
+  const auto give = [](OwnedList<ImageRecRef>& list, List<ImageRecRef>::Items& items) {
+    if (!items.empty()) {
+      list = OwnedList<ImageRecRef>(std::move(items));
+    }
+  };
+  if (reading.hasReadAny) {
+    _imageRecRefs = OwnedList<ImageRecRef>(std::move(reading.records));
+  }
+  give(_photoImageRecRefs, reading.photos);
+  give(_rollImageRecRefs, reading.rolls);
 }
 
 }  // namespace mrziphoto

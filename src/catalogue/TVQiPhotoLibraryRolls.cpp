@@ -6,9 +6,8 @@
 #include "../values/Array.h"
 #include "../values/Dictionary.h"
 #include "CodedFields.h"
-#include "CodedImageWalkPrivate.h"
 #include "TVQiPhotoLibrary.h"
-#include "TVQiPhotoLibraryReadingPrivate.h"
+#include "detail/Reading.h"
 
 namespace mrziphoto {
 namespace {

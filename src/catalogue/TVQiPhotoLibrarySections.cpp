@@ -9,10 +9,9 @@
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
 #include "CodedFields.h"
-#include "CodedImageWalkPrivate.h"
 #include "TVQiPhotoLibrary.h"
 #include "TVQiPhotoLibraryIndexesPrivate.h"
-#include "TVQiPhotoLibraryReadingPrivate.h"
+#include "detail/Reading.h"
 
 namespace mrziphoto {
 namespace {
@@ -96,6 +95,7 @@ void TVQiPhotoLibrary::decodeSections(TVQiPhotoCodedStreamData& stream) {
   } catch (const NegativeSize& size) {
     reading.end = {size.description(), size.offset};
   }
+  takeImageRecords(reading);
   if (reading.countWithoutTable) {
     reading.promisedRecords += reading.imageRecordCount;
   }
@@ -164,7 +164,6 @@ void TVQiPhotoLibrary::readSection(TVQiPhotoCodedStreamData& stream, const Secti
     }
     case kKeywordSection:
       setKeywordStore(stream.readCodedArchive());
-      reading.source = nullptr;
       break;
     case kImageCountSection:
       if (reading.countWithoutTable) {

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <utility>
 
-#include "../photos/ImageRecRef.h"
 #include "../stream/TVQStreamData.h"
 #include "../values/KeyValue.h"
 #include "../values/Log.h"
@@ -256,8 +255,7 @@ constexpr auto makeAccessors(std::index_sequence<row...> /*records*/) {
       accessor<&Camera::speed>("speed"),
       Accessor{"photo",
                [](const Object& o) -> Value {
-                 return Ref<Object>(
-                     const_cast<ImageRecRef*>(static_cast<const Camera&>(o).photo()));
+                 return Ref<Object>(const_cast<Object*>(static_cast<const Camera&>(o).photo()));
                }},
   };
   std::ranges::sort(accessors, {}, &Accessor::name);

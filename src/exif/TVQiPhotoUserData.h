@@ -14,7 +14,6 @@
 
 namespace mrziphoto {
 
-class ImageRecRef;
 class TVQStreamData;
 
 /// What the camera recorded with a photo, decoded from the block that the photo's attributes keep.
@@ -33,8 +32,8 @@ class MRZIPHOTO_EXPORT TVQiPhotoUserData final : public Object {
 
   /// The photo that the values belong to; nothing once that has gone or was unloaded. It is not
   /// owned.
-  void setPhoto(const ImageRecRef* photo) { _imageRecord = photo; }
-  [[nodiscard]] const ImageRecRef* photo() const { return _imageRecord; }
+  void setPhoto(const Object* photo) { _imageRecord = photo; }
+  [[nodiscard]] const Object* photo() const { return _imageRecord; }
 
   /// The value of the record of that code: a text, a number, a decimal, or the bytes of a record of
   /// unknown meaning. Of several such records the last one counts.
@@ -109,7 +108,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoUserData final : public Object {
   // Sorted by code once the block is decoded, records of one code in the order of the block. One
   // flat piece of memory: a host may ask every photo of a library.
   std::vector<Entry> _exifDictionary;
-  const ImageRecRef* _imageRecord = nullptr;
+  const Object* _imageRecord = nullptr;
 };
 
 }  // namespace mrziphoto

@@ -14,16 +14,17 @@
 #include "DatabaseReference.h"
 #include "ImageRec.h"
 #include "Key.h"
-#include "RecordSource.h"
 
 namespace mrziphoto {
 
+class Fact;
 class NSImage;
 class PhotoFolder;
 class PhotoTable;
 class RecordDatabase;
 class TVQiPhotoUserData;
 enum class PhotoField : std::uint8_t;
+enum class PhotoStore : std::uint8_t;
 
 /// One photo of a library; a record without a roll key stands for a film roll instead.
 ///
@@ -47,12 +48,11 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   void setImageInfoForKey(Ref<Dictionary> imageInfo, std::uint32_t key);
   /// The same with a decimal text for the key, read as `Key::initWithKeyString` reads it.
   void setImageInfoForKeyString(Ref<Dictionary> imageInfo, std::string_view key);
-  /// Gives the record its image key now, and leaves the image info and the stores to `source`,
-  /// which is asked when the first of them is. What a source throws is thrown to whoever asked.
-  void setSourceForKey(Ref<RecordSource> source, std::uint32_t position, std::uint32_t key);
-  /// Gives the record a row of a table, which holds its image key and answers for its image info.
+  /// Gives the record a row of a table, which holds its image key and answers for the stores that
+  /// the row has: they are made from it when they are asked for by name.
   void setRow(Ref<PhotoTable> table, std::uint32_t row);
-  /// Lets go of what can be worked out again: stores that a source makes, camera values, images.
+  /// Lets go of what can be worked out again: stores that were made from a row, camera values,
+  /// images.
   /// What was given to the record stays. For hosts that go through a large library once.
   void unload();
   /// The database is not owned.
@@ -212,47 +212,57 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   static constexpr std::string_view kKeywords = "Keywords";
 
  private:
-  struct OnRequest;
+  struct Beside;
 
-  [[nodiscard]] OnRequest& onRequest() const;
+  [[nodiscard]] Beside& beside() const;
+  [[nodiscard]] bool rowAnswersFor(PhotoStore store) const {
+    return (_rowStores >> static_cast<unsigned>(store) & 1U) != 0;
+  }
+  void standInForRow(PhotoStore store) {
+    _rowStores &= static_cast<std::uint8_t>(~(1U << static_cast<unsigned>(store)));
+  }
+  void takeKey(std::uint32_t key);
+  [[nodiscard]] bool isArchived() const;
   [[nodiscard]] Value archived(std::string_view name) const;
+
+  // Stored facts.
+  [[nodiscard]] Fact fact(PhotoField field) const;
   [[nodiscard]] bool hasImageInfo() const;
   [[nodiscard]] Value imageInfo(PhotoField field) const;
-  void takeKey(std::uint32_t key);
-  [[nodiscard]] RecordStores& stores() const;
-  [[nodiscard]] RecordStores& givenStores();
-  [[nodiscard]] Value attribute(std::string_view name) const;
-  [[nodiscard]] std::optional<std::string> attributeText(std::string_view attributeName,
-                                                         PhotoField infoField) const;
-  [[nodiscard]] std::optional<Date> attributeDate(std::string_view attributeName,
+  [[nodiscard]] bool hasInfo() const;
+  [[nodiscard]] Value infoEntry(PhotoField field) const;
+  [[nodiscard]] Value infoNumber(PhotoField field) const;
+  [[nodiscard]] Value attribute(PhotoField field) const;
+  [[nodiscard]] std::optional<std::string> textOf(PhotoField attributeField,
                                                   PhotoField infoField) const;
+  [[nodiscard]] std::optional<Date> dateOf(PhotoField attributeField, PhotoField infoField) const;
+  [[nodiscard]] Ref<ImageRec> keptInfo() const;
+  [[nodiscard]] Ref<AttributeMgr> keptAttributes() const;
+  [[nodiscard]] Ref<ImageRec> loadInfo() const;
+  [[nodiscard]] Ref<AttributeMgr> loadImageAttributes() const;
+
+  // Files and pictures.
   [[nodiscard]] std::optional<std::string> updated(const std::optional<std::string>& path) const;
   [[nodiscard]] std::optional<std::string> directoryFromImageInfo() const;
   [[nodiscard]] Ref<PhotoFolder> folder() const;
   [[nodiscard]] Value imageSide(float NSSize::*side) const;
   [[nodiscard]] Ref<NSImage> keptThumbnail(Ref<NSImage>& kept) const;
   static void initialize();
-  void loadInfo() const;
-  void loadImageAttributes() const;
 
-  // Damaged catalogues hold millions of records; the flags lie where the base leaves room.
+  // A library holds a million records; the flags lie where the base leaves room.
   bool _hasImageKey : 1 = false;
-  mutable bool _isTakenFromSource : 1 = false;
   mutable bool _infoAttempted : 1 = false;
   // `directory` has passed the image path through the database's `updateImagePath`.
   mutable bool _updatedImagePath : 1 = false;
   mutable bool _hasBeenEditedIsValid : 1 = false;
   mutable bool _hasBeenEdited : 1 = false;
+  std::uint8_t _rowStores = 0;  // a bit for each store that the row answers for
   DatabaseReference _database;
-  Ref<Dictionary> _dictionary;
-  mutable RecordStores _stores;
   mutable Ref<PhotoFolder> _directory;
-  // What only some photos are ever asked for.
-  mutable std::unique_ptr<OnRequest> _onRequest;
-  Ref<RecordSource> _source;
-  // Stands for the image info in `_stores`.
+  // What only some records have.
+  mutable std::unique_ptr<Beside> _beside;
   Ref<PhotoTable> _table;
-  std::uint32_t _position = 0;  // in the source or the table
+  std::uint32_t _row = 0;
   std::uint32_t _imageKey = 0;
 };
 

@@ -9,8 +9,8 @@
 #include "../table/detail/PhotoField.h"
 #include "../values/ClassRegistry.h"
 #include "ImageRecRef.h"
-#include "ImageRecRefOnRequestPrivate.h"
 #include "RecordDatabase.h"
+#include "detail/ImageRecRefBeside.h"
 
 namespace mrziphoto {
 namespace {
@@ -141,10 +141,10 @@ Ref<NSImage> ImageRecRef::keptThumbnail(Ref<NSImage>& kept) const {
   return found;
 }
 
-Ref<NSImage> ImageRecRef::thumbnail() const { return keptThumbnail(onRequest()._thumbnail); }
+Ref<NSImage> ImageRecRef::thumbnail() const { return keptThumbnail(beside()._thumbnail); }
 
 Ref<NSImage> ImageRecRef::displayThumbnail() const {
-  return keptThumbnail(onRequest()._displayThumbnail);
+  return keptThumbnail(beside()._displayThumbnail);
 }
 
 Ref<NSImage> ImageRecRef::originalImage() const {
@@ -159,14 +159,14 @@ Ref<NSImage> ImageRecRef::originalThumbnail() const {
   if (!hasBeenEdited()) {
     return thumbnail();
   }
-  if (!onRequest()._originalThumbnail) {
+  if (!beside()._originalThumbnail) {
     _makeOriginalThumbnail();
   }
-  return onRequest()._originalThumbnail;
+  return beside()._originalThumbnail;
 }
 
 void ImageRecRef::_makeOriginalThumbnail() const {
-  Ref<NSImage>& kept = onRequest()._originalThumbnail;
+  Ref<NSImage>& kept = beside()._originalThumbnail;
   const Ref<NSImage> original = originalImage();
   if (!original) {
     return;

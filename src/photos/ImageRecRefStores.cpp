@@ -1,19 +1,16 @@
-// The photo record's stores, its camera values, and key-value access.
+// The photo record's stores: made from its row, or read from files of their own.
 
-#include <array>
-
-#include "../archive/NSArchiver.h"
 #include "../archive/NSUnarchiver.h"
 #include "../files/FileManager.h"
 #include "../files/Path.h"
-#include "../values/KeyValue.h"
+#include "../table/detail/PhotoFacts.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
 #include "ImageRecRef.h"
-#include "ImageRecRefOnRequestPrivate.h"
 #include "PhotoFolder.h"
 #include "RecordDatabase.h"
+#include "detail/ImageRecRefBeside.h"
 
 namespace mrziphoto {
 namespace {
@@ -58,14 +55,26 @@ Ref<T> decodeRoot(const RecordDatabase* database, const Data& bytes, const std::
 }  // namespace
 
 Ref<ImageRec> ImageRecRef::info() const {
-  if (!stores().info && !_infoAttempted) {
-    _infoAttempted = true;
-    loadInfo();
+  if (Ref<ImageRec> kept = keptInfo()) {
+    return kept;
   }
-  return _stores.info;
+  if (rowAnswersFor(PhotoStore::info)) {
+    return beside()._info =
+               ImageRec::initWithDictionary((*_table)[_row].dictionary(PhotoStore::info));
+  }
+  if (_infoAttempted) {
+    return {};
+  }
+  _infoAttempted = true;
+  Ref<ImageRec> loaded = loadInfo();
+  if (loaded) {
+    beside()._info = loaded;
+  }
+  return loaded;
 }
 
-void ImageRecRef::loadInfo() const {
+Ref<ImageRec> ImageRecRef::loadInfo() const {
+  Ref<ImageRec> loaded;
   const ReadingRules::Scope scope(rulesOf(_database.get()));
   const Ref<ImageRec> handedIn = dbInfo();
   const bool inDataFolder = handedIn || hasImageInfo();
@@ -74,29 +83,43 @@ void ImageRecRef::loadInfo() const {
   if (found && found->holdsStore(inDataFolder, name)) {
     const std::string file = path::join(found->storeFolder(inDataFolder), name);
     try {
-      _stores.info = decodeRoot<ImageRec>(_database.get(), FileManager::readContents(file), file);
+      loaded = decodeRoot<ImageRec>(_database.get(), FileManager::readContents(file), file);
     } catch (const NSException& exception) {
       logException(exception);
       noteUnreadableStore(_database.get(), file, exception);
     }
   }
-  if (!_stores.info && handedIn) {
-    _stores.info = handedIn;
+  if (!loaded && handedIn) {
+    loaded = handedIn;
+    beside()._info = loaded;  // for the path that the line tells
     log("%@ using database INFO for image %@ at %@", className(), key(), imagePath());
   }
+  return loaded;
 }
 
 Ref<AttributeMgr> ImageRecRef::imageAttributes() const {
-  if (!stores().imageAttributes) {
-    loadImageAttributes();
+  if (Ref<AttributeMgr> kept = keptAttributes()) {
+    return kept;
   }
-  return _stores.imageAttributes;
+  Ref<AttributeMgr> store;
+  if (rowAnswersFor(PhotoStore::attributes)) {
+    const PhotoFacts row = (*_table)[_row];
+    const Ref<Dictionary> entries = row.dictionary(PhotoStore::attributesRecord);
+    entries->set(AttributeMgr::kAttributes, row.dictionary(PhotoStore::attributes));
+    store = AttributeMgr::initWithDictionary(entries);
+  } else {
+    store = loadImageAttributes();
+  }
+  if (store) {
+    beside()._imageAttributes = store;
+  }
+  return store;
 }
 
-void ImageRecRef::loadImageAttributes() const {
+Ref<AttributeMgr> ImageRecRef::loadImageAttributes() const {
   const ReadingRules::Scope scope(rulesOf(_database.get()));
-  Ref<AttributeMgr>& kept = _stores.imageAttributes;
-  const Ref<AttributeMgr> handedIn = _onRequest ? _onRequest->_dbAttributes : Ref<AttributeMgr>();
+  Ref<AttributeMgr> loaded;
+  const Ref<AttributeMgr> handedIn = _beside ? _beside->_dbAttributes : Ref<AttributeMgr>();
   // Without a database the version counts as 0, as every unanswered number does.
   const std::int32_t version = _database != nullptr ? _database->iPhotoLibraryVersion() : 0;
   if (version < kFirstVersionWithoutAttributesFiles) {
@@ -117,118 +140,22 @@ void ImageRecRef::loadImageAttributes() const {
           noteUnreadableStore(_database.get(), *file, FileException(failure));
         }
       }
-      kept =
+      loaded =
           bytes ? decodeRoot<AttributeMgr>(_database.get(), *bytes, *file) : AttributeMgr::init();
-      if (!kept && !handedIn) {
-        kept = AttributeMgr::init();  // the file would say the same each time
+      if (!loaded && !handedIn) {
+        loaded = AttributeMgr::init();  // the file would say the same each time
       }
     } catch (const NSException& exception) {
       logException(exception);
       noteUnreadableStore(_database.get(), *file, exception);
     }
   }
-  if (!kept && handedIn) {
-    kept = handedIn;
+  if (!loaded && handedIn) {
+    loaded = handedIn;
+    beside()._imageAttributes = loaded;
     log("Using database attributes for image %@ at %@", key(), imagePath());
   }
-}
-
-Ref<TVQiPhotoUserData> ImageRecRef::exifData() const {
-  OnRequest& kept = onRequest();
-  if (!kept._exifData) {
-    const Ref<AttributeMgr> store = imageAttributes();
-    const Value block = store ? store->imageUserData() : Value();
-    Ref<TVQiPhotoUserData> made = TVQiPhotoUserData::initWithData(block.data().value_or(Data()));
-    made->setPhoto(this);
-    kept._exifData = std::move(made);
-  }
-  return kept._exifData;
-}
-
-Value ImageRecRef::valueForUndefinedKey(std::string_view key) const {
-  return exifData()->valueForKey(key);
-}
-
-bool ImageRecRef::respondsToSelector(std::string_view key) const {
-  return accessorNamed(key) != nullptr || exifData()->accessorNamed(key) != nullptr;
-}
-
-std::string ImageRecRef::description() const {
-  const Ref<ImageRec> store = info();
-  const Ref<AttributeMgr> attributes = imageAttributes();
-  const Value where = directory();
-  return detail::formatted("{}: {}, directory = {}, attributes = {}, info = {}", className(),
-                           _dictionary ? Value(_dictionary) : Value("<no dictionary>"), where,
-                           attributes, store);
-}
-
-void ImageRecRef::initWithCoder(NSUnarchiver& coder) {
-  const std::uint32_t version = coder.versionForClassName(kClass.name);
-  if (version != NSUnarchiver::kNotFound && version > kClass.highestVersion) {
-    log("%@ version %u", className(), version);
-  }
-  _dictionary = coder.decodeObject().dictionary();
-}
-
-void ImageRecRef::encodeWithCoder(NSArchiver& coder) const { coder.encodeObject(_dictionary); }
-
-const Accessor* ImageRecRef::accessorNamed(std::string_view name) const {
-  static constexpr std::array kAccessors{
-      accessor<&ImageRecRef::_filename>("_filename"),
-      accessor<&ImageRecRef::_imageDirectory>("_imageDirectory"),
-      accessor<&ImageRecRef::_originalImageFilename>("_originalImageFilename"),
-      accessor<&ImageRecRef::_thumbnailFilename>("_thumbnailFilename"),
-      accessor<&ImageRecRef::annotation>("annotation"),
-      accessor<&ImageRecRef::archiveDate>("archiveDate"),
-      accessor<&ImageRecRef::caption>("caption"),
-      accessor<&ImageRecRef::comments>("comments"),
-      Accessor{
-          "database",
-          [](const Object& o) { return static_cast<const ImageRecRef&>(o)._database.value(); }},
-      accessor<&ImageRecRef::date>("date"),
-      accessor<&ImageRecRef::dbInfo>("dbInfo"),
-      accessor<&ImageRecRef::directory>("directory"),
-      accessor<&ImageRecRef::directoryKey>("directoryKey"),
-      accessor<&ImageRecRef::displayImage>("displayImage"),
-      accessor<&ImageRecRef::displayThumbnail>("displayThumbnail"),
-      accessor<&ImageRecRef::exifData>("exifData"),
-      accessor<&ImageRecRef::extension>("extension"),
-      accessor<&ImageRecRef::fileSize>("fileSize"),
-      accessor<&ImageRecRef::filename>("filename"),
-      accessor<&ImageRecRef::filepath>("filepath"),
-      accessor<&ImageRecRef::hasBeenEdited>("hasBeenEdited"),
-      accessor<&ImageRecRef::image>("image"),
-      accessor<&ImageRecRef::imageAttributes>("imageAttributes"),
-      accessor<&ImageRecRef::imageHeight>("imageHeight"),
-      accessor<&ImageRecRef::imagePath>("imagePath"),
-      Accessor{"imageSize",
-               [](const Object& o) -> Value {
-                 const NSSize size = static_cast<const ImageRecRef&>(o).imageSize();
-                 return make<Dictionary>(std::initializer_list<std::pair<std::string_view, Value>>{
-                     {"width", size.width}, {"height", size.height}});
-               }},
-      accessor<&ImageRecRef::imageWidth>("imageWidth"),
-      accessor<&ImageRecRef::info>("info"),
-      accessor<&ImageRecRef::key>("key"),
-      accessor<&ImageRecRef::keyStringValue>("keyStringValue"),
-      accessor<&ImageRecRef::keywords>("keywords"),
-      accessor<&ImageRecRef::modificationDate>("modificationDate"),
-      accessor<&ImageRecRef::originalExtension>("originalExtension"),
-      accessor<&ImageRecRef::originalFilename>("originalFilename"),
-      accessor<&ImageRecRef::originalImage>("originalImage"),
-      accessor<&ImageRecRef::originalImageDirectory>("originalImageDirectory"),
-      accessor<&ImageRecRef::originalImagePath>("originalImagePath"),
-      accessor<&ImageRecRef::originalThumbnail>("originalThumbnail"),
-      accessor<&ImageRecRef::photoId>("photoId"),
-      accessor<&ImageRecRef::relativeDirectory>("relativeDirectory"),
-      accessor<&ImageRecRef::rollKey>("rollKey"),
-      accessor<&ImageRecRef::rotation>("rotation"),
-      accessor<&ImageRecRef::thumbnail>("thumbnail"),
-      accessor<&ImageRecRef::thumbnailDirectory>("thumbnailDirectory"),
-      accessor<&ImageRecRef::thumbnailPath>("thumbnailPath"),
-      accessor<&ImageRecRef::title>("title"),
-  };
-  return findAccessor<kAccessors>(name, Object::accessorNamed(name));
+  return loaded;
 }
 
 }  // namespace mrziphoto

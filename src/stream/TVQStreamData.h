@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "../values/Data.h"
 #include "../values/Export.h"
@@ -57,6 +58,13 @@ class MRZIPHOTO_EXPORT TVQStreamData {
   /// The bytes of a range as a slice of the buffer, wherever the position is; it stays. Throws as a
   /// read there would.
   [[nodiscard]] Data dataInRange(std::uint32_t location, std::uint32_t count) const;
+  /// The same bytes without a claim on the buffer, for as long as nothing else is read.
+  [[nodiscard]] std::string_view bytesInRange(std::uint32_t location, std::uint32_t count) {
+    const std::uint32_t position = std::exchange(_offset, location);
+    const std::string_view bytes = take(count);
+    _offset = position;
+    return bytes;
+  }
 
   void setShouldSwapMode(std::int32_t mode);
   [[nodiscard]] std::int32_t shouldSwapMode() const { return _shouldSwapMode; }

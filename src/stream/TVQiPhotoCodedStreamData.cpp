@@ -109,12 +109,14 @@ String TVQiPhotoCodedStreamData::readUTF16StringWithCharacterCount(std::uint32_t
   // A count whose bytes do not fit 32 bits fails at the read.
   constexpr std::uint32_t kMost = 0x7FFFFFFF;
   const Data units = readDataWithLength(count > kMost ? 0xFFFFFFFF : count * 2);
-  const bool hasMark =
-      units.bytes().starts_with("\xFE\xFF") || units.bytes().starts_with("\xFF\xFE");
+  return {units.owner(), units.bytes(), encodingOf(units.bytes())};
+}
+
+String::Encoding TVQiPhotoCodedStreamData::encodingOf(std::string_view units) const {
+  const bool hasMark = units.starts_with("\xFE\xFF") || units.starts_with("\xFF\xFE");
   const bool streamIsBigEndian = shouldSwapMode() == opposite || shouldSwapMode() == bigEndian;
   const bool bigEndianUnits = hasMark ? std::endian::native == std::endian::big : streamIsBigEndian;
-  return {units.owner(), units.bytes(),
-          bigEndianUnits ? String::Encoding::utf16BigEndian : String::Encoding::utf16LittleEndian};
+  return bigEndianUnits ? String::Encoding::utf16BigEndian : String::Encoding::utf16LittleEndian;
 }
 
 std::string TVQiPhotoCodedStreamData::description() const {

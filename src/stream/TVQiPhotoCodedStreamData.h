@@ -55,6 +55,9 @@ class MRZIPHOTO_EXPORT TVQiPhotoCodedStreamData : public TVQStreamData {
   /// stays in the text. Zero units stay in the text.
   [[nodiscard]] String readUTF16StringWithCharacterCount(std::uint32_t count);
 
+  /// How the units of such a text lie.
+  [[nodiscard]] String::Encoding encodingOf(std::string_view units) const;
+
   /// Throws the size error for the typed read of that name. To be called right behind the size
   /// word.
   [[noreturn]] void raiseUnexpectedCodeSizeExceptionDuring(std::string_view operation);

@@ -21,6 +21,15 @@ Value dictionaryOf(const Fact& fact) {
   return make<Dictionary>(std::move(entries));
 }
 
+Value objectsOf(const Fact& fact) {
+  std::vector<Value> objects;
+  const char* at = fact.payload();
+  for (std::uint64_t left = facts::readNumber(at); left != 0; --left) {
+    objects.emplace_back(fact.table().object(facts::readNumber(at)));
+  }
+  return make<Array>(std::move(objects));
+}
+
 Value keyTextsOf(const Fact& fact) {
   std::vector<Value> texts;
   fact.forEachKeyNumber([&texts](std::uint32_t key) { texts.emplace_back(std::to_string(key)); });
@@ -36,6 +45,7 @@ const char* facts::behind(FactKind kind, const char* at) {
       static_cast<void>(readText(at));
       return at;
     case FactKind::path:
+    case FactKind::pathInRoot:
       static_cast<void>(readNumber(at));
       static_cast<void>(readText(at));
       return at;
@@ -50,6 +60,7 @@ const char* facts::behind(FactKind kind, const char* at) {
     case FactKind::otherInteger:
       return at + 1 + sizeof(std::int64_t);
     case FactKind::keyNumbers:
+    case FactKind::objects:
       for (std::uint64_t left = readNumber(at); left != 0; --left) {
         static_cast<void>(readNumber(at));
       }
@@ -73,7 +84,7 @@ const char* facts::behind(FactKind kind, const char* at) {
 
 bool Fact::holdsAny() const {
   // Their payload begins with a count, or with what tells of the first element.
-  return (_kind == FactKind::keyNumbers || _kind == FactKind::array ||
+  return (_kind == FactKind::keyNumbers || _kind == FactKind::objects || _kind == FactKind::array ||
           _kind == FactKind::dictionary) &&
          *_payload != 0;
 }
@@ -81,11 +92,16 @@ bool Fact::holdsAny() const {
 std::optional<FactText> Fact::text() const {
   const char* at = _payload;
   if (_kind == FactKind::text) {
-    return FactText{{}, facts::readText(at)};
+    return FactText{{}, {}, facts::readText(at)};
   }
   if (_kind == FactKind::path) {
     const std::string_view folder = _table->folder(facts::readNumber(at));
-    return FactText{folder, facts::readText(at)};
+    return FactText{{}, folder, facts::readText(at)};
+  }
+  if (_kind == FactKind::pathInRoot) {
+    const std::uint64_t number = facts::readNumber(at);
+    const std::string_view folder = number != 0 ? _table->folder(number - 1) : std::string_view();
+    return FactText{_table->root(), folder, facts::readText(at)};
   }
   return std::nullopt;
 }
@@ -121,6 +137,7 @@ Value Fact::value() const {
                     text);
     }
     case FactKind::path:
+    case FactKind::pathInRoot:
       return String::holding(text()->text());
     case FactKind::integer:
       return *integer();
@@ -136,6 +153,8 @@ Value Fact::value() const {
       return Data(Ref<Object>(const_cast<PhotoTable*>(_table)), facts::readText(at));
     case FactKind::keyNumbers:
       return keyTextsOf(*this);
+    case FactKind::objects:
+      return objectsOf(*this);
     case FactKind::array:
       return arrayOf(*this);
     case FactKind::dictionary:

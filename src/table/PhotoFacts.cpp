@@ -1,9 +1,17 @@
 #include "detail/PhotoFacts.h"
 
+#include <algorithm>
+
 namespace mrziphoto {
 
 Fact PhotoFacts::operator[](PhotoField field) const {
-  const char* at = _table->_facts[_row] + 1;
+  const char* at = _table->_facts[_row];
+  if ((static_cast<unsigned char>(*at++) & PhotoTable::kIsLong) != 0) {
+    const auto& rows = _table->_longRows;
+    const char* fact =
+        std::ranges::lower_bound(rows, _row, {}, &PhotoTable::LongRow::row)->facts[indexOf(field)];
+    return fact != nullptr ? Fact(*_table, static_cast<FactKind>(*fact), fact + 1) : Fact();
+  }
   while (const std::uint64_t each = facts::readNumber(at)) {
     const auto kind = static_cast<FactKind>(*at++);
     if (each == indexOf(field)) {

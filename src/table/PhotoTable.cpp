@@ -14,6 +14,8 @@ namespace {
 // How a path is cut is learned from that many paths, and how many levels it may leave to a photo.
 constexpr std::uint32_t kPathsToLearnFrom = 8;
 constexpr std::uint32_t kMostLevels = 3;
+// A row of more bytes notes where its known facts lie.
+constexpr std::size_t kLongRow = 4096;
 
 /// The numbers of an array that holds their texts and nothing else.
 std::optional<std::vector<std::uint32_t>> keyNumbers(const Array& array) {
@@ -88,7 +90,30 @@ void PhotoTable::Filler::endRow() {
   char* to = _blocks.room(1);
   *to = 0;
   _blocks.wroteTo(to + 1);
-  _table->_facts.push_back(_blocks.finish());
+  if (_blocks.size() > kLongRow) {
+    *_blocks.begin() = static_cast<char>(*_blocks.begin() | kIsLong);
+    _table->_facts.push_back(_blocks.finish());
+    noteFacts(_table->_facts.back() + 1);
+  } else {
+    _table->_facts.push_back(_blocks.finish());
+  }
+}
+
+void PhotoTable::Filler::noteFacts(const char* facts) {
+  LongRow noted{static_cast<std::uint32_t>(_table->_facts.size() - 1), {}};
+  while (const std::uint64_t field = facts::readNumber(facts)) {
+    if (field < noted.facts.size() && noted.facts[field] == nullptr) {
+      noted.facts[field] = facts;
+    }
+    const auto kind = static_cast<FactKind>(*facts++);
+    facts = facts::behind(kind, facts);
+  }
+  _table->_longRows.push_back(noted);
+}
+
+std::uint32_t PhotoTable::Filler::addObject(Ref<Object> object) {
+  _table->_objects.push_back(std::move(object));
+  return static_cast<std::uint32_t>(_table->_objects.size() - 1);
 }
 
 Ref<PhotoTable> PhotoTable::Filler::finish() { return _table; }
@@ -131,23 +156,37 @@ void PhotoTable::Filler::putText(std::string_view utf8) { put(FactKind::text, ut
 
 void PhotoTable::Filler::putBytes(std::string_view bytes) { put(FactKind::bytes, bytes); }
 
-void PhotoTable::Filler::putPath(std::uint32_t field, std::string_view utf8) {
-  PathCut& cut = _cuts[field];
+std::string_view PhotoTable::Filler::cutPath(PathCut& cut, std::string_view path) {
   ++cut.paths;
-  const bool liesInLast = !cut.folderText.empty() && utf8.starts_with(cut.folderText) &&
-                          folderSize(utf8, cut.levels) == cut.folderText.size();
+  const bool liesInLast = !cut.folderText.empty() && path.starts_with(cut.folderText) &&
+                          folderSize(path, cut.levels) == cut.folderText.size();
   if (!liesInLast) {
-    takeFolder(cut, utf8);
+    takeFolder(cut, path);
   }
-  if (cut.folderText.empty()) {
-    putText(utf8);
-    return;
-  }
-  const std::string_view rest = utf8.substr(cut.folderText.size());
-  char* to = begin(FactKind::path, 2 * facts::kLongestNumber + rest.size());
-  to = facts::writeNumber(to, cut.folder);
+  return path.substr(cut.folderText.size());
+}
+
+void PhotoTable::Filler::putCut(FactKind kind, std::uint64_t folder, std::string_view rest) {
+  char* to = begin(kind, 2 * facts::kLongestNumber + rest.size());
+  to = facts::writeNumber(to, folder);
   to = facts::writeNumber(to, rest.size());
   _blocks.wroteTo(std::copy(rest.begin(), rest.end(), to));
+}
+
+void PhotoTable::Filler::putPath(std::uint32_t field, std::string_view utf8) {
+  PathCut& cut = _cuts[field];
+  const std::string_view rest = cutPath(cut, utf8);
+  if (cut.folderText.empty()) {
+    putText(utf8);
+  } else {
+    putCut(FactKind::path, cut.folder, rest);
+  }
+}
+
+void PhotoTable::Filler::putPathInRoot(std::uint32_t field, std::string_view utf8) {
+  PathCut& cut = _cuts[field];
+  const std::string_view rest = cutPath(cut, utf8);
+  putCut(FactKind::pathInRoot, cut.folderText.empty() ? 0 : std::uint64_t{cut.folder} + 1, rest);
 }
 
 void PhotoTable::Filler::takeFolder(PathCut& cut, std::string_view path) {
@@ -207,10 +246,18 @@ void PhotoTable::Filler::putDate(Date date) {
 void PhotoTable::Filler::putBoolean(bool value) { putValue(value); }
 
 void PhotoTable::Filler::putKeyNumbers(std::span<const std::uint32_t> keys) {
-  char* to = begin(FactKind::keyNumbers, facts::kLongestNumber * (std::size_t{1} + keys.size()));
-  to = facts::writeNumber(to, keys.size());
-  for (const std::uint32_t key : keys) {
-    to = facts::writeNumber(to, key);
+  putNumbers(FactKind::keyNumbers, keys);
+}
+
+void PhotoTable::Filler::putObjects(std::span<const std::uint32_t> numbers) {
+  putNumbers(FactKind::objects, numbers);
+}
+
+void PhotoTable::Filler::putNumbers(FactKind kind, std::span<const std::uint32_t> numbers) {
+  char* to = begin(kind, facts::kLongestNumber * (std::size_t{1} + numbers.size()));
+  to = facts::writeNumber(to, numbers.size());
+  for (const std::uint32_t number : numbers) {
+    to = facts::writeNumber(to, number);
   }
   _blocks.wroteTo(to);
 }

@@ -19,7 +19,8 @@ struct MRZIPHOTO_EXPORT Limits {
   std::uint64_t fileSize = std::uint64_t{2} << 30;
   /// Bytes that an archive's shared parts may take when written out in full: this often its size...
   std::uint64_t expansion = 64;
-  /// ... and never less than this.
+  /// ... and never less than this. The image records of a coded catalogue, whose damaged parts may
+  /// reach over each other, may say this much more than the file holds.
   std::uint64_t leastExpansion = 16'000'000;
   /// Objects, arrays and dictionaries inside each other, in archives and property lists. Each level
   /// takes a piece of the thread's stack while it is read and when it is let go.

@@ -148,16 +148,14 @@ std::uint32_t nextCharacter(std::string_view& text) {
   return character;
 }
 
-std::string utf8FromUtf16(std::string_view bytes, bool bigEndian) {
+char* writeUtf8FromUtf16(std::string_view bytes, bool bigEndian, char* to) {
   const auto unit = [bytes, bigEndian](std::size_t at) -> std::uint32_t {
     const std::uint32_t first = static_cast<unsigned char>(bytes[at]);
     const std::uint32_t second = static_cast<unsigned char>(bytes[at + 1]);
     return bigEndian ? first << 8 | second : second << 8 | first;
   };
-  // No unit becomes more than three bytes.
-  std::string result(bytes.size() / 2 * 3, '\0');
-  const std::size_t ascii = copyAscii(bytes, bigEndian, result.data());
-  char* to = result.data() + ascii / 2;
+  const std::size_t ascii = copyAscii(bytes, bigEndian, to);
+  to += ascii / 2;
   for (std::size_t at = ascii; at + 2 <= bytes.size(); at += 2) {
     std::uint32_t character = unit(at);
     if (character >= 0xD800 && character <= 0xDBFF && at + 4 <= bytes.size()) {
@@ -169,7 +167,14 @@ std::string utf8FromUtf16(std::string_view bytes, bool bigEndian) {
     }
     to = writeUtf8(to, character);
   }
-  result.resize(static_cast<std::size_t>(to - result.data()));
+  return to;
+}
+
+std::string utf8FromUtf16(std::string_view bytes, bool bigEndian) {
+  // No unit becomes more than three bytes.
+  std::string result(bytes.size() / 2 * 3, '\0');
+  const char* end = writeUtf8FromUtf16(bytes, bigEndian, result.data());
+  result.resize(static_cast<std::size_t>(end - result.data()));
   return result;
 }
 

@@ -23,6 +23,8 @@ MRZIPHOTO_EXPORT void appendUtf8(std::string& text, std::uint32_t character);
 /// UTF-16 units, two bytes each, as UTF-8; a lone surrogate becomes U+FFFD, an odd last byte is
 /// left out.
 [[nodiscard]] MRZIPHOTO_EXPORT std::string utf8FromUtf16(std::string_view bytes, bool bigEndian);
+/// The same, written to `to`, where there is room for three bytes a unit. Answers where it ends.
+[[nodiscard]] char* writeUtf8FromUtf16(std::string_view bytes, bool bigEndian, char* to);
 
 /// True for the characters '0' to '9', whatever the locale.
 [[nodiscard]] constexpr bool isDigit(char character) {

@@ -210,6 +210,29 @@ TEST(CodedImageRecords, RefuseWhatIsNoArchiveAndWhatTheFileDoesNotHold) {
   }
 }
 
+TEST(CodedImageRecords, MayNotAllSayTheSameBytes) {
+  // Each record's only block holds a text that reaches over the records behind it.
+  const std::string record = codedPhoto(1)
+                                 .item("idNI", 1)
+                                 .number(1)
+                                 .number(20)
+                                 .item("idTY", static_cast<int>(Type::image))
+                                 .code("idFP")
+                                 .number(20'000)
+                                 .bytes();
+  for (const std::size_t count : {100U, 2'000U}) {
+    const CodedLibrary library(
+        60, CodedBuilder()
+                .images(std::vector<CodedBuilder>(count, CodedBuilder().raw(record)))
+                .item("dbXX", std::string(20'000, 'x')));
+    EXPECT_EQ(static_cast<bool>(library), count == 100) << count;
+    if (!library) {
+      EXPECT_TRUE(library.log().at(0).starts_with("NSRangeException - the image data up to offset"))
+          << library.log()[0];
+    }
+  }
+}
+
 TEST(CodedImageRecords, ThatSayNothingShareOneRecord) {
   const CodedBuilder said = CodedBuilder().item("idCP", u"r");
   const CodedLibrary library(60,

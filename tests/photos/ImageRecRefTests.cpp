@@ -1,5 +1,6 @@
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
+#include <MRZiPhoto/table/detail/PhotoFacts.h>
 
 #include "support/ArchivedAs.h"
 #include "support/KeyValueAnswers.h"
@@ -329,44 +330,36 @@ TEST_F(ImageRecRefTests, ReadsStoresBesideThePhoto) {
   EXPECT_EQ(newer->caption(), "from the list");
 }
 
-/// Answers stores, but throws whenever it is told to.
-class Faulty final : public RecordSource {
- public:
-  RecordStores stores(std::uint32_t position) const override {
-    ++asked;
-    if (throws) {
-      NSException::raise(kNSRangeException, std::to_string(position));
-    }
-    return {dictionary({{"Caption", "made"}}), AttributeMgr::init(), infoStore(7)};
-  }
-  const Class& objectClass() const override {
-    static constexpr Class kClass{"Faulty"};
-    return kClass;
-  }
-  bool throws = false;
-  mutable int asked = 0;
-};
-
-TEST_F(ImageRecRefTests, AsksItsSourceAgainAfterAFault) {
-  const Ref<Faulty> source = make<Faulty>();
+TEST_F(ImageRecRefTests, AnswersFromItsRowUntilAStoreWasMadeOrGiven) {
+  PhotoTable::Filler filler;
+  filler.beginRow(7, {PhotoStore::imageInfo, PhotoStore::info, PhotoStore::attributes,
+                      PhotoStore::attributesRecord});
+  filler.addName(static_cast<std::uint32_t>(indexOf(PhotoField::imageWidth)));
+  filler.putValue(7);
+  filler.addName(static_cast<std::uint32_t>(indexOf(PhotoField::caption)));
+  filler.putText("row");
+  filler.endRow();
   const Ref<ImageRecRef> photo = ImageRecRef::init();
-  photo->setSourceForKey(source, 3, 7);
+  photo->setRow(filler.finish(), 0);
   EXPECT_EQ(photo->photoId(), Value(7));
-  EXPECT_EQ(source->asked, 0) << "the key is there without it";
-  source->throws = true;
-  EXPECT_THROW((void)photo->caption(), NSException);
-  source->throws = false;
-  EXPECT_EQ(photo->caption(), "made");
+  EXPECT_EQ(photo->caption(), "row");
   EXPECT_EQ(photo->imageWidth(), Value(7));
-  EXPECT_EQ(source->asked, 2);
-  photo->unload();
+  EXPECT_EQ(photo->rotation(), Value(0.0F));
+
+  photo->imageAttributes()->setAttributeForKey("made", AttributeMgr::kCaption);
+  photo->info()->setImageWidth(8);
   EXPECT_EQ(photo->caption(), "made");
-  EXPECT_EQ(source->asked, 3);
+  EXPECT_EQ(photo->imageWidth(), Value(8));
+  photo->unload();
+  EXPECT_EQ(photo->caption(), "row");
+  EXPECT_EQ(photo->imageWidth(), Value(7));
+
   photo->setImageAttributes(attributesStore(1));
+  photo->setImageInfoForKey(dictionary({{"Comment", "given"}}), 9);
   photo->unload();
   EXPECT_EQ(photo->caption(), "c1") << "what was given is not made anew";
   EXPECT_EQ(photo->imageWidth(), Value(7));
-  EXPECT_EQ(source->asked, 3);
+  EXPECT_EQ(photo->keyStringValue(), "9");
 }
 
 TEST_F(ImageRecRefTests, WhatOutlivesItsDatabaseOrItsPhotoHasNone) {

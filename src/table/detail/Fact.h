@@ -20,6 +20,7 @@ enum class FactKind : std::uint8_t {
   nothing,
   text,          // length, UTF-8
   path,          // number of the folder, length of the rest, the rest
+  pathInRoot,    // the same; the folder lies in the table's root, and the number is one more, or 0
   integer,       // type "q", zigzag
   otherInteger,  // type, 8 bytes
   real,          // 8 bytes
@@ -27,6 +28,7 @@ enum class FactKind : std::uint8_t {
   date,          // 8 bytes
   bytes,         // length, bytes
   keyNumbers,    // count, numbers: an array of their decimal texts
+  objects,       // count, numbers of objects of the table: an array of them
   array,         // values, each with its kind before it; then a 0
   dictionary,    // entries, each with the number of its name and its kind before it; then a 0
 };
@@ -108,14 +110,19 @@ const char* behind(FactKind kind, const char* at);
 
 }  // namespace facts
 
-/// A text in a row: for a path its folder, with the slash, and what follows; for others `rest`
-/// alone. Lies in the table.
+/// A text in a row: for a path its root and its folder, with their slashes, and what follows; for
+/// others `rest` alone. Lies in the table.
 struct FactText {
+  std::string_view root;
   std::string_view folder;
   std::string_view rest;
 
-  [[nodiscard]] std::string text() const { return std::string(folder).append(rest); }
-  [[nodiscard]] bool empty() const { return folder.empty() && rest.empty(); }
+  [[nodiscard]] std::string text() const {
+    std::string whole;
+    whole.reserve(root.size() + folder.size() + rest.size());
+    return whole.append(root).append(folder).append(rest);
+  }
+  [[nodiscard]] bool empty() const { return root.empty() && folder.empty() && rest.empty(); }
 };
 
 /// One thing that a row says. Lives as long as the table.

@@ -43,6 +43,8 @@ enum class PhotoField : std::uint8_t {
   originalFileName,
   cameraBlock,
   keywords,
+  extension,
+  originalExtension,
   modificationDate,
   count
 };
@@ -85,6 +87,8 @@ inline constexpr std::array kPhotoFields{
     PhotoFieldRow{PhotoField::originalFileName, PhotoStore::attributes, "OrigFileName"},
     PhotoFieldRow{PhotoField::cameraBlock, PhotoStore::attributes, "ImageUserData"},
     PhotoFieldRow{PhotoField::keywords, PhotoStore::attributes, "KeyWords"},
+    PhotoFieldRow{PhotoField::extension, PhotoStore::attributes, "Ext"},
+    PhotoFieldRow{PhotoField::originalExtension, PhotoStore::attributes, "OrigExt"},
     PhotoFieldRow{PhotoField::modificationDate, PhotoStore::attributesRecord, "Modification_Date"},
 };
 

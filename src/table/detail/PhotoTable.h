@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -46,6 +47,10 @@ class PhotoTable final : public Object {
   /// Folders of paths, each with the slash at its end.
   [[nodiscard]] std::string_view folder(std::uint64_t number) const { return _folders[number]; }
   [[nodiscard]] std::size_t folderCount() const { return _folders.size(); }
+  /// The folder in which the paths lie that were filled in without it, with the slash at its end.
+  [[nodiscard]] std::string_view root() const { return _root; }
+  /// An object that rows refer to by this number.
+  [[nodiscard]] const Ref<Object>& object(std::uint64_t number) const { return _objects[number]; }
 
   [[nodiscard]] const Class& objectClass() const override;
 
@@ -55,12 +60,24 @@ class PhotoTable final : public Object {
 
   PhotoTable();
 
+  // Stands beside the bits of a row's stores when the row is one of `_longRows`.
+  static constexpr unsigned char kIsLong = 0x80;
+  static_assert(static_cast<unsigned>(PhotoStore::count) < 7);
+
   std::vector<std::uint32_t> _keys;
   std::vector<const char*> _facts;  // of each row: a bit for each of its stores, then the facts
   FactBlocks _blocks;
   std::vector<std::string_view> _folders;
   FactBlocks _folderTexts;
+  std::string _root;
+  std::vector<Ref<Object>> _objects;
   std::vector<DictionaryKey> _names;
+  // The known facts of rows that are too long to be walked for each question, by row.
+  struct LongRow {
+    std::uint32_t row;
+    std::array<const char*, kKnownFields> facts;  // each at its kind; nullptr for none
+  };
+  std::vector<LongRow> _longRows;
   mutable std::unique_ptr<RowIndex> _index;
 };
 
@@ -87,6 +104,10 @@ class PhotoTable::Filler {
   void putBoolean(bool value);
   void putBytes(std::string_view bytes);
   void putKeyNumbers(std::span<const std::uint32_t> keys);
+  /// A path in `root`, without that.
+  void putPathInRoot(std::uint32_t field, std::string_view utf8);
+  /// Objects of the table, by number.
+  void putObjects(std::span<const std::uint32_t> numbers);
   /// Of any kind of a property list; nothing else may stand in it.
   void putValue(const Value& value);
   /// The same for what stands right in the row under that name.
@@ -95,11 +116,18 @@ class PhotoTable::Filler {
   void beginDictionary() { putKind(FactKind::dictionary); }
   void endCollection() { putNumber(0); }
 
+  /// To be set before any path in it.
+  void setRoot(std::string root) { _table->_root = std::move(root); }
+  /// Keeps an object that rows may refer to, and answers its number.
+  std::uint32_t addObject(Ref<Object> object);
+
   /// Ends a value that stands in no row, and answers it.
   Fact finishLone();
   /// Ends a value that nobody needs.
   void discardLone() { _blocks.discard(); }
 
+  /// The table, with the rows that were ended so far.
+  [[nodiscard]] const Ref<PhotoTable>& table() const { return _table; }
   /// The table. Afterwards the filler is of no use.
   Ref<PhotoTable> finish();
 
@@ -113,7 +141,12 @@ class PhotoTable::Filler {
     std::uint32_t levels = 1;  // that are left to each photo: its name, and folders of its own
   };
 
+  /// Cuts the path of a field; answers what is left behind the folder that `cut` has then.
+  std::string_view cutPath(PathCut& cut, std::string_view path);
   void takeFolder(PathCut& cut, std::string_view path);
+  void putCut(FactKind kind, std::uint64_t folder, std::string_view rest);
+  void putNumbers(FactKind kind, std::span<const std::uint32_t> numbers);
+  void noteFacts(const char* facts);
   void putKind(FactKind kind);
   void putNumber(std::uint64_t number);
   void putIntegerOfType(const Value& value);

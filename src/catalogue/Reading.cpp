@@ -1,9 +1,10 @@
 // What people are told of a coded catalogue that is damaged.
 
+#include "detail/Reading.h"
+
 #include <array>
 
 #include "../values/detail/Formatted.h"
-#include "TVQiPhotoLibraryReadingPrivate.h"
 
 namespace mrziphoto {
 namespace {

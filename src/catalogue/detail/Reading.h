@@ -1,13 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "../values/Notice.h"
-#include "CodedImageRecordsPrivate.h"
-#include "TVQiPhotoLibrary.h"
+#include "../../values/Notice.h"
+#include "../TVQiPhotoLibrary.h"
+#include "CodedImageReader.h"
 
 namespace mrziphoto {
 
@@ -36,8 +37,13 @@ struct TVQiPhotoLibrary::Reading {
   std::uint64_t promisedRecords = 0;
   std::uint64_t readRecords = 0;
   std::optional<std::uint32_t> recordCode;
-  /// Where the records get their stores from, with the keyword store as it stands.
-  Ref<CodedImageRecords> source;
+  /// Made when the first record is read.
+  std::unique_ptr<CodedImageReader> images;
+  bool hasReadAny = false;
+  /// The records that were read.
+  List<ImageRecRef>::Items records;
+  List<ImageRecRef>::Items photos;
+  List<ImageRecRef>::Items rolls;
   /// Stands for all records that say nothing: of those a damaged file may hold millions.
   Ref<ImageRecRef> blank;
   /// Behind this nothing of the catalogue was read.
