@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "../photos/Key.h"
+#include "../table/detail/FirstIndex.h"
 #include "../values/Array.h"
 #include "../values/KeyValue.h"
-#include "../values/NumberIndex.h"
 
 namespace mrziphoto {
 
@@ -55,18 +55,18 @@ class KeywordMgr::UsedKeywords {
     const Value key = keyword->key();
     const Ref<Key> object = key.object<Key>();
     if (const auto number = object ? object->plainNumber() : wholeNumber(key)) {
-      (object ? _byKey : _byNumber).add(*number, _keywords.size());
+      (object ? _byKey : _byNumber).add(*number, static_cast<std::uint32_t>(_keywords.size()));
     }
     _keywords.push_back(keyword);
   }
 
-  [[nodiscard]] Ref<Keyword> at(std::optional<std::size_t> position) const {
+  [[nodiscard]] Ref<Keyword> at(std::optional<std::uint32_t> position) const {
     return position ? _keywords[*position] : Ref<Keyword>();
   }
 
   std::vector<Ref<Keyword>> _keywords;
-  NumberIndex _byKey;
-  NumberIndex _byNumber;
+  FirstIndex<std::int64_t> _byKey;
+  FirstIndex<std::int64_t> _byNumber;
 };
 
 KeywordMgr::KeywordMgr() = default;

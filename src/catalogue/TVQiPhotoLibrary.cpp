@@ -16,7 +16,8 @@
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
 #include "CodedFields.h"
-#include "TVQiPhotoLibraryIndexesPrivate.h"
+#include "detail/KeywordStore.h"
+#include "detail/RecordIndex.h"
 
 namespace mrziphoto {
 namespace {
@@ -65,7 +66,7 @@ std::int32_t versionOf(const Data& bytes, const std::string& path) {
 
 const Class TVQiPhotoLibrary::kClass{"TVQiPhotoLibrary"};
 
-TVQiPhotoLibrary::TVQiPhotoLibrary() = default;
+TVQiPhotoLibrary::TVQiPhotoLibrary() : _keywords(std::make_unique<KeywordStore>()) {}
 
 TVQiPhotoLibrary::~TVQiPhotoLibrary() {
   // No record or album may keep a reference to a database that could go before it.
@@ -76,7 +77,7 @@ TVQiPhotoLibrary::~TVQiPhotoLibrary() {
 Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::init() {
   Ref<TVQiPhotoLibrary> library = Ref<TVQiPhotoLibrary>::adopt(new TVQiPhotoLibrary);
   library->_imageRecRefs = OwnedList<ImageRecRef>::makeEmpty();
-  library->_keywordList = OwnedList<Keyword>::makeEmpty();
+  *library->_keywords = KeywordStore::emptyList();
   return library;
 }
 
@@ -184,12 +185,11 @@ std::string TVQiPhotoLibrary::description() const {
   Limits limits = Limits::current();
   limits.description = std::max(limits.description, kBytesAPhoto * _imageRecRefs.size());
   const Limits::Scope scope(limits);
-  const Value store = _keywords.isNothing() ? _keywordList.value() : _keywords;
   return detail::formatted(
       "version = {}, nextImageKey = {}, nextRollKey = {}, flag1 = {}, flag2 = {}, "
       "imagesDate1 = {}, imageRecRefs = {}, keywords = {}, nextKeywordKey = {}",
       _version, _nextImageKey, _nextRollKey, flag1 ? 1 : 0, flag2 ? 1 : 0, _imagesDate1,
-      _imageRecRefs.value(), store, _nextKeywordKey);
+      _imageRecRefs.value(), _keywords->value(), _nextKeywordKey);
 }
 
 }  // namespace mrziphoto

@@ -27,6 +27,7 @@ class Fact;
 class NSException;
 class PhotoTable;
 class RecordDatabase;
+class RecordIndex;
 class TVQiPhotoCodedStreamData;
 
 /// The catalogue of one library, as its files hold it: image records, rolls, albums and keywords.
@@ -134,8 +135,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   [[nodiscard]] const Class& objectClass() const override { return kClass; }
 
  private:
-  class RecordIndex;
-  class KeywordIndex;
+  class KeywordStore;
 
   TVQiPhotoLibrary();
   [[nodiscard]] const RecordIndex& photoIndex() const;
@@ -148,7 +148,6 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   void loadFromXML(const std::string& folder);
   /// Logs and keeps that a file cannot be decoded.
   void noticeDamage(const std::string& file, const NSException& exception);
-  void setKeywordStore(const Value& store);
   /// Whether `Limits` let in one more; else it is counted as left out.
   [[nodiscard]] bool hasRoomForAlbum();
   /// The archive album is not asked how many rolls were taken: it would list its children's, in
@@ -194,10 +193,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   OwnedList<ImageRecRef> _imageRecRefs;
   mutable OwnedList<ImageRecRef> _rollImageRecRefs;
   mutable OwnedList<ImageRecRef> _photoImageRecRefs;
-  // A `KeywordMgr` from the catalogue file, or whatever stood in its place there; nothing when the
-  // store is the list below.
-  Value _keywords;
-  OwnedList<Keyword> _keywordList;
+  std::unique_ptr<KeywordStore> _keywords;
   Value _nextKeywordKey;
   OwnedList<Album> _albums = OwnedList<Album>::makeEmpty();
   Ref<ArchiveAlbum> _archiveAlbum;
@@ -209,7 +205,6 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   // Answers of the linear walks, found by number.
   mutable std::unique_ptr<RecordIndex> _photoIndex;
   mutable std::unique_ptr<RecordIndex> _rollIndex;
-  mutable std::unique_ptr<KeywordIndex> _keywordIndex;
 };
 
 }  // namespace mrziphoto

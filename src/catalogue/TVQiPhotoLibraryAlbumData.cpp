@@ -9,7 +9,7 @@
 #include "../values/Log.h"
 #include "../values/detail/Formatted.h"
 #include "TVQiPhotoLibrary.h"
-#include "TVQiPhotoLibraryIndexesPrivate.h"
+#include "detail/KeywordStore.h"
 
 namespace mrziphoto {
 namespace {
@@ -118,9 +118,7 @@ void TVQiPhotoLibrary::loadRolls(const Fact& listOfRolls) {
 }
 
 void TVQiPhotoLibrary::loadKeywords(const Fact& listOfKeywords) {
-  _keywords = {};
-  _keywordList = OwnedList<Keyword>::makeEmpty();
-  _keywordIndex.reset();
+  *_keywords = KeywordStore::emptyList();
   listOfKeywords.forEachEntry([&](std::uint32_t name, const Fact& keyword) {
     const std::string key(listOfKeywords.table().name(name).text());
     addKeyword(Keyword::initWithDictionary(Dictionary{

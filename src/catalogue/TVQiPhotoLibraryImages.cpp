@@ -5,6 +5,7 @@
 #include "../files/Path.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
 #include "TVQiPhotoLibrary.h"
+#include "detail/KeywordStore.h"
 #include "detail/Reading.h"
 
 namespace mrziphoto {
@@ -16,7 +17,7 @@ void TVQiPhotoLibrary::readImageRecords(TVQiPhotoCodedStreamData& stream, Readin
     reading.images =
         std::make_unique<CodedImageReader>(path::withoutLastComponent(_loadedFrom), _version);
   }
-  reading.images->setKeywords(_keywords.object<KeywordMgr>());
+  reading.images->setKeywords(_keywords->manager());
   for (std::uint32_t left = reading.imageRecordCount; left > 0; --left) {
     const std::uint32_t position = stream.offsetInData();
     const CodedImageReader::Record found = reading.images->read(stream);

@@ -8,7 +8,8 @@
 #include "../values/Array.h"
 #include "../values/Log.h"
 #include "TVQiPhotoLibrary.h"
-#include "TVQiPhotoLibraryIndexesPrivate.h"
+#include "detail/KeywordStore.h"
+#include "detail/RecordIndex.h"
 
 namespace mrziphoto {
 
@@ -52,14 +53,14 @@ void TVQiPhotoLibrary::_makePhotoArrays() const {
   }
 }
 
-const TVQiPhotoLibrary::RecordIndex& TVQiPhotoLibrary::photoIndex() const {
+const RecordIndex& TVQiPhotoLibrary::photoIndex() const {
   if (!_photoIndex || !_photoIndex->isUpToDate()) {
     _photoIndex = std::make_unique<RecordIndex>(photos());
   }
   return *_photoIndex;
 }
 
-const TVQiPhotoLibrary::RecordIndex& TVQiPhotoLibrary::rollIndex() const {
+const RecordIndex& TVQiPhotoLibrary::rollIndex() const {
   if (!_rollIndex || !_rollIndex->isUpToDate()) {
     _rollIndex = std::make_unique<RecordIndex>(rollRecRefs());
   }
@@ -67,21 +68,38 @@ const TVQiPhotoLibrary::RecordIndex& TVQiPhotoLibrary::rollIndex() const {
 }
 
 Ref<ImageRecRef> TVQiPhotoLibrary::photoForKey(const Ref<Key>& key) const {
-  return key ? photoIndex().find(*key) : Ref<ImageRecRef>();
+  const Ref<ImageRecRef>* found = key ? photoIndex().find(key->plainNumber()) : nullptr;
+  return found != nullptr ? *found : Ref<ImageRecRef>();
 }
 
+/// In a large library each step of a look-up waits for memory; so each step is begun for a run of
+/// keys before the next one needs what it brings.
 List<ImageRecRef> TVQiPhotoLibrary::photosForKeys(const List<Key>& keys) const {
   constexpr std::size_t kRun = 64;
-  std::array<Ref<ImageRecRef>, kRun> photos;
+  std::array<std::optional<std::int64_t>, kRun> numbers;
+  std::array<const Ref<ImageRecRef>*, kRun> places{};
   const auto asked = keys.items();
   List<ImageRecRef>::Items found;
   found.reserve(asked->size());
   for (std::size_t at = 0; at < asked->size(); at += kRun) {
+    const RecordIndex& index = photoIndex();
     const std::span run = std::span(*asked).subspan(at, std::min(kRun, asked->size() - at));
-    photoIndex().find(run, photos);
     for (std::size_t i = 0; i < run.size(); ++i) {
-      if (photos[i]) {
-        found.push_back(std::move(photos[i]));
+      numbers[i] = run[i]->plainNumber();
+      index.prefetch(numbers[i]);
+    }
+    for (std::size_t i = 0; i < run.size(); ++i) {
+      places[i] = index.find(numbers[i]);
+      __builtin_prefetch(places[i]);
+    }
+    for (std::size_t i = 0; i < run.size(); ++i) {
+      if (places[i] != nullptr) {
+        __builtin_prefetch(places[i]->get(), 1);
+      }
+    }
+    for (std::size_t i = 0; i < run.size(); ++i) {
+      if (places[i] != nullptr) {
+        found.push_back(*places[i]);
       } else {
         log("No photo for key: %@", run[i]);
       }
@@ -91,8 +109,14 @@ List<ImageRecRef> TVQiPhotoLibrary::photosForKeys(const List<Key>& keys) const {
 }
 
 Ref<ImageRecRef> TVQiPhotoLibrary::rollRecRefForKey(const Value& key) const {
-  const Ref<Key> object = key.isNumber() ? Key::initWithKeyValue(key) : key.object<Key>();
-  return object ? rollIndex().find(*object) : Ref<ImageRecRef>();
+  std::optional<std::int64_t> number;
+  if (key.isNumber()) {
+    number = wholeNumber(key);
+  } else if (const Ref<Key> object = key.object<Key>()) {
+    number = object->plainNumber();
+  }
+  const Ref<ImageRecRef>* found = number ? rollIndex().find(number) : nullptr;
+  return found != nullptr ? *found : Ref<ImageRecRef>();
 }
 
 List<RollAlbum> TVQiPhotoLibrary::rolls() const {
@@ -143,36 +167,26 @@ void TVQiPhotoLibrary::removeAllAlbums() {
   _albums.clear();
 }
 
-List<Keyword> TVQiPhotoLibrary::keywords() const {
-  const Ref<KeywordMgr> manager = _keywords.object<KeywordMgr>();
-  return manager ? manager->keywords() : _keywordList;
-}
+List<Keyword> TVQiPhotoLibrary::keywords() const { return _keywords->keywords(); }
 
 std::uint32_t TVQiPhotoLibrary::numberOfKeywords() const {
   return static_cast<std::uint32_t>(keywords().size());
 }
 
-void TVQiPhotoLibrary::addKeyword(Ref<Keyword> keyword) {
-  if (!_keywordList.isNothing() && keyword) {
-    _keywordList.append(std::move(keyword));
-  }
-}
+void TVQiPhotoLibrary::addKeyword(Ref<Keyword> keyword) { _keywords->add(std::move(keyword)); }
 
 Ref<Keyword> TVQiPhotoLibrary::keywordForKey(const Value& key) const {
-  if (!_keywordIndex) {
-    _keywordIndex = std::make_unique<KeywordIndex>(keywords());
-  }
   if (const Ref<Key> object = key.object<Key>()) {
     const Ref<Dictionary>& stored = object->storedDictionary();
     const Value number = stored ? stored->get(Key::kKey) : Value();
-    return number.isNumber() ? _keywordIndex->find(number.intValue()) : Ref<Keyword>();
+    return number.isNumber() ? _keywords->find(number.intValue()) : Ref<Keyword>();
   }
-  return key.isNumber() || key.isString() ? _keywordIndex->find(key.intValue()) : Ref<Keyword>();
+  return key.isNumber() || key.isString() ? _keywords->find(key.intValue()) : Ref<Keyword>();
 }
 
 List<Keyword> TVQiPhotoLibrary::keywordsForKeys(const Array& keys) const {
   List<Keyword>::Items found;
-  if (const Ref<KeywordMgr> manager = _keywords.object<KeywordMgr>()) {
+  if (const Ref<KeywordMgr> manager = _keywords->manager()) {
     for (const Value& key : keys) {
       if (const Ref<Keyword> keyword = manager->keywordForKeyNumber(key)) {
         found.push_back(keyword);

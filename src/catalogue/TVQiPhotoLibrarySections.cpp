@@ -10,7 +10,7 @@
 #include "../values/detail/Formatted.h"
 #include "CodedFields.h"
 #include "TVQiPhotoLibrary.h"
-#include "TVQiPhotoLibraryIndexesPrivate.h"
+#include "detail/KeywordStore.h"
 #include "detail/Reading.h"
 
 namespace mrziphoto {
@@ -64,26 +64,11 @@ void TVQiPhotoLibrary::readArchivedHeader(TVQiPhotoCodedStreamData& stream) {
                        detail::formatted("'{}' is no archive", _loadedFrom));
   }
   _version = reader->decodeValueOfObjCType("i").intValue();
-  setKeywordStore(reader->decodeObject());
+  *_keywords = KeywordStore(reader->decodeObject());
   stream.seekToDataOffset(static_cast<std::uint32_t>(reader->cursor()));
   // Two values that mean nothing to anybody.
   static_cast<void>(stream.readShort());
   static_cast<void>(stream.readInt());
-}
-
-void TVQiPhotoLibrary::setKeywordStore(const Value& store) {
-  _keywords = store;
-  _keywordList = {};
-  _keywordIndex.reset();
-  if (const Ref<Array> list = store.array()) {
-    _keywords = {};
-    _keywordList = OwnedList<Keyword>::makeEmpty();
-    for (const Value& element : *list) {
-      if (const Ref<Keyword> keyword = element.object<Keyword>()) {
-        _keywordList.append(keyword);
-      }
-    }
-  }
 }
 
 void TVQiPhotoLibrary::decodeSections(TVQiPhotoCodedStreamData& stream) {
@@ -163,7 +148,7 @@ void TVQiPhotoLibrary::readSection(TVQiPhotoCodedStreamData& stream, const Secti
       break;
     }
     case kKeywordSection:
-      setKeywordStore(stream.readCodedArchive());
+      *_keywords = KeywordStore(stream.readCodedArchive());
       break;
     case kImageCountSection:
       if (reading.countWithoutTable) {

@@ -174,7 +174,7 @@ void TVQiPhotoDatabase::_loadWithContentsOfRootDirectory() {
   if (_directories) {
     _directories->setDatabase(this);
   }
-  if (_photoLibrary != nullptr) {
+  if (_photoLibrary) {
     _photoLibrary->setDatabase(this);
   }
 }

@@ -164,9 +164,8 @@ class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDat
   std::int32_t _foundVersion = 0;
   Ref<TVQiPhotoLibrary> _library;
   Ref<TVQiPhotoDirectories> _directories;
-  // Owned by the catalogue's album list.
-  Album* _photoLibrary = nullptr;
-  Album* _lastImport = nullptr;
+  // The photo-library album of iPhoto 4, which stands in the catalogue's album list, too.
+  Ref<Album> _photoLibrary;
   std::optional<Date> libraryTimestamp;
   std::optional<Date> directoriesTimestamp;
   mutable std::vector<Notice> _notices;

@@ -88,8 +88,7 @@ void TVQiPhotoDatabase::_loadV4AlbumData() {
   insertAlbumAtIndex(lastImport, 0);
   insertAlbumAtIndex(photoLibrary, 0);
   // Without a catalogue there is no list to keep them.
-  _lastImport = _library ? lastImport.get() : nullptr;
-  _photoLibrary = _library ? photoLibrary.get() : nullptr;
+  _photoLibrary = _library ? photoLibrary : nullptr;
 }
 
 }  // namespace mrziphoto

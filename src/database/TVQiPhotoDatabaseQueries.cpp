@@ -16,9 +16,9 @@ List<Album> TVQiPhotoDatabase::albums() const {
 List<RollAlbum> TVQiPhotoDatabase::rolls() const {
   // The photo-library album of an iPhoto 4 library knows its rolls better than the catalogue. An
   // album file may hold an album of another kind, which has no rolls.
-  if (_photoLibrary != nullptr) {
-    const auto* archive = dynamic_cast<const ArchiveAlbum*>(_photoLibrary);
-    return archive != nullptr ? archive->rolls() : List<RollAlbum>();
+  if (_photoLibrary) {
+    const Ref<ArchiveAlbum> archive = _photoLibrary.as<ArchiveAlbum>();
+    return archive ? archive->rolls() : List<RollAlbum>();
   }
   return _library ? _library->rolls() : List<RollAlbum>();
 }
@@ -117,9 +117,7 @@ void TVQiPhotoDatabase::insertAlbumAtIndex(const Ref<Album>& album, std::int32_t
 }
 
 void TVQiPhotoDatabase::removeAllAlbums() {
-  // The list owns them.
   _photoLibrary = nullptr;
-  _lastImport = nullptr;
   if (_library) {
     _library->removeAllAlbums();
   }

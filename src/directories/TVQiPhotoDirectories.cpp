@@ -5,10 +5,10 @@
 #include "../archive/NSUnarchiver.h"
 #include "../files/FileManager.h"
 #include "../photos/Key.h"
+#include "../table/detail/RowIndex.h"
 #include "../values/KeyValue.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
-#include "../values/NumberIndex.h"
 #include "../values/detail/Formatted.h"
 
 namespace mrziphoto {
@@ -25,17 +25,13 @@ void logException(const NSException& exception) {
 const Class TVQiPhotoDirectories::kClass{"TVQiPhotoDirectories"};
 
 /// Positions of the entries by their keys. Only whole numbers are in it: nobody asks for others.
-class TVQiPhotoDirectories::Index : public NumberIndex {
+class TVQiPhotoDirectories::Index : public RowIndex {
  public:
-  explicit Index(const Array& entries) : NumberIndex(entries.size()) {
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-      const Ref<DirectoryRec> record = recordOf(entries[i]);
-      if (const auto number =
-              wholeNumber(record ? findKeyNumber(record->directoryKey()) : Value())) {
-        add(*number, i);
-      }
-    }
-  }
+  explicit Index(const Array& entries)
+      : RowIndex(entries.size(), [&entries](std::size_t position) {
+          const Ref<DirectoryRec> record = recordOf(entries[position]);
+          return wholeNumber(record ? findKeyNumber(record->directoryKey()) : Value());
+        }) {}
 };
 
 TVQiPhotoDirectories::TVQiPhotoDirectories() = default;
@@ -87,7 +83,7 @@ std::optional<std::string> TVQiPhotoDirectories::directoryForKey(const Value& ke
   if (!_index) {
     _index = std::make_unique<Index>(*directories);
   }
-  const std::optional<std::size_t> found = _index->find(*plain);
+  const std::optional<std::uint32_t> found = _index->find(*plain);
   return found ? recordOf((*directories)[*found])->directory() : std::nullopt;
 }
 
