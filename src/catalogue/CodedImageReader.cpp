@@ -9,13 +9,11 @@
 #include "../values/Limits.h"
 #include "../values/NSException.h"
 #include "../values/Text.h"
+#include "../values/detail/Generation.h"
 
 namespace mrziphoto {
 namespace {
 
-// Up to this version, what a catalogue says of a photo lies in files beside it, and the photos
-// themselves come from there.
-constexpr std::int32_t kLastVersionWithoutStores = 24;
 constexpr std::uint32_t kUnknown = 0xFFFFFFFF;
 
 constexpr std::uint32_t bitOf(ImageValue value) { return 1U << static_cast<unsigned>(value); }
@@ -77,7 +75,7 @@ bool isPlainRelative(std::string_view file) {
 }  // namespace
 
 CodedImageReader::CodedImageReader(std::string directory, std::int32_t version)
-    : _directory(std::move(directory)), _hasStores(version > kLastVersionWithoutStores) {
+    : _directory(std::move(directory)), _hasStores(Generation::of(version).hasCodedPhotos) {
   std::string root = path::join(_directory, "x");
   root.pop_back();
   _filler.setRoot(std::move(root));
@@ -263,10 +261,11 @@ void CodedImageReader::countBytes() {
     _bytesKept += _places[static_cast<std::size_t>(std::countr_zero(left))].size;
   }
   if (_bytesKept > _stream->length() + Limits::current().leastExpansion) {
-    throw NSException(kNSRangeException,
-                      detail::formatted("the image data up to offset {} reaches over itself too often",
-                             _stream->offsetInData()),
-                      _stream->offsetInData());
+    throw NSException(
+        kNSRangeException,
+        detail::formatted("the image data up to offset {} reaches over itself too often",
+                          _stream->offsetInData()),
+        _stream->offsetInData());
   }
 }
 

@@ -8,13 +8,16 @@
 #include "../archive/NSUnarchiver.h"
 #include "../files/FileManager.h"
 #include "../files/Path.h"
+#include "../files/detail/OpenFile.h"
 #include "../photos/RecordDatabase.h"
 #include "../stream/FourCharacterCode.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
+#include "../stream/detail/StreamedFile.h"
 #include "../values/Limits.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/Generation.h"
 #include "CodedFields.h"
 #include "detail/KeywordStore.h"
 #include "detail/RecordIndex.h"
@@ -23,11 +26,8 @@ namespace mrziphoto {
 namespace {
 
 constexpr std::string_view kProbe = "iPhotoVersionForFilename:";
-constexpr std::string_view kLibraryDotIPhoto = "Library.iPhoto";
 // The version stands behind the header of an archive or of the first section, well within these.
 constexpr std::size_t kProbedBytes = 4096;
-// The first catalogue version beside which album data lies.
-constexpr std::int32_t kFirstVersionWithAlbumData = 16;
 
 std::int32_t archivedVersion(NSUnarchiver& reader, const std::string& path) {
   try {
@@ -39,8 +39,7 @@ std::int32_t archivedVersion(NSUnarchiver& reader, const std::string& path) {
   }
 }
 
-std::int32_t codedVersion(const Data& bytes, const std::string& path) {
-  TVQiPhotoCodedStreamData stream(bytes);
+std::int32_t codedVersion(TVQiPhotoCodedStreamData& stream, const std::string& path) {
   stream.setShouldSwapMode(TVQStreamData::bigEndian);
   const std::uint32_t code = stream.readCode();
   if (code != kVersionSection) {
@@ -57,14 +56,37 @@ std::int32_t codedVersion(const Data& bytes, const std::string& path) {
   }
 }
 
-std::int32_t versionOf(const Data& bytes, const std::string& path) {
-  const auto reader = NSUnarchiver::initForReadingWithData(bytes);
-  return reader ? archivedVersion(*reader, path) : codedVersion(bytes, path);
+/// The version that stands at the front of the stream, which is found and left anywhere.
+std::int32_t versionOf(TVQiPhotoCodedStreamData& stream, const std::string& path) {
+  stream.seekToDataOffset(0);
+  const auto reader = NSUnarchiver::initForReadingWithData(stream.data());
+  return reader ? archivedVersion(*reader, path) : codedVersion(stream, path);
+}
+
+/// A reader of a catalogue file: of the whole file where it begins with an archive, else of one
+/// part of it at a time. Throws FileException for what cannot be read.
+TVQiPhotoCodedStreamData openCatalogue(const std::string& path) {
+  FileFailure failure;
+  std::unique_ptr<detail::OpenFile> file = detail::OpenFile::atPath(path, &failure);
+  if (!file) {
+    throw FileException(std::move(failure));
+  }
+  const bool isArchive =
+      NSUnarchiver::initForReadingWithData(file->read(0, kProbedBytes)) != nullptr;
+  if (!isArchive && file->mayBeReadWhole()) {
+    return TVQiPhotoCodedStreamData(std::make_shared<StreamedFile>(std::move(file), path));
+  }
+  const std::optional<Data> bytes = file->contents(&failure);
+  if (!bytes) {
+    throw FileException(std::move(failure));
+  }
+  return TVQiPhotoCodedStreamData(*bytes);
 }
 
 }  // namespace
 
 const Class TVQiPhotoLibrary::kClass{"TVQiPhotoLibrary"};
+const std::int32_t TVQiPhotoLibrary::kLastCodedVersion = lastVersionWith(&Generation::isCoded);
 
 TVQiPhotoLibrary::TVQiPhotoLibrary() : _keywords(std::make_unique<KeywordStore>()) {}
 
@@ -82,28 +104,32 @@ Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::init() {
 }
 
 std::int32_t TVQiPhotoLibrary::iPhotoVersionForFilename(const std::string& path) {
-  return versionOf(FileManager::readHead(path, kProbedBytes), path);
+  TVQiPhotoCodedStreamData head(FileManager::readHead(path, kProbedBytes));
+  return versionOf(head, path);
 }
 
 Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::initWithContentsOfFile(const std::string& path,
                                                                Notice* failure) {
   const std::string folder = path::withoutLastComponent(path);
-  const std::string file = FileManager::exists(path) ? path : path::join(folder, kLibraryDotIPhoto);
-  const Data bytes = FileManager::readContents(file);
+  const std::string file =
+      FileManager::exists(path) ? path : path::join(folder, library_file::kCatalogue);
+  TVQiPhotoCodedStreamData stream = openCatalogue(file);
   Ref<TVQiPhotoLibrary> library = Ref<TVQiPhotoLibrary>::adopt(new TVQiPhotoLibrary);
   library->_loadedFrom = file;
   bool isDecoded = false;
   try {
-    library->_version = versionOf(bytes, file);
-    isDecoded = library->decode(bytes);
+    library->_version = versionOf(stream, file);
+    isDecoded = library->decode(stream);
+  } catch (const FileException&) {
+    throw;
   } catch (const NSException& exception) {
     library->noticeDamage(file, exception);
   }
-  if (isDecoded && library->libraryVersion() >= kFirstVersionWithAlbumData) {
+  if (isDecoded && Generation::of(library->libraryVersion()).hasAlbumData) {
     try {
       library->loadFromXML(folder);
     } catch (const NSException& exception) {
-      library->noticeDamage(path::join(folder, kAlbumDataFile), exception);
+      library->noticeDamage(path::join(folder, library_file::kAlbumData), exception);
       isDecoded = false;
     }
   }
@@ -125,7 +151,8 @@ void TVQiPhotoLibrary::noticeDamage(const std::string& file, const NSException& 
 Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::initWithData(const Data& bytes, std::int32_t version) {
   Ref<TVQiPhotoLibrary> library = Ref<TVQiPhotoLibrary>::adopt(new TVQiPhotoLibrary);
   library->_version = version;
-  return library->decode(bytes) ? library : nullptr;
+  TVQiPhotoCodedStreamData stream(bytes);
+  return library->decode(stream) ? library : nullptr;
 }
 
 bool TVQiPhotoLibrary::hasRoomForAlbum() {

@@ -38,10 +38,8 @@ class TVQiPhotoCodedStreamData;
 class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
  public:
   static const Class kClass;
-  /// The file of album data, which lies beside the catalogue file.
-  static constexpr std::string_view kAlbumDataFile = "AlbumData.xml";
   /// Catalogues of later versions leave the photos to album data alone.
-  static constexpr std::int32_t kLastCodedVersion = 150;
+  static const std::int32_t kLastCodedVersion;
 
   ~TVQiPhotoLibrary() override;
 
@@ -143,7 +141,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
 
   /// Takes in the catalogue file's bytes, laid out by `_version`. False, and a log line, for bytes
   /// that cannot be decoded: the catalogue is then of no use.
-  [[nodiscard]] bool decode(const Data& bytes);
+  [[nodiscard]] bool decode(TVQiPhotoCodedStreamData& stream);
   /// Takes in "AlbumData.xml" of a folder. Throws NSException for a file that is no property list.
   void loadFromXML(const std::string& folder);
   /// Logs and keeps that a file cannot be decoded.

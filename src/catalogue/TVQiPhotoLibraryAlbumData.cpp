@@ -8,6 +8,7 @@
 #include "../values/Dictionary.h"
 #include "../values/Log.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/Generation.h"
 #include "TVQiPhotoLibrary.h"
 #include "detail/KeywordStore.h"
 
@@ -27,10 +28,11 @@ void forEachDictionary(const Fact& list, Use&& use) {
 }  // namespace
 
 void TVQiPhotoLibrary::loadFromXML(const std::string& folder) {
-  const AlbumData data = AlbumData::read(path::join(folder, kAlbumDataFile), &_albumDataFailure);
+  const AlbumData data =
+      AlbumData::read(path::join(folder, library_file::kAlbumData), &_albumDataFailure);
   // Beside a catalogue of its own, album data is a copy that need not be there.
-  if (_albumDataFailure &&
-      (_albumDataFailure->cause != FileFailure::Cause::notThere || _version > kLastCodedVersion)) {
+  if (_albumDataFailure && (_albumDataFailure->cause != FileFailure::Cause::notThere ||
+                            !Generation::of(_version).isCoded)) {
     _notices.push_back({_albumDataFailure->sentence(), _albumDataFailure->path, {}});
   }
 
@@ -63,18 +65,18 @@ void TVQiPhotoLibrary::loadFromXML(const std::string& folder) {
       (this->*each.load)(list);
     }
   }
-  noticeLeftOut(path::join(folder, kAlbumDataFile));
+  noticeLeftOut(path::join(folder, library_file::kAlbumData));
 }
 
 /// What album data says may be older or less than what a damaged catalogue has lost.
 void TVQiPhotoLibrary::noticeStandIn(std::string_view what) {
   if (!_notices.empty()) {
     _notices.push_back(
-        {detail::formatted("the {} are those of '{}': none could be read from the damaged "
-                           "catalogue '{}'",
-                           what,
-                           path::join(path::withoutLastComponent(_loadedFrom), kAlbumDataFile),
-                           _loadedFrom),
+        {detail::formatted(
+             "the {} are those of '{}': none could be read from the damaged "
+             "catalogue '{}'",
+             what, path::join(path::withoutLastComponent(_loadedFrom), library_file::kAlbumData),
+             _loadedFrom),
          _loadedFrom,
          {}});
   }

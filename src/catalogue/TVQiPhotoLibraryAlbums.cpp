@@ -68,7 +68,7 @@ void TVQiPhotoLibrary::takeArchivedAlbum(const Ref<Album>& album) {
 void TVQiPhotoLibrary::_readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamData& stream,
                                                      std::uint32_t location, std::uint32_t length,
                                                      Reading& reading) {
-  const Data bytes = stream.data().slice(location, length);
+  const Data bytes = stream.dataCutToRange(location, length);
   const auto reader = NSUnarchiver::initForReadingWithData(bytes);
   if (!reader) {
     throw NSException(

@@ -110,7 +110,7 @@ class RollRecord {
 void TVQiPhotoLibrary::_readRollDataFromStreamRange(const TVQiPhotoCodedStreamData& stream,
                                                     std::uint32_t location, std::uint32_t length,
                                                     Reading& reading) {
-  TVQiPhotoCodedStreamData records(stream.data().slice(location, length));
+  TVQiPhotoCodedStreamData records(stream.dataCutToRange(location, length));
   records.setShouldSwapMode(TVQStreamData::bigEndian);
   // In front stands a number that means nothing to anybody.
   records.seekToDataOffset(4);

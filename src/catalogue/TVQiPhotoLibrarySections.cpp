@@ -4,10 +4,12 @@
 #include <iterator>
 
 #include "../archive/NSUnarchiver.h"
+#include "../files/FileFailure.h"
 #include "../stream/TVQiPhotoCodedStreamData.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/Generation.h"
 #include "CodedFields.h"
 #include "TVQiPhotoLibrary.h"
 #include "detail/KeywordStore.h"
@@ -15,9 +17,6 @@
 
 namespace mrziphoto {
 namespace {
-
-constexpr std::int32_t kFirstVersionRead = 15;
-constexpr std::int32_t kLastArchiveHeadedVersion = 50;
 
 /// True for what stands where a section should and is an image record: like those before it, or
 /// by its first field. Finds the stream behind the size word.
@@ -36,21 +35,24 @@ struct TVQiPhotoLibrary::Section {
   std::int32_t size;
 };
 
-bool TVQiPhotoLibrary::decode(const Data& bytes) {
+bool TVQiPhotoLibrary::decode(TVQiPhotoCodedStreamData& stream) {
   try {
-    if (_version > kLastCodedVersion) {
-      log("New iPhoto library version %d", _version);
-    }
-    if (_version < kFirstVersionRead || _version > kLastCodedVersion) {
+    const Generation& generation = Generation::of(_version);
+    if (!generation.isCoded) {
+      if (generation.isSupported) {
+        log("New iPhoto library version %d", _version);
+      }
       return true;
     }
-    TVQiPhotoCodedStreamData stream(bytes);
     stream.setShouldSwapMode(TVQStreamData::bigEndian);
-    if (_version <= kLastArchiveHeadedVersion) {
+    stream.seekToDataOffset(0);
+    if (generation.hasArchivedHeader) {
       readArchivedHeader(stream);
     }
     decodeSections(stream);
     return true;
+  } catch (const FileException&) {
+    throw;
   } catch (const NSException& exception) {
     noticeDamage(_loadedFrom, exception);
     return false;

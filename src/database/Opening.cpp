@@ -12,6 +12,7 @@
 #include "../files/FileManager.h"
 #include "../files/Path.h"
 #include "../values/NSException.h"
+#include "../values/detail/Generation.h"
 
 namespace mrziphoto {
 namespace {
@@ -19,18 +20,14 @@ namespace {
 using Cause = OpeningFailure::Cause;
 
 // Any of them makes a folder a library.
-constexpr std::array<std::string_view, 2> kCatalogues{"Library.iPhoto", "Library.data"};
+constexpr std::array<std::string_view, 2> kCatalogues{library_file::kCatalogue,
+                                                      library_file::kOldCatalogue};
 // What else lies in libraries and nowhere else.
-constexpr std::array<std::string_view, 3> kCompanions{"Library6.iPhoto", "AlbumData.xml",
-                                                      "Dir.data"};
+constexpr std::array<std::string_view, 3> kCompanions{
+    library_file::kCatalogue6, library_file::kAlbumData, library_file::kDirectories};
 constexpr std::array<std::string_view, 3> kLaterFiles{"database/Photos.sqlite", "Photos.sqlite",
                                                       "database/photos.db"};
 constexpr std::string_view kLaterExtension = "photoslibrary";
-
-// Catalogue versions, as the database tells them apart.
-constexpr std::int32_t kOldestSupported = 15;
-constexpr std::int32_t kFirstWithLibrary6 = 51;
-constexpr std::int32_t kLastWithDirectories = 100;
 
 constexpr std::string_view kAllow = "allow this user to read it";
 constexpr std::string_view kCheckPath = "check the path, and that the disk is connected";
@@ -116,20 +113,22 @@ OpeningFailure withCatalogue(const std::string& folder, const std::string& catal
     return {Cause::damaged, "the catalogue '" + catalogue + "' does not tell its version",
             std::string(kCopyAgain), catalogue};
   }
-  if (version < kOldestSupported) {
+  const Generation& generation = Generation::of(version);
+  if (!generation.isSupported) {
     return {Cause::tooOld,
             "it is a library of iPhoto 1 to 3 (catalogue version " + std::to_string(version) + ')',
             "let iPhoto 4 or a later one convert a copy of it", catalogue};
   }
-  if (version >= kFirstWithLibrary6 &&
-      !FileManager::isFile(path::join(folder, "Library6.iPhoto"))) {
-    return lacking(folder, "Library6.iPhoto");
+  if (generation.hasCatalogue6 &&
+      !FileManager::isFile(path::join(folder, library_file::kCatalogue6))) {
+    return lacking(folder, library_file::kCatalogue6);
   }
-  if (version <= kLastWithDirectories && !FileManager::isFile(path::join(folder, "Dir.data"))) {
-    return lacking(folder, "Dir.data");
+  if (generation.hasDirectories &&
+      !FileManager::isFile(path::join(folder, library_file::kDirectories))) {
+    return lacking(folder, library_file::kDirectories);
   }
-  if (!FileManager::isFolder(path::join(folder, "Albums"))) {
-    return lacking(folder, "Albums");
+  if (!FileManager::isFolder(path::join(folder, library_file::kAlbums))) {
+    return lacking(folder, library_file::kAlbums);
   }
   return {Cause::damaged, exception.reason(), std::string(kCopyAgain), catalogue};
 }

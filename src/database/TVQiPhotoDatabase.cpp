@@ -15,33 +15,12 @@
 #include "../values/Log.h"
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/Generation.h"
 
 namespace mrziphoto {
 namespace {
 
 const std::string kDumpDefault = "DumpiPhotoDatabase";
-
-// Catalogue versions at which the library's files change.
-constexpr std::int32_t kOldestSupported = 15;
-constexpr std::int32_t kFirstWithLibrary6 = 51;
-constexpr std::int32_t kLastWithDirectories = 100;
-
-/// A data version and the lowest catalogue version that has it.
-struct DataVersion {
-  std::int32_t lowest;
-  std::string_view text;
-};
-
-// The generations below these are told apart by the files in the folder.
-constexpr std::array kDataVersions{
-    DataVersion{150, "80"},
-    DataVersion{101, "70"},
-    DataVersion{51, "60"},
-    DataVersion{25, "50"},
-};
-constexpr std::int32_t kLowestWithThumbnailFiles = 13;
-// The first data version whose albums stand in the catalogue and not in files of their own.
-constexpr std::int32_t kFirstWithoutAlbumFiles = 50;
 
 /// True for the folder itself, too, and whatever links either is reached by.
 bool isInFolder(const std::string& place, const std::string& folder) {
@@ -124,22 +103,28 @@ std::string TVQiPhotoDatabase::inLibrary(std::string_view name) const {
 }
 
 std::string TVQiPhotoDatabase::libraryDataFilename() const {
-  std::string file = inLibrary("Library.iPhoto");
-  return FileManager::exists(file) ? file : inLibrary("Library.data");
+  std::string file = inLibrary(library_file::kCatalogue);
+  return FileManager::exists(file) ? file : inLibrary(library_file::kOldCatalogue);
 }
 
-std::string TVQiPhotoDatabase::library6DataFilename() const { return inLibrary("Library6.iPhoto"); }
+std::string TVQiPhotoDatabase::library6DataFilename() const {
+  return inLibrary(library_file::kCatalogue6);
+}
 
 std::string TVQiPhotoDatabase::currentLibraryDataFilename() const {
-  return iPhotoLibraryVersion() >= kFirstWithLibrary6 ? library6DataFilename()
-                                                      : libraryDataFilename();
+  return Generation::of(iPhotoLibraryVersion()).hasCatalogue6 ? library6DataFilename()
+                                                              : libraryDataFilename();
 }
 
-std::string TVQiPhotoDatabase::directoriesDataFilename() const { return inLibrary("Dir.data"); }
+std::string TVQiPhotoDatabase::directoriesDataFilename() const {
+  return inLibrary(library_file::kDirectories);
+}
 
-std::string TVQiPhotoDatabase::albumDataDirectory() const { return inLibrary("Albums"); }
+std::string TVQiPhotoDatabase::albumDataDirectory() const {
+  return inLibrary(library_file::kAlbums);
+}
 
-std::string TVQiPhotoDatabase::albumDataFile() const { return inLibrary("AlbumData.xml"); }
+std::string TVQiPhotoDatabase::albumDataFile() const { return inLibrary(library_file::kAlbumData); }
 
 std::optional<Date> TVQiPhotoDatabase::_timestampForFilename(const std::string& path) {
   return FileManager::modificationDate(path);
@@ -152,16 +137,17 @@ void TVQiPhotoDatabase::_loadWithContentsOfRootDirectory() {
   const std::int32_t version =
       FileManager::isFile(file) ? TVQiPhotoLibrary::iPhotoVersionForFilename(file) : 0;
   _foundVersion = version;
-  if (version < kOldestSupported) {
+  const Generation& generation = Generation::of(version);
+  if (!generation.isSupported) {
     NSException::raise(
         kNSInvalidArgumentException,
         detail::formatted("iPhoto Library not supported before iPhoto 4 for '{}'", file));
   }
-  if (version >= kFirstWithLibrary6) {
+  if (generation.hasCatalogue6) {
     file = library6DataFilename();
   }
   loadCatalogue(file);
-  if (version <= kLastWithDirectories) {
+  if (generation.hasDirectories) {
     loadDirectories();
   } else {
     _directories = TVQiPhotoDirectories::init();
@@ -192,12 +178,11 @@ void TVQiPhotoDatabase::loadCatalogue(const std::string& path) {
   if (!_library) {
     _photosFailure = OpeningFailure::ofDamage(damage.sentence, damage.file);
     _notices.push_back(std::move(damage));
-  } else if (_library->libraryVersion() < kOldestSupported) {
+  } else if (!Generation::of(_library->libraryVersion()).isSupported) {
     // "Library.iPhoto" told a version; of a catalogue that tells none nothing is decoded.
     _photosFailure =
         OpeningFailure::ofDamage("the catalogue '" + path + "' does not tell its version", path);
-  } else if (_library->albumDataFailure() &&
-             _library->libraryVersion() > TVQiPhotoLibrary::kLastCodedVersion) {
+  } else if (_library->albumDataFailure() && !Generation::of(_library->libraryVersion()).isCoded) {
     _photosFailure = OpeningFailure::ofFileFailure(*_library->albumDataFailure());
   }
 }
@@ -228,7 +213,7 @@ void TVQiPhotoDatabase::loadDirectories() {
 }
 
 void TVQiPhotoDatabase::_loadAlbumData() {
-  if (Value(iPhotoDataVersion()).intValue() < kFirstWithoutAlbumFiles) {
+  if (Generation::ofDataVersion(iPhotoDataVersion()).hasAlbumFiles) {
     _loadV4AlbumData();
   }
 }
@@ -250,19 +235,11 @@ std::int32_t TVQiPhotoDatabase::iPhotoLibraryVersion() const {
 }
 
 std::string TVQiPhotoDatabase::iPhotoDataVersion() const {
-  if (_iPhotoDataVersion) {
-    return *_iPhotoDataVersion;
-  }
-  const std::int32_t version = iPhotoLibraryVersion();
-  const auto* const row = std::ranges::find_if(
-      kDataVersions, [version](const DataVersion& each) { return version >= each.lowest; });
-  if (row != kDataVersions.end()) {
-    _iPhotoDataVersion = row->text;
-  } else if (version >= kLowestWithThumbnailFiles) {
-    _iPhotoDataVersion = FileManager::exists(inLibrary("Thumb32.data")) ? "40" : "20";
-  } else {
-    const bool rotates = FileManager::exists(path::join(albumDataDirectory(), "Pending Rotation"));
-    _iPhotoDataVersion = rotates ? "11" : "10";
+  if (!_iPhotoDataVersion) {
+    const Generation& generation = Generation::of(iPhotoLibraryVersion());
+    const bool isOther =
+        !generation.telltale.empty() && !FileManager::exists(inLibrary(generation.telltale));
+    _iPhotoDataVersion = isOther ? generation.otherDataVersion : generation.dataVersion;
   }
   return *_iPhotoDataVersion;
 }

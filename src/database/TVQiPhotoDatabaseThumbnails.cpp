@@ -7,15 +7,11 @@
 #include "../files/detail/OpenFile.h"
 #include "../values/Log.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/Generation.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {
 namespace {
-
-constexpr std::string_view kOlderCacheFile = "Thumb64.data";
-constexpr std::string_view kCacheFile = "Thumb64Segment.data";
-// The first catalogue version with a file of the newer name.
-constexpr std::int32_t kFirstWithSegmentFile = 51;
 
 constexpr std::uint32_t kSide = 64;
 constexpr std::uint32_t kBytesPerPixel = 4;
@@ -35,7 +31,9 @@ void copyPixels(std::string_view from, std::span<std::uint8_t> to) {
 }  // namespace
 
 std::string TVQiPhotoDatabase::thumbnailCacheFilename() const {
-  return inLibrary(iPhotoLibraryVersion() < kFirstWithSegmentFile ? kOlderCacheFile : kCacheFile);
+  return inLibrary(Generation::of(iPhotoLibraryVersion()).hasCatalogue6
+                       ? library_file::kThumbnails
+                       : library_file::kOldThumbnails);
 }
 
 Ref<iPhotoSegmentCache> TVQiPhotoDatabase::thumbnailSegmentCache() const {

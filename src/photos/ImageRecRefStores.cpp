@@ -7,6 +7,7 @@
 #include "../values/Log.h"
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/Generation.h"
 #include "ImageRecRef.h"
 #include "PhotoFolder.h"
 #include "RecordDatabase.h"
@@ -14,9 +15,6 @@
 
 namespace mrziphoto {
 namespace {
-
-// From this catalogue version on no attributes files are written.
-constexpr std::int32_t kFirstVersionWithoutAttributesFiles = 150;
 
 void logException(const NSException& exception) {
   log("%@ - %@ = %@", exception.name(), exception.reason(), exception.userInfo());
@@ -122,7 +120,7 @@ Ref<AttributeMgr> ImageRecRef::loadImageAttributes() const {
   const Ref<AttributeMgr> handedIn = _beside ? _beside->_dbAttributes : Ref<AttributeMgr>();
   // Without a database the version counts as 0, as every unanswered number does.
   const std::int32_t version = _database != nullptr ? _database->iPhotoLibraryVersion() : 0;
-  if (version < kFirstVersionWithoutAttributesFiles) {
+  if (Generation::of(version).hasAttributesFiles) {
     const Ref<PhotoFolder> found = folder();
     const std::string name = path::withExtension(keyStringValue(), "attr");
     // Without a folder there is no file, not even one that lies where the process runs.

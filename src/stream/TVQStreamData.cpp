@@ -4,16 +4,21 @@
 #include <bit>
 #include <cstring>
 #include <limits>
+#include <span>
 
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
+#include "detail/StreamedFile.h"
 
 namespace mrziphoto {
 
 TVQStreamData::TVQStreamData(Data data)
     : _data(std::move(data)),
-      _length(static_cast<std::uint32_t>(
-          std::min<std::size_t>(_data.size(), std::numeric_limits<std::uint32_t>::max()))) {}
+      _window(_data.bytes().substr(0, std::numeric_limits<std::uint32_t>::max())),
+      _length(static_cast<std::uint32_t>(_window.size())) {}
+
+TVQStreamData::TVQStreamData(std::shared_ptr<StreamedFile> file)
+    : _file(std::move(file)), _length(_file->size()) {}
 
 void TVQStreamData::seekByDataOffset(std::int32_t delta) {
   const std::int64_t target = static_cast<std::int64_t>(_offset) + delta;
@@ -28,12 +33,30 @@ void TVQStreamData::setShouldSwapMode(std::int32_t mode) {
                   (mode == littleEndian && kHostIsBigEndian);
 }
 
-void TVQStreamData::failBeyondEnd(std::uint32_t count) const {
+void TVQStreamData::failBeyondEnd(std::uint32_t location, std::uint32_t count) const {
   throw NSException(
       kNSRangeException,
       detail::formatted("the data ends inside a value: {} bytes wanted at offset {} of {}", count,
-                        _offset, length()),
-      _offset);
+                        location, length()),
+      location);
+}
+
+std::string_view TVQStreamData::takeOutsideWindow(std::uint32_t count) {
+  if (count == 0) {
+    return {};  // maybe from behind the end
+  }
+  if (count > StreamedFile::kWindow / 2) {
+    const std::string_view bytes = bytesOutsideWindow(_offset, count);
+    _offset += count;
+    return bytes;
+  }
+  _window = _file->moveTo(_offset, _windowStart);
+  return take(count);
+}
+
+std::string_view TVQStreamData::bytesOutsideWindow(std::uint32_t location,
+                                                   std::uint32_t count) const {
+  return _file->lookAt(location, count);
 }
 
 void TVQStreamData::readBytesCount(void* destination, std::uint32_t count) {
@@ -43,12 +66,28 @@ void TVQStreamData::readBytesCount(void* destination, std::uint32_t count) {
   }
 }
 
-Data TVQStreamData::dataInRange(std::uint32_t location, std::uint32_t count) const {
-  TVQStreamData range(_data);
-  range.seekToDataOffset(location);
-  return range.readDataWithLength(count);
+Data TVQStreamData::piece(std::uint32_t location, std::uint32_t count) const {
+  if (!_file) {
+    return {_data.owner(), _data.bytes().substr(location, count)};
+  }
+  return Data::filled(count, [&](char* start) { _file->read(location, std::span(start, count)); });
 }
 
-Data TVQStreamData::readDataWithLength(std::uint32_t count) { return {_data.owner(), take(count)}; }
+Data TVQStreamData::dataInRange(std::uint32_t location, std::uint32_t count) const {
+  if (count > (location < length() ? length() - location : 0)) {
+    failBeyondEnd(location, count);
+  }
+  return count != 0 ? piece(location, count) : Data();
+}
+
+Data TVQStreamData::dataCutToRange(std::uint32_t location, std::uint32_t count) const {
+  return location < length() ? piece(location, std::min(count, length() - location)) : Data();
+}
+
+Data TVQStreamData::readDataWithLength(std::uint32_t count) {
+  Data bytes = dataInRange(_offset, count);
+  _offset += count;
+  return bytes;
+}
 
 }  // namespace mrziphoto

@@ -3,16 +3,19 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string_view>
-#include <utility>
 
 #include "../values/Data.h"
 #include "../values/Export.h"
 
 namespace mrziphoto {
 
+class StreamedFile;
+
 /// A seekable reader over one unchangeable byte buffer: turns the bytes of a catalogue into numbers
-/// and checks every bound.
+/// and checks every bound. Over a file that is not to lie in memory as a whole, what is said of the
+/// buffer holds of the file, and slices are copies.
 ///
 /// A read that needs more bytes than are left throws NSException "NSRangeException" with
 /// the offset, and leaves the position where it was.
@@ -24,8 +27,11 @@ class MRZIPHOTO_EXPORT TVQStreamData {
   /// A reader at offset 0 that keeps the buffer alive. Its swap mode is `host`.
   static TVQStreamData initWithData(Data data) { return TVQStreamData(std::move(data)); }
   explicit TVQStreamData(Data data);
+  /// A reader of that file. It throws FileException when the file cannot be read any more, and may
+  /// not be copied.
+  explicit TVQStreamData(std::shared_ptr<StreamedFile> file);
 
-  /// The whole buffer.
+  /// The whole buffer; no bytes for a reader of a file.
   [[nodiscard]] const Data& data() const { return _data; }
   /// The number of bytes in the buffer; the reader sees no more than 2^32 - 1 of them.
   [[nodiscard]] std::uint32_t length() const { return _length; }
@@ -58,12 +64,12 @@ class MRZIPHOTO_EXPORT TVQStreamData {
   /// The bytes of a range as a slice of the buffer, wherever the position is; it stays. Throws as a
   /// read there would.
   [[nodiscard]] Data dataInRange(std::uint32_t location, std::uint32_t count) const;
-  /// The same bytes without a claim on the buffer, for as long as nothing else is read.
-  [[nodiscard]] std::string_view bytesInRange(std::uint32_t location, std::uint32_t count) {
-    const std::uint32_t position = std::exchange(_offset, location);
-    const std::string_view bytes = take(count);
-    _offset = position;
-    return bytes;
+  /// The same, cut to what is there.
+  [[nodiscard]] Data dataCutToRange(std::uint32_t location, std::uint32_t count) const;
+  /// The bytes of a range that was found to be there, for as long as nothing else is read.
+  [[nodiscard]] std::string_view bytesInRange(std::uint32_t location, std::uint32_t count) const {
+    return isInWindow(location, count) ? _window.substr(location - _windowStart, count)
+                                       : bytesOutsideWindow(location, count);
   }
 
   void setShouldSwapMode(std::int32_t mode);
@@ -73,14 +79,26 @@ class MRZIPHOTO_EXPORT TVQStreamData {
   /// The next `count` bytes, which it passes. Every read goes through here.
   [[nodiscard]] std::string_view take(std::uint32_t count) {
     if (count > remaining()) {
-      failBeyondEnd(count);
+      failBeyondEnd(_offset, count);
     }
-    const std::string_view bytes(_data.bytes().data() + _offset, count);
+    if (!isInWindow(_offset, count)) {
+      return takeOutsideWindow(count);
+    }
+    const std::string_view bytes(_window.data() + (_offset - _windowStart), count);
     _offset += count;
     return bytes;
   }
 
  private:
+  /// Of a range in the buffer.
+  [[nodiscard]] bool isInWindow(std::uint32_t location, std::uint32_t count) const {
+    return count <= _window.size() && location - _windowStart <= _window.size() - count;
+  }
+  [[nodiscard]] std::string_view takeOutsideWindow(std::uint32_t count);
+  [[nodiscard]] std::string_view bytesOutsideWindow(std::uint32_t location,
+                                                    std::uint32_t count) const;
+  [[nodiscard]] Data piece(std::uint32_t location, std::uint32_t count) const;
+
   // In the header to be inlined: large catalogues are read number by number.
   template <class Unsigned>
   [[nodiscard]] Unsigned readUnsigned() {
@@ -91,9 +109,13 @@ class MRZIPHOTO_EXPORT TVQStreamData {
   static std::uint16_t swapped(std::uint16_t value) { return __builtin_bswap16(value); }
   static std::uint32_t swapped(std::uint32_t value) { return __builtin_bswap32(value); }
   static std::uint64_t swapped(std::uint64_t value) { return __builtin_bswap64(value); }
-  [[noreturn]] void failBeyondEnd(std::uint32_t count) const;
+  [[noreturn]] void failBeyondEnd(std::uint32_t location, std::uint32_t count) const;
 
   Data _data;
+  std::shared_ptr<StreamedFile> _file;
+  // What of the buffer lies in memory: of a file a part.
+  std::string_view _window;
+  std::uint32_t _windowStart = 0;
   std::uint32_t _length;
   std::uint32_t _offset = 0;
   std::int32_t _shouldSwapMode = host;

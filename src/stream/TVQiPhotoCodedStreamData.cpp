@@ -16,9 +16,10 @@ std::int32_t TVQiPhotoCodedStreamData::peekInt() {
   return value;
 }
 
-void TVQiPhotoCodedStreamData::expectSize(std::int32_t expected, std::string_view operation) {
-  if (readInt() != expected) {
-    raiseUnexpectedCodeSizeExceptionDuring(operation);
+void TVQiPhotoCodedStreamData::expectSizeOf(CodedRead read) {
+  const CodedReadKind& kind = codedReadKind(read);
+  if (static_cast<std::uint32_t>(readInt()) != kind.requiredSize) {
+    raiseUnexpectedCodeSizeExceptionDuring(kind.operation);
   }
 }
 
@@ -31,32 +32,32 @@ void TVQiPhotoCodedStreamData::raiseUnexpectedCodeSizeExceptionDuring(std::strin
 }
 
 std::int16_t TVQiPhotoCodedStreamData::readCodedShort() {
-  expectSize(2, "readCodedShort");
+  expectSizeOf(CodedRead::shortNumber);
   return readShort();
 }
 
 std::int32_t TVQiPhotoCodedStreamData::readCodedInt() {
-  expectSize(4, "readCodedInt");
+  expectSizeOf(CodedRead::intNumber);
   return readInt();
 }
 
 std::int64_t TVQiPhotoCodedStreamData::readCodedLongLong() {
-  expectSize(8, "readCodedLongLong");
+  expectSizeOf(CodedRead::longLong);
   return readLongLong();
 }
 
 float TVQiPhotoCodedStreamData::readCodedFloat() {
-  expectSize(4, "readCodedFloat");
+  expectSizeOf(CodedRead::floatNumber);
   return readFloat();
 }
 
 double TVQiPhotoCodedStreamData::readCodedDouble() {
-  expectSize(8, "readCodedDouble");
+  expectSizeOf(CodedRead::doubleNumber);
   return readDouble();
 }
 
 NSSize TVQiPhotoCodedStreamData::readCodedNSSize() {
-  expectSize(8, "readCodedNSSize");
+  expectSizeOf(CodedRead::size);
   NSSize size;
   size.width = readFloat();
   size.height = readFloat();

@@ -9,6 +9,7 @@
 #include "../values/Export.h"
 #include "../values/String.h"
 #include "../values/Value.h"
+#include "CodedRead.h"
 #include "TVQStreamData.h"
 
 namespace mrziphoto {
@@ -66,7 +67,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoCodedStreamData : public TVQStreamData {
   [[nodiscard]] std::string description() const;
 
  private:
-  void expectSize(std::int32_t expected, std::string_view operation);
+  void expectSizeOf(CodedRead read);
   [[nodiscard]] std::uint32_t readItemSize();
 };
 

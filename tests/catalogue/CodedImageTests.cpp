@@ -261,6 +261,28 @@ TEST(CodedImageRecords, StandBehindEveryMarkerAsManyAsCountedLast) {
   EXPECT_EQ(library->photos().size(), 6U);
 }
 
+TEST(CodedImageRecords, LieInFilesOfAnySize) {
+  std::vector<CodedBuilder> records;
+  for (std::int32_t key = 1; key <= 400; ++key) {
+    const std::string block(static_cast<std::size_t>(key % 100 == 0 ? 300'000 : key * 7), 'x');
+    records.push_back(fullRecord(key, 5).item("idUD", block).item("idXF", block));
+  }
+  const CodedLibrary library(60, CodedBuilder()
+                                     .images(records)
+                                     .item("dbXX", std::string(300'000, 'x'))
+                                     .images({fullRecord(401, 5)}));
+  ASSERT_TRUE(library);
+  ASSERT_EQ(library->photos().size(), 401U);
+  for (std::int32_t key = 1; key <= 400; ++key) {
+    const Ref<ImageRecRef> photo = library->photos()[static_cast<std::size_t>(key - 1)];
+    EXPECT_EQ(photo->plainKeyNumber(), key);
+    EXPECT_EQ(photo->caption(), "Köln \U0001F600");
+    EXPECT_EQ(photo->imageAttributes()->imageUserData().data()->size(),
+              key % 100 == 0 ? 300'000U : static_cast<std::size_t>(key * 7));
+    EXPECT_EQ(photo->imagePath(), library.path("2004/7.jpg"));
+  }
+}
+
 TEST(CodedImageRecords, HaveTheKeywordsOfTheStoreBeforeThem) {
   const CodedBuilder record =
       codedPhoto(1).item("idNK", 1).item("idKS", std::vector<std::int32_t>{1});

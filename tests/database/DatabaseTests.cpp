@@ -237,7 +237,8 @@ long pagesOfOtherThreads() {
 
 TEST(TVQiPhotoDatabase, StartsNoThreadUnlessItMay) {
   const LibraryFolder library;
-  writeLargeLibrary(library, 60, std::size_t{17} << 20);
+  // Coded catalogues are read through a window; those behind an archive lie in memory.
+  writeLargeLibrary(library, 50, std::size_t{17} << 20);
   for (const bool mayStart : {false, true}) {
     OpeningOptions options;
     if (mayStart) {
