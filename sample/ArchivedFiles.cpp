@@ -1,6 +1,5 @@
 #include "sample/ArchivedFiles.h"
 
-#include <algorithm>
 #include <string_view>
 
 #include <MRZiPhoto/albums/Album.h>

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>

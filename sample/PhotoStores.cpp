@@ -1,7 +1,6 @@
 #include "sample/PhotoStores.h"
 
 #include <filesystem>
-#include <string_view>
 #include <system_error>
 
 #include <MRZiPhoto/files/Path.h>

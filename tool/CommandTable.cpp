@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <fmt/format.h>
-#include <string>
 
 #include "commands/Commands.h"
 #include "output/Failure.h"

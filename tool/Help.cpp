@@ -29,7 +29,7 @@ constexpr std::string_view kExitStatus =
     "     be written\n"
     "  2  the command line is wrong\n";
 
-/// A name and what it stands for.
+/// A name and its meaning.
 using Row = std::pair<std::string, std::string_view>;
 
 std::string paragraph(std::string_view text) {
@@ -68,7 +68,7 @@ Row rowOf(const Option& option) {
   return {name, option.help};
 }
 
-/// The options that pass, below a heading; nothing when there are none.
+/// The options that pass, below a heading; empty when there are none.
 template <class Test>
 std::string optionSection(std::string_view heading, Test&& passes) {
   std::vector<Row> rows;

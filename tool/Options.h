@@ -25,7 +25,7 @@ enum OptionGroup : unsigned {
 
 struct Option;
 
-/// An option as it stands on the command line.
+/// An option as the command line gives it.
 struct GivenOption {
   const Option& option;
   std::string value;  // empty for a switch
@@ -60,9 +60,9 @@ class OptionReader {
     std::string word;
     std::optional<GivenOption> option;
   };
-  /// Nothing at the end. Throws `Failure` for what is no option, and for an option without its
-  /// value; `command`, where it is known, and the groups of options that it takes, are what the
-  /// failure hints at.
+  /// The next item; nothing at the end. Throws `Failure` for what is no option, and for an option
+  /// without its value; `command`, where it is known, and the groups of options that it takes, are
+  /// what the failure hints at.
   std::optional<Item> next(std::string_view command, unsigned groups);
 
  private:

@@ -69,7 +69,7 @@ int main(int argc, char** argv) {
   Session session;
   const auto status = static_cast<int>(run(argc, argv, session));
 #if MRZIPHOTO_LEAVES_AT_ONCE
-  // Taking a million records apart would cost time and bring nothing.
+  // Freeing a million records would only cost time.
   std::_Exit(status);
 #endif
   return status;

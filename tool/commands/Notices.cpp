@@ -1,6 +1,5 @@
 #include "Notices.h"
 
-#include <string>
 #include <vector>
 
 #include "../output/Messages.h"

@@ -1,7 +1,6 @@
 #include "PhotoCheck.h"
 
 #include <algorithm>
-#include <functional>
 #include <numeric>
 #include <utility>
 

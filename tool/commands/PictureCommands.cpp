@@ -1,6 +1,5 @@
 // The commands that write pictures.
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <fmt/format.h>

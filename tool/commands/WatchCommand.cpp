@@ -4,7 +4,6 @@
 #include <array>
 #include <chrono>
 #include <csignal>
-#include <cstddef>
 #include <cstdint>
 #include <fmt/format.h>
 #include <poll.h>

@@ -6,12 +6,12 @@
 
 namespace mrziphoto::tool {
 
-/// Writes indented lines for people to read, each group with its type and its values. Objects,
-/// classes and C strings bear the numbers that references name, classes their superclasses and
-/// versions where they stand first. Bytes are shortened.
+/// Writes an archive as indented lines for people to read, each group with its type and its values.
+/// Objects, classes and C strings bear the numbers that references name, classes their superclasses
+/// and versions where they stand first. Bytes are shortened.
 void writeArchiveLines(Output& output, const ArchiveDocument& document);
 
-/// Writes the same as one line of JSON, nothing shortened:
+/// Writes an archive as one line of JSON, with all bytes:
 ///
 ///     {"byteOrder", "streamerVersion", "systemVersion", "length",
 ///      "classes": [{"number", "name", "version", "superclass": number or null}],

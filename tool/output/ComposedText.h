@@ -9,8 +9,8 @@ namespace mrziphoto::tool {
 /// is no valid UTF-8 stays as it is.
 [[nodiscard]] std::string composedText(std::string_view text);
 
-/// The text that all names of files share which a Mac file system takes for the same: those that
-/// differ in case and Unicode form only. What is no valid UTF-8 stays as it is.
+/// A text that is equal for names of files which are equal on a Mac file system: those that differ
+/// in case and Unicode form only. What is no valid UTF-8 stays as it is.
 [[nodiscard]] std::string foldedFileName(std::string_view name);
 
 }  // namespace mrziphoto::tool

@@ -4,12 +4,12 @@
 
 namespace mrziphoto::tool {
 
-// What is half written must not stay behind when a signal ends the program.
+// Removes half-written files when a signal ends the program.
 
 /// While it lives, a signal that ends the program removes a file first. There is one at a time.
 class RemovedWhenEnded {
  public:
-  /// Nothing is done for a path longer than the system takes.
+  /// Ignores a path that is longer than the system allows.
   explicit RemovedWhenEnded(const char* path);
   RemovedWhenEnded(const RemovedWhenEnded&) = delete;
   RemovedWhenEnded& operator=(const RemovedWhenEnded&) = delete;

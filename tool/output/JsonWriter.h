@@ -36,7 +36,7 @@ class JsonWriter final : public RecordWriter {
 
   Output& _output;
   JsonText _json;
-  // What stands before the value of each field.
+  // The text before the value of each field.
   std::vector<std::string> _labels;
   Layout _layout;
   std::size_t _nextField = 0;

@@ -18,8 +18,8 @@ class Messages {
   static void setLoudness(Loudness loudness);
   [[nodiscard]] static Loudness loudness();
 
-  /// Why the command ends without its answer: the last line. What was left out is counted before
-  /// it.
+  /// The last line, which says why the command ends without its answer. Left-out lines are counted
+  /// before it.
   static void fail(std::string_view sentence);
   /// Something could not be answered, and the command goes on: one of possibly many lines of that
   /// kind. `kind` says in a few words what they have in common, and lives for ever.

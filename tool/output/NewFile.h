@@ -18,12 +18,12 @@ namespace mrziphoto::tool {
 /// followed, dangling ones included. A place that is no file of a folder, such as a
 /// named pipe or "/dev/stdout", whatever that leads to, is written to as it is.
 ///
-/// A file that takes another's place takes over what that allows to whom. There is one at a time: a
+/// The new file takes over the permissions of the one that it replaces. There is one at a time; a
 /// signal that ends the program removes it.
 class NewFile {
  public:
-  /// Throws `Failure` when nothing can be written there, and for a place that the library has,
-  /// which stays as it is.
+  /// Throws `Failure` for a place that cannot be written to, and for one that belongs to the
+  /// library.
   NewFile(const std::string& path, const LibraryPlaces& library);
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;

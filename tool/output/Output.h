@@ -6,13 +6,13 @@
 
 namespace mrziphoto::tool {
 
-/// Thrown when nobody reads standard output any more: the command then ends quietly.
+/// Thrown when the reader of standard output has gone; the command then ends quietly.
 class ClosedPipe {};
 
 /// When the answer is coloured.
 enum class Color { automatic, always, never };
 
-/// What is known of the terminal at a standard stream.
+/// The terminal at a standard stream, if there is one.
 struct Terminal {
   static constexpr std::size_t kUsualWidth = 80;
 
@@ -37,7 +37,7 @@ class Output {
   /// The text as a heading, which is bold where the answer is coloured.
   [[nodiscard]] std::string heading(const std::string& text) const;
 
-  /// What is not written yet; to be appended to.
+  /// The text that is not written yet, to be appended to.
   [[nodiscard]] std::string& text() { return _text; }
   /// Writes the text out when a large piece has come together.
   void flushIfLarge() {

@@ -27,7 +27,7 @@ class Progress {
   /// To be called often; `total` is 0 where it is not known.
   void show(std::size_t done, std::size_t total = 0);
 
-  /// Takes the line away until it is shown next, for whoever is about to write to the terminal.
+  /// Removes the line until it is shown next. To be called before writing to the terminal.
   static void makeRoom();
   /// A line of its own.
   static void note(const std::string& line);

@@ -17,10 +17,10 @@ namespace mrziphoto::tool {
 [[nodiscard]] bool steersTerminal(std::uint32_t character);
 
 /// The bytes as a terminal may show them: well-formed UTF-8 in one line. A blank stands for each
-/// control character and each separator of lines; marks of direction and tags, which nobody sees,
-/// are left out.
+/// control character and each separator of lines; invisible marks of direction and tags are left
+/// out.
 [[nodiscard]] std::string terminalText(std::string_view bytes);
-/// The same for a text of several lines, which it keeps.
+/// `terminalText` for a text of several lines, which it keeps.
 [[nodiscard]] std::string terminalLines(std::string_view bytes);
 
 /// How many columns of a terminal the text takes: none for a combining mark, two for the wide

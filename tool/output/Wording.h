@@ -13,7 +13,7 @@ namespace mrziphoto::tool {
 }
 
 /// The word that was most likely meant: one that differs in case only, begins with what was
-/// written, or is a slip or two of the fingers away; nothing when none is that near.
+/// written, or is a slip or two of the fingers away; nothing when none is near.
 [[nodiscard]] std::optional<std::string_view> nearestWord(std::string_view written,
                                                           std::span<const std::string_view> words);
 

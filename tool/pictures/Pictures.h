@@ -10,8 +10,8 @@ namespace mrziphoto::tool {
 void expectPictures();
 
 /// The photo's thumbnail, from its own file or else from the thumbnail cache, drawn as large as it
-/// gets in a square of `side` pixels. Nothing for a photo without any thumbnail. Nothing of it is
-/// kept, so that all photos of a large library may be asked.
+/// gets in a square of `side` pixels. Empty for a photo without a thumbnail. It is not
+/// cached, so that all photos of a large library may be asked.
 [[nodiscard]] Ref<NSBitmapImageRep> thumbnailInSquare(const TVQiPhotoDatabase& database,
                                                       const ImageRecRef& photo, std::uint32_t side);
 

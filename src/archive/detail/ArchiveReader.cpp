@@ -1,7 +1,6 @@
 #include "ArchiveReader.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "../../values/Limits.h"
 #include "../../values/detail/Formatted.h"
