@@ -1,8 +1,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <MRZiPhoto/albums/ArchiveAlbum.h>
-#include <MRZiPhoto/albums/FolderAlbum.h>
+#include <MRZiPhoto/albums/AlbumKinds.h>
 
 #include "CatalogueInput.h"
 

@@ -1,8 +1,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <MRZiPhoto/exif/CameraRecords.h>
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
+#include <MRZiPhoto/exif/detail/CameraRecords.h>
 #include <MRZiPhoto/values/Log.h>
 #include <MRZiPhoto/values/NSException.h>
 

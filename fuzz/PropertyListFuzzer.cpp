@@ -3,7 +3,6 @@
 #include <cstdlib>
 
 #include <MRZiPhoto/propertylist/PropertyList.h>
-#include <MRZiPhoto/propertylist/PropertyListWriter.h>
 #include <MRZiPhoto/values/NSException.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -7,11 +7,9 @@
 #include <string_view>
 
 #include <MRZiPhoto/albums/Album.h>
-#include <MRZiPhoto/albums/ArchiveAlbum.h>
-#include <MRZiPhoto/albums/FilterAlbum.h>
-#include <MRZiPhoto/albums/RollAlbum.h>
+#include <MRZiPhoto/albums/AlbumKinds.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 #include "sample/Generations.h"
 #include "sample/PropertyListFile.h"

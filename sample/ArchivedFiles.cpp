@@ -3,20 +3,12 @@
 #include <string_view>
 
 #include <MRZiPhoto/albums/Album.h>
-#include <MRZiPhoto/albums/ArchiveAlbum.h>
-#include <MRZiPhoto/albums/Book.h>
-#include <MRZiPhoto/albums/BookAlbum.h>
-#include <MRZiPhoto/albums/Filter.h>
-#include <MRZiPhoto/albums/FilterAlbum.h>
-#include <MRZiPhoto/albums/KeyMgr.h>
+#include <MRZiPhoto/albums/AlbumKinds.h>
 #include <MRZiPhoto/albums/Keyword.h>
-#include <MRZiPhoto/albums/KeywordMgr.h>
-#include <MRZiPhoto/albums/Page.h>
-#include <MRZiPhoto/albums/RollAlbum.h>
 #include <MRZiPhoto/archive/NSArchiver.h>
-#include <MRZiPhoto/directories/DirectoryRec.h>
-#include <MRZiPhoto/photos/AttributeMgr.h>
-#include <MRZiPhoto/photos/ImageRefKey.h>
+#include <MRZiPhoto/directories/TVQiPhotoDirectories.h>
+#include <MRZiPhoto/photos/ImageRec.h>
+#include <MRZiPhoto/photos/Key.h>
 #include <MRZiPhoto/values/Array.h>
 #include <MRZiPhoto/values/Dictionary.h>
 

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include <MRZiPhoto/exif/CameraRecords.h>
+#include <MRZiPhoto/exif/detail/CameraRecords.h>
 
 #include "sample/Bytes.h"
 #include "sample/ExifBlockWriter.h"

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include <MRZiPhoto/values/Array.h>
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 #include "sample/ArchivedFiles.h"
 #include "sample/Bytes.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include <MRZiPhoto/catalogue/CodedFields.h>
+#include <MRZiPhoto/catalogue/detail/CodedFields.h>
 #include <MRZiPhoto/values/Value.h>
 
 namespace mrziphoto::sample {

@@ -7,6 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include <MRZiPhoto/files/FileFailure.h>
+
 namespace mrziphoto::sample {
 namespace {
 
@@ -50,7 +52,8 @@ void makeFolder(const std::string& path) {
   std::error_code error;
   std::filesystem::create_directories(path, error);
   if (error) {
-    throw std::runtime_error("cannot make the folder " + path + ": " + error.message());
+    throw std::runtime_error("cannot make the folder " + path + ": " +
+                             FileFailure::ofSystem(path, error.value()).reason);
   }
 }
 

@@ -4,10 +4,8 @@
 #include <system_error>
 
 #include <MRZiPhoto/files/Path.h>
-#include <MRZiPhoto/photos/AttributeMgr.h>
-#include <MRZiPhoto/photos/DBSource.h>
 #include <MRZiPhoto/photos/ImageRec.h>
-#include <MRZiPhoto/photos/ImageRefKey.h>
+#include <MRZiPhoto/photos/Key.h>
 
 #include "sample/ArchivedFiles.h"
 #include "sample/CameraBytes.h"

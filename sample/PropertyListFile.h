@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include <MRZiPhoto/propertylist/PropertyListWriter.h>
+#include <MRZiPhoto/propertylist/PropertyList.h>
 
 #include "sample/OutputFile.h"
 

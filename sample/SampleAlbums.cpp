@@ -5,17 +5,7 @@
 #include <limits>
 
 #include <MRZiPhoto/albums/Album.h>
-#include <MRZiPhoto/albums/ArchiveAlbum.h>
-#include <MRZiPhoto/albums/BookAlbum.h>
-#include <MRZiPhoto/albums/DynamicAlbum.h>
-#include <MRZiPhoto/albums/FilterAlbum.h>
-#include <MRZiPhoto/albums/FolderAlbum.h>
-#include <MRZiPhoto/albums/KeywordAlbum.h>
-#include <MRZiPhoto/albums/LastImportAlbum.h>
-#include <MRZiPhoto/albums/PublishedAlbum.h>
-#include <MRZiPhoto/albums/RotationAlbum.h>
-#include <MRZiPhoto/albums/SlideshowAlbum.h>
-#include <MRZiPhoto/albums/TrashAlbum.h>
+#include <MRZiPhoto/albums/AlbumKinds.h>
 
 namespace mrziphoto::sample {
 namespace {

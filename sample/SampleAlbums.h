@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include <MRZiPhoto/albums/AlbumKind.h>
+#include <MRZiPhoto/albums/Album.h>
 
 #include "sample/SampleModel.h"
 

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include <MRZiPhoto/files/FileFailure.h>
 #include <MRZiPhoto/files/Path.h>
 
 #include "sample/AlbumDataWriter.h"
@@ -149,8 +150,9 @@ class NewFolder {
     _isKept = _made.empty();
     makeFolder(_path);
     if (!fs::is_empty(_path, error) || error) {
-      throw std::runtime_error("no library can be written to " + _path + ": " +
-                               (error ? error.message() : "the folder is not empty"));
+      throw std::runtime_error(
+          "no library can be written to " + _path + ": " +
+          (error ? FileFailure::ofSystem(_path, error.value()).reason : "the folder is not empty"));
     }
     _isKept = false;
   }

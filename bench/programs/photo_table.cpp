@@ -19,7 +19,7 @@
 
 #include <MRZiPhoto/albumdata/detail/AlbumData.h>
 #include <MRZiPhoto/files/Path.h>
-#include <MRZiPhoto/photos/PhotoFolder.h>
+#include <MRZiPhoto/photos/detail/PhotoFolder.h>
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
 #include <MRZiPhoto/values/Array.h>
 #include <MRZiPhoto/values/Dictionary.h>

@@ -4,7 +4,7 @@
 #include <bit>
 #include <utility>
 
-#include "../values/Text.h"
+#include "../values/detail/Text.h"
 
 namespace mrziphoto {
 namespace {

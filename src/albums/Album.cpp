@@ -6,10 +6,10 @@
 #include "../files/FileManager.h"
 #include "../files/Path.h"
 #include "../values/Array.h"
-#include "../values/KeyValue.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/KeyValue.h"
 
 namespace mrziphoto {
 

@@ -1,17 +1,6 @@
-#include <array>
+#include "AlbumKinds.h"
 
-#include "ArchiveAlbum.h"
-#include "BookAlbum.h"
-#include "DynamicAlbum.h"
-#include "FilterAlbum.h"
-#include "FolderAlbum.h"
-#include "KeywordAlbum.h"
-#include "LastImportAlbum.h"
-#include "PublishedAlbum.h"
-#include "RollAlbum.h"
-#include "RotationAlbum.h"
-#include "SlideshowAlbum.h"
-#include "TrashAlbum.h"
+#include <array>
 
 namespace mrziphoto {
 

@@ -1,10 +1,9 @@
-#include "ArchiveAlbum.h"
-
 #include <array>
 #include <unordered_set>
 #include <vector>
 
-#include "../values/KeyValue.h"
+#include "../values/detail/KeyValue.h"
+#include "AlbumKinds.h"
 
 namespace mrziphoto {
 

@@ -1,12 +1,9 @@
 #include <array>
 
-#include "../values/KeyValue.h"
-#include "Book.h"
-#include "Filter.h"
-#include "KeyMgr.h"
+#include "../values/detail/KeyValue.h"
+#include "Album.h"
+#include "AlbumKinds.h"
 #include "Keyword.h"
-#include "KeywordMgr.h"
-#include "Page.h"
 
 namespace mrziphoto {
 

@@ -1,6 +1,5 @@
-#include "DynamicAlbum.h"
-
 #include "../values/Log.h"
+#include "AlbumKinds.h"
 
 namespace mrziphoto {
 

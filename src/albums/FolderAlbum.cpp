@@ -1,12 +1,11 @@
-#include "FolderAlbum.h"
-
 #include <algorithm>
 #include <array>
 #include <vector>
 
-#include "../values/KeyValue.h"
 #include "../values/Limits.h"
 #include "../values/Log.h"
+#include "../values/detail/KeyValue.h"
+#include "AlbumKinds.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,13 +1,12 @@
-#include "KeyMgr.h"
-
 #include <algorithm>
 #include <array>
 
 #include "../photos/RecordDatabase.h"
 #include "../stream/TVQStreamData.h"
 #include "../values/Array.h"
-#include "../values/KeyValue.h"
 #include "../values/Log.h"
+#include "../values/detail/KeyValue.h"
+#include "Album.h"
 
 namespace mrziphoto {
 namespace {

@@ -4,9 +4,9 @@
 
 #include "../photos/Key.h"
 #include "../resources/TVQiPhotoFramework.h"
-#include "../values/Description.h"
-#include "../values/KeyValue.h"
 #include "../values/Log.h"
+#include "../values/detail/Description.h"
+#include "../values/detail/KeyValue.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,10 +1,9 @@
-#include "KeywordAlbum.h"
-
 #include <array>
 
 #include "../photos/RecordDatabase.h"
-#include "../values/KeyValue.h"
 #include "../values/Log.h"
+#include "../values/detail/KeyValue.h"
+#include "AlbumKinds.h"
 
 namespace mrziphoto {
 

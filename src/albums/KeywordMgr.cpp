@@ -1,5 +1,3 @@
-#include "KeywordMgr.h"
-
 #include <array>
 #include <limits>
 #include <vector>
@@ -7,7 +5,8 @@
 #include "../photos/Key.h"
 #include "../table/detail/FirstIndex.h"
 #include "../values/Array.h"
-#include "../values/KeyValue.h"
+#include "../values/detail/KeyValue.h"
+#include "Keyword.h"
 
 namespace mrziphoto {
 

@@ -1,7 +1,6 @@
-#include "PublishedAlbum.h"
-
 #include "../archive/NSUnarchiver.h"
 #include "../values/Log.h"
+#include "AlbumKinds.h"
 
 namespace mrziphoto {
 

@@ -1,9 +1,8 @@
-#include "RollAlbum.h"
-
 #include <array>
 
 #include "../photos/RecordDatabase.h"
-#include "../values/KeyValue.h"
+#include "../values/detail/KeyValue.h"
+#include "AlbumKinds.h"
 
 namespace mrziphoto {
 

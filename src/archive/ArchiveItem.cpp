@@ -1,8 +1,7 @@
-#include "ArchiveItem.h"
-
 #include <bit>
 
 #include "../values/detail/NumberTypes.h"
+#include "ArchiveDocument.h"
 
 namespace mrziphoto {
 

@@ -5,7 +5,7 @@
 #include "../values/Array.h"
 #include "../values/Dictionary.h"
 #include "../values/NSException.h"
-#include "../values/Text.h"
+#include "../values/detail/Text.h"
 #include "NSArchiver.h"
 #include "NSUnarchiver.h"
 #include "detail/FoundationClasses.h"

@@ -2,8 +2,8 @@
 
 #include <charconv>
 
-#include "../values/Description.h"
 #include "../values/NSException.h"
+#include "../values/detail/Description.h"
 #include "../values/detail/Formatted.h"
 #include "../values/detail/NumberTypes.h"
 #include "detail/ArchiveWriter.h"

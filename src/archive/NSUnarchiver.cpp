@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "../values/Array.h"
-#include "../values/ClassRegistry.h"
 #include "../values/Limits.h"
-#include "../values/Text.h"
+#include "../values/Object.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/Text.h"
 #include "detail/ArchiveReader.h"
 #include "detail/FoundationClasses.h"
 

@@ -1,21 +1,13 @@
 #include <array>
 
 #include "../albums/Album.h"
-#include "../albums/Book.h"
-#include "../albums/Filter.h"
-#include "../albums/KeyMgr.h"
+#include "../albums/AlbumKinds.h"
 #include "../albums/Keyword.h"
-#include "../albums/KeywordMgr.h"
-#include "../albums/Page.h"
-#include "../directories/DirectoryRec.h"
-#include "../photos/AttributeMgr.h"
-#include "../photos/DBCopySource.h"
-#include "../photos/DBSource.h"
+#include "../directories/TVQiPhotoDirectories.h"
 #include "../photos/ImageRec.h"
 #include "../photos/ImageRecRef.h"
-#include "../photos/ImageRefKey.h"
 #include "../photos/Key.h"
-#include "../values/ClassRegistry.h"
+#include "../values/Object.h"
 
 namespace mrziphoto {
 namespace {

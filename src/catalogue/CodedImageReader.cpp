@@ -8,8 +8,8 @@
 #include "../files/Path.h"
 #include "../values/Limits.h"
 #include "../values/NSException.h"
-#include "../values/Text.h"
 #include "../values/detail/Generation.h"
+#include "../values/detail/Text.h"
 
 namespace mrziphoto {
 namespace {

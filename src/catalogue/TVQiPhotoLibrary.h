@@ -8,17 +8,15 @@
 #include <vector>
 
 #include "../albums/Album.h"
-#include "../albums/ArchiveAlbum.h"
+#include "../albums/AlbumKinds.h"
 #include "../albums/Keyword.h"
-#include "../albums/RollAlbum.h"
 #include "../files/FileFailure.h"
-#include "../photos/DatabaseReference.h"
 #include "../photos/ImageRecRef.h"
 #include "../photos/Key.h"
+#include "../photos/RecordDatabase.h"
+#include "../values/Array.h"
 #include "../values/Data.h"
 #include "../values/Export.h"
-#include "../values/List.h"
-#include "../values/Notice.h"
 #include "../values/Object.h"
 
 namespace mrziphoto {

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "../albumdata/detail/AlbumData.h"
-#include "../albums/ArchiveAlbum.h"
+#include "../albums/AlbumKinds.h"
 #include "../files/Path.h"
 #include "../values/Dictionary.h"
 #include "../values/Log.h"

@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <array>
 
-#include "../albums/FilterAlbum.h"
-#include "../albums/FolderAlbum.h"
+#include "../albums/AlbumKinds.h"
 #include "../archive/NSUnarchiver.h"
-#include "../stream/TVQiPhotoCodedStreamData.h"
-#include "../values/Description.h"
+#include "../stream/TVQStreamData.h"
 #include "../values/NSException.h"
+#include "../values/detail/Description.h"
 #include "../values/detail/Formatted.h"
 #include "TVQiPhotoLibrary.h"
 #include "detail/Reading.h"

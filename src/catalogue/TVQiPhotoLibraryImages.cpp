@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "../files/Path.h"
-#include "../stream/TVQiPhotoCodedStreamData.h"
+#include "../stream/TVQStreamData.h"
 #include "TVQiPhotoLibrary.h"
 #include "detail/KeywordStore.h"
 #include "detail/Reading.h"

@@ -4,7 +4,7 @@
 #include <array>
 #include <span>
 
-#include "../albums/KeywordMgr.h"
+#include "../albums/Keyword.h"
 #include "../values/Array.h"
 #include "../values/Log.h"
 #include "TVQiPhotoLibrary.h"

@@ -2,11 +2,11 @@
 
 #include <array>
 
-#include "../stream/TVQiPhotoCodedStreamData.h"
+#include "../stream/TVQStreamData.h"
 #include "../values/Array.h"
 #include "../values/Dictionary.h"
-#include "CodedFields.h"
 #include "TVQiPhotoLibrary.h"
+#include "detail/CodedFields.h"
 #include "detail/Reading.h"
 
 namespace mrziphoto {

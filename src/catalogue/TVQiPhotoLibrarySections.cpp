@@ -5,13 +5,13 @@
 
 #include "../archive/NSUnarchiver.h"
 #include "../files/FileFailure.h"
-#include "../stream/TVQiPhotoCodedStreamData.h"
+#include "../stream/TVQStreamData.h"
 #include "../values/Log.h"
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
 #include "../values/detail/Generation.h"
-#include "CodedFields.h"
 #include "TVQiPhotoLibrary.h"
+#include "detail/CodedFields.h"
 #include "detail/KeywordStore.h"
 #include "detail/Reading.h"
 

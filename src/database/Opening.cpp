@@ -7,7 +7,6 @@
 #include <string_view>
 #include <utility>
 
-#include "../files/DirectoryEnumerator.h"
 #include "../files/FileFailure.h"
 #include "../files/FileManager.h"
 #include "../files/Path.h"

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "../albums/ArchiveAlbum.h"
-#include "../albums/LastImportAlbum.h"
+#include "../albums/AlbumKinds.h"
 #include "../files/FileManager.h"
 #include "../files/Path.h"
 #include "../values/Limits.h"

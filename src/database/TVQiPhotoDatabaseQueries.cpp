@@ -3,8 +3,9 @@
 #include <array>
 
 #include "../files/Path.h"
-#include "../values/KeyValue.h"
+#include "../photos/detail/PhotoFolder.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/KeyValue.h"
 #include "TVQiPhotoDatabase.h"
 
 namespace mrziphoto {

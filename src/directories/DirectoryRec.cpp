@@ -1,9 +1,8 @@
-#include "DirectoryRec.h"
-
 #include <array>
 
 #include "../photos/Key.h"
-#include "../values/KeyValue.h"
+#include "../values/detail/KeyValue.h"
+#include "TVQiPhotoDirectories.h"
 
 namespace mrziphoto {
 

@@ -4,14 +4,33 @@
 #include <optional>
 #include <string>
 
+#include "../photos/ArchivedRecord.h"
 #include "../photos/RecordDatabase.h"
+#include "../values/Array.h"
 #include "../values/Data.h"
 #include "../values/Export.h"
-#include "../values/List.h"
 #include "../values/Object.h"
-#include "DirectoryRec.h"
 
 namespace mrziphoto {
+
+/// One entry of the directory table.
+class MRZIPHOTO_EXPORT DirectoryRec final : public ArchivedRecord {
+ public:
+  static const Class kClass;
+
+  /// The directory key as stored: a number or a `Key`.
+  [[nodiscard]] Value directoryKey() const { return entry(kKey); }
+  /// The directory key as a number. Throws what `Key::value` throws.
+  [[nodiscard]] Value directoryKeyValue() const;
+  /// The folder, relative to the library folder.
+  [[nodiscard]] std::optional<std::string> directory() const { return entry(kPath).text(); }
+
+  [[nodiscard]] const Class& objectClass() const override { return kClass; }
+  [[nodiscard]] const Accessor* accessorNamed(std::string_view name) const override;
+
+  static constexpr std::string_view kKey = "Key";
+  static constexpr std::string_view kPath = "Path";
+};
 
 /// The directory table of the older libraries, "Dir.data": directory keys to the folders, relative
 /// to the library folder, in which image files lie.

@@ -1,8 +1,8 @@
-#include "SettingDescriptions.h"
+#include "detail/SettingDescriptions.h"
 
 #include "../resources/Bundle.h"
 #include "../resources/TVQiPhotoFramework.h"
-#include "../values/Format.h"
+#include "../values/Log.h"
 
 namespace mrziphoto {
 

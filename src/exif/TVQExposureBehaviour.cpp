@@ -1,4 +1,4 @@
-#include "TVQExposureBehaviour.h"
+#include "TVQiPhotoUserData.h"
 
 namespace mrziphoto {
 

@@ -5,14 +5,13 @@
 #include <utility>
 
 #include "../stream/TVQStreamData.h"
-#include "../values/KeyValue.h"
 #include "../values/Log.h"
-#include "../values/MacRoman.h"
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
-#include "CameraRecords.h"
-#include "SettingDescriptions.h"
-#include "TVQExposureBehaviour.h"
+#include "../values/detail/KeyValue.h"
+#include "../values/detail/MacRoman.h"
+#include "detail/CameraRecords.h"
+#include "detail/SettingDescriptions.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,5 +1,3 @@
-#include "DirectoryEnumerator.h"
-
 #include <cerrno>
 #include <dirent.h>
 #include <memory>

@@ -1,5 +1,3 @@
-#include "NSBitmapImageRep.h"
-
 #include <cstdlib>
 #include <new>
 

@@ -1,12 +1,8 @@
 #include <array>
 
-#include "../values/KeyValue.h"
-#include "AttributeMgr.h"
-#include "DBCopySource.h"
-#include "DBSource.h"
+#include "../values/detail/KeyValue.h"
 #include "ImageRec.h"
 #include "ImageRecRef.h"
-#include "ImageRefKey.h"
 #include "Key.h"
 
 namespace mrziphoto {

@@ -1,8 +1,7 @@
-#include "AttributeMgr.h"
-
 #include <array>
 
-#include "../values/KeyValue.h"
+#include "../values/detail/KeyValue.h"
+#include "ImageRec.h"
 
 namespace mrziphoto {
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "../values/KeyValue.h"
+#include "../values/detail/KeyValue.h"
 
 namespace mrziphoto {
 

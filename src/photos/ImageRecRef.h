@@ -10,10 +10,9 @@
 #include "../values/Dictionary.h"
 #include "../values/Export.h"
 #include "../values/Object.h"
-#include "AttributeMgr.h"
-#include "DatabaseReference.h"
 #include "ImageRec.h"
 #include "Key.h"
+#include "RecordDatabase.h"
 
 namespace mrziphoto {
 

@@ -3,8 +3,8 @@
 #include <bit>
 #include <cstring>
 
-#include "../values/ClassRegistry.h"
 #include "../values/Log.h"
+#include "../values/Object.h"
 #include "ImageRecRef.h"
 
 namespace mrziphoto {

@@ -6,9 +6,9 @@
 #include "../table/detail/PhotoFacts.h"
 #include "../values/Log.h"
 #include "ImageRecRef.h"
-#include "PhotoFolder.h"
 #include "RecordDatabase.h"
 #include "detail/ImageRecRefBeside.h"
+#include "detail/PhotoFolder.h"
 
 namespace mrziphoto {
 

@@ -3,8 +3,8 @@
 #include <array>
 
 #include "../table/detail/PhotoFacts.h"
-#include "../values/KeyValue.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/KeyValue.h"
 #include "ImageRecRef.h"
 #include "RecordDatabase.h"
 #include "detail/ImageRecRefBeside.h"

@@ -7,7 +7,7 @@
 #include "../files/Path.h"
 #include "../images/NSImage.h"
 #include "../table/detail/PhotoField.h"
-#include "../values/ClassRegistry.h"
+#include "../values/Object.h"
 #include "ImageRecRef.h"
 #include "RecordDatabase.h"
 #include "detail/ImageRecRefBeside.h"

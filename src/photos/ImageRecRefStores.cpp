@@ -9,9 +9,9 @@
 #include "../values/detail/Formatted.h"
 #include "../values/detail/Generation.h"
 #include "ImageRecRef.h"
-#include "PhotoFolder.h"
 #include "RecordDatabase.h"
 #include "detail/ImageRecRefBeside.h"
+#include "detail/PhotoFolder.h"
 
 namespace mrziphoto {
 namespace {

@@ -3,10 +3,10 @@
 #include <array>
 #include <cmath>
 
-#include "../values/KeyValue.h"
 #include "../values/KeyedHash.h"
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/KeyValue.h"
 
 namespace mrziphoto {
 Ref<Key> Key::initWithKeyValue(Value value) {

@@ -61,4 +61,11 @@ class MRZIPHOTO_EXPORT Key : public ArchivedRecord {
 /// range, and for values that are no numbers. Numbers are equal when these are.
 [[nodiscard]] MRZIPHOTO_EXPORT std::optional<std::int64_t> wholeNumber(const Value& number);
 
+/// The key of a photo as archives hold it. It differs from `Key` only in its class name.
+class MRZIPHOTO_EXPORT ImageRefKey final : public Key {
+ public:
+  static const Class kClass;
+  [[nodiscard]] const Class& objectClass() const override { return kClass; }
+};
+
 }  // namespace mrziphoto

@@ -1,4 +1,4 @@
-#include "PhotoFolder.h"
+#include "detail/PhotoFolder.h"
 
 #include "../files/FileManager.h"
 #include "../files/Path.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -7,12 +8,35 @@
 
 #include "../files/ReadingRules.h"
 #include "../images/NSSize.h"
+#include "../values/Array.h"
 #include "../values/Export.h"
-#include "../values/List.h"
+#include "../values/Object.h"
 #include "../values/Value.h"
-#include "DatabaseReference.h"
 
 namespace mrziphoto {
+
+class RecordDatabase;
+class Value;
+
+/// The database of a record, an album or a key manager, which does not own it: nothing once the
+/// database has gone, or has let go of what it handed out.
+class MRZIPHOTO_EXPORT DatabaseReference {
+ public:
+  DatabaseReference() = default;
+  DatabaseReference(RecordDatabase* database);  // NOLINT(google-explicit-constructor)
+
+  [[nodiscard]] RecordDatabase* get() const;
+  RecordDatabase* operator->() const { return get(); }
+  bool operator==(std::nullptr_t) const { return get() == nullptr; }
+  /// The database as a value for key-value access; nothing for one that is no object.
+  [[nodiscard]] Value value() const;
+
+ private:
+  friend class RecordDatabase;
+  struct Link;
+
+  Ref<Link> _link;
+};
 
 class ImageRecRef;
 class Key;

@@ -1,5 +1,3 @@
-#include "PropertyListWriter.h"
-
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -10,8 +8,9 @@
 #include "../values/Dictionary.h"
 #include "../values/Limits.h"
 #include "../values/NSException.h"
-#include "../values/Text.h"
 #include "../values/detail/Formatted.h"
+#include "../values/detail/Text.h"
+#include "PropertyList.h"
 #include "detail/Base64.h"
 #include "detail/XmlCharacters.h"
 

@@ -1,4 +1,4 @@
-#include "UserDefaults.h"
+#include "detail/UserDefaults.h"
 
 #include <algorithm>
 #include <cstdlib>

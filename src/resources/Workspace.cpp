@@ -1,4 +1,4 @@
-#include "Workspace.h"
+#include "detail/Workspace.h"
 
 #include <mutex>
 #include <utility>

@@ -1,6 +1,6 @@
-#include "FourCharacterCode.h"
+#include "detail/FourCharacterCode.h"
 
-#include "../values/Text.h"
+#include "../values/detail/Text.h"
 
 namespace mrziphoto {
 

@@ -1,10 +1,10 @@
-#include "TVQiPhotoCodedStreamData.h"
-
 #include <bit>
 
 #include "../archive/NSUnarchiver.h"
 #include "../values/NSException.h"
 #include "../values/detail/Formatted.h"
+#include "TVQStreamData.h"
+#include "detail/CodedRead.h"
 
 namespace mrziphoto {
 

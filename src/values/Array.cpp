@@ -1,6 +1,6 @@
 #include "Array.h"
 
-#include "Description.h"
+#include "detail/Description.h"
 
 namespace mrziphoto {
 

@@ -1,8 +1,8 @@
-#include "ClassRegistry.h"
-
 #include <map>
 #include <mutex>
 #include <string>
+
+#include "Object.h"
 
 namespace mrziphoto {
 namespace {

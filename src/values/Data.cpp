@@ -6,7 +6,7 @@
 #include <cstring>
 #include <new>
 
-#include "Description.h"
+#include "detail/Description.h"
 
 namespace mrziphoto {
 namespace {

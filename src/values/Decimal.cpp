@@ -8,8 +8,7 @@
 #include <limits>
 #include <string_view>
 
-#include "NSDecimalNumberBehaviors.h"
-#include "Text.h"
+#include "detail/Text.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,4 +1,4 @@
-#include "Description.h"
+#include "detail/Description.h"
 
 #include <algorithm>
 #include <array>
@@ -11,7 +11,7 @@
 #include "Array.h"
 #include "Dictionary.h"
 #include "Limits.h"
-#include "Text.h"
+#include "detail/Text.h"
 
 namespace mrziphoto {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <bitset>
 
-#include "Description.h"
 #include "KeyedHash.h"
+#include "detail/Description.h"
 
 namespace mrziphoto {
 namespace {

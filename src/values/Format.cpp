@@ -1,12 +1,11 @@
-#include "Format.h"
-
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
 
-#include "Description.h"
-#include "Text.h"
+#include "Log.h"
+#include "detail/Description.h"
+#include "detail/Text.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,10 +1,10 @@
-#include "MacRoman.h"
+#include "detail/MacRoman.h"
 
 #include <algorithm>
 #include <array>
 #include <string>
 
-#include "Text.h"
+#include "detail/Text.h"
 
 namespace mrziphoto {
 namespace {

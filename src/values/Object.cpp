@@ -4,10 +4,10 @@
 #include <mutex>
 #include <unordered_map>
 
-#include "KeyValue.h"
 #include "NSException.h"
 #include "Value.h"
 #include "detail/Formatted.h"
+#include "detail/KeyValue.h"
 
 namespace mrziphoto {
 namespace {

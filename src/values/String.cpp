@@ -1,7 +1,7 @@
 #include "String.h"
 
 #include "Data.h"
-#include "Text.h"
+#include "detail/Text.h"
 
 namespace mrziphoto {
 namespace {

@@ -1,4 +1,4 @@
-#include "Text.h"
+#include "detail/Text.h"
 
 #include <bit>
 #include <cstring>

@@ -11,8 +11,8 @@
 #include "Array.h"
 #include "Dictionary.h"
 #include "KeyedHash.h"
-#include "Text.h"
 #include "detail/NumberTypes.h"
+#include "detail/Text.h"
 
 namespace mrziphoto {
 namespace {

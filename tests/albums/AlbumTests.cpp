@@ -1,11 +1,4 @@
-#include <MRZiPhoto/albums/ArchiveAlbum.h>
-#include <MRZiPhoto/albums/DynamicAlbum.h>
-#include <MRZiPhoto/albums/Filter.h>
-#include <MRZiPhoto/albums/FolderAlbum.h>
-#include <MRZiPhoto/albums/KeywordAlbum.h>
-#include <MRZiPhoto/albums/LastImportAlbum.h>
-#include <MRZiPhoto/albums/PublishedAlbum.h>
-#include <MRZiPhoto/albums/RollAlbum.h>
+#include <MRZiPhoto/albums/AlbumKinds.h>
 
 #include "support/ArchivedAs.h"
 #include "support/KeyValueAnswers.h"

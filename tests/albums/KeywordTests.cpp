@@ -1,4 +1,4 @@
-#include <MRZiPhoto/albums/KeywordMgr.h>
+#include <MRZiPhoto/albums/Keyword.h>
 #include <MRZiPhoto/photos/Key.h>
 
 #include "support/ArchivedAs.h"

@@ -1,6 +1,6 @@
 #include <functional>
 
-#include <MRZiPhoto/values/ClassRegistry.h>
+#include <MRZiPhoto/values/Object.h>
 
 #include "support/ArchiveBytes.h"
 #include "support/Testing.h"

@@ -1,6 +1,4 @@
-#include <MRZiPhoto/albums/FilterAlbum.h>
-#include <MRZiPhoto/albums/FolderAlbum.h>
-#include <MRZiPhoto/albums/SlideshowAlbum.h>
+#include <MRZiPhoto/albums/AlbumKinds.h>
 
 #include "support/CodedLibrary.h"
 

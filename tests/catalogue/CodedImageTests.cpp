@@ -1,4 +1,4 @@
-#include <MRZiPhoto/albums/FolderAlbum.h>
+#include <MRZiPhoto/albums/AlbumKinds.h>
 
 #include "support/CodedLibrary.h"
 

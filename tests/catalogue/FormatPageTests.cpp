@@ -1,6 +1,6 @@
-#include <MRZiPhoto/albums/AlbumKind.h>
-#include <MRZiPhoto/catalogue/CodedFields.h>
-#include <MRZiPhoto/values/ClassRegistry.h>
+#include <MRZiPhoto/albums/Album.h>
+#include <MRZiPhoto/catalogue/detail/CodedFields.h>
+#include <MRZiPhoto/values/Object.h>
 
 #include "support/MarkdownTable.h"
 #include "support/Testing.h"

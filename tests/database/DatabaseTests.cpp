@@ -1,11 +1,9 @@
 #include <sys/resource.h>
 
-#include <MRZiPhoto/albums/ArchiveAlbum.h>
-#include <MRZiPhoto/albums/FolderAlbum.h>
-#include <MRZiPhoto/albums/LastImportAlbum.h>
+#include <MRZiPhoto/albums/AlbumKinds.h>
 #include <MRZiPhoto/files/Path.h>
-#include <MRZiPhoto/resources/UserDefaults.h>
-#include <MRZiPhoto/resources/Workspace.h>
+#include <MRZiPhoto/resources/detail/UserDefaults.h>
+#include <MRZiPhoto/resources/detail/Workspace.h>
 
 #include "support/CodedLibrary.h"
 #include "support/EnvironmentVariable.h"

@@ -1,6 +1,6 @@
-#include <MRZiPhoto/exif/CameraRecords.h>
-#include <MRZiPhoto/exif/SettingDescriptions.h>
-#include <MRZiPhoto/values/Format.h>
+#include <MRZiPhoto/exif/detail/CameraRecords.h>
+#include <MRZiPhoto/exif/detail/SettingDescriptions.h>
+#include <MRZiPhoto/values/Log.h>
 
 #include "support/MarkdownTable.h"
 #include "support/Testing.h"

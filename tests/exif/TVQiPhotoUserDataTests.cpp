@@ -1,5 +1,5 @@
-#include <MRZiPhoto/exif/CameraRecords.h>
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
+#include <MRZiPhoto/exif/detail/CameraRecords.h>
 #include <MRZiPhoto/values/Log.h>
 
 #include "sample/ExifBlockWriter.h"

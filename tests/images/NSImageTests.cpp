@@ -7,7 +7,7 @@
 #include <MRZiPhoto/files/detail/OpenFile.h>
 #include <MRZiPhoto/images/NSImage.h>
 #include <MRZiPhoto/images/detail/ImageBackend.h>
-#include <MRZiPhoto/values/Format.h>
+#include <MRZiPhoto/values/Log.h>
 
 #include "sample/Picture.h"
 #include "support/Testing.h"

@@ -2,7 +2,7 @@
 
 #include <MRZiPhoto/images/NSImage.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
-#include <MRZiPhoto/values/ClassRegistry.h>
+#include <MRZiPhoto/values/Object.h>
 
 #include "support/StandInDatabase.h"
 

@@ -1,7 +1,5 @@
-#include <MRZiPhoto/photos/AttributeMgr.h>
-#include <MRZiPhoto/photos/DBSource.h>
 #include <MRZiPhoto/photos/ImageRec.h>
-#include <MRZiPhoto/photos/ImageRefKey.h>
+#include <MRZiPhoto/photos/Key.h>
 
 #include "support/ArchivedAs.h"
 #include "support/KeyValueAnswers.h"

@@ -3,7 +3,6 @@
 #include <expat.h>
 
 #include <MRZiPhoto/propertylist/PropertyList.h>
-#include <MRZiPhoto/propertylist/PropertyListWriter.h>
 
 #include "support/Testing.h"
 

@@ -6,8 +6,8 @@
 #include <MRZiPhoto/files/detail/OwnFile.h>
 #include <MRZiPhoto/resources/Bundle.h>
 #include <MRZiPhoto/resources/TVQiPhotoFramework.h>
-#include <MRZiPhoto/resources/UserDefaults.h>
 #include <MRZiPhoto/resources/detail/StringTable.h>
+#include <MRZiPhoto/resources/detail/UserDefaults.h>
 
 #include "support/EnvironmentVariable.h"
 #include "support/Testing.h"

@@ -1,4 +1,4 @@
-#include <MRZiPhoto/stream/TVQiPhotoCodedStreamData.h>
+#include <MRZiPhoto/stream/TVQStreamData.h>
 
 #include "support/Testing.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <MRZiPhoto/albumdata/detail/AlbumData.h>
-#include <MRZiPhoto/propertylist/PropertyListWriter.h>
+#include <MRZiPhoto/propertylist/PropertyList.h>
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
 
 #include "Testing.h"

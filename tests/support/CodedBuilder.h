@@ -2,7 +2,7 @@
 
 #include <bit>
 
-#include <MRZiPhoto/catalogue/CodedFields.h>
+#include <MRZiPhoto/catalogue/detail/CodedFields.h>
 
 #include "Testing.h"
 

@@ -2,7 +2,7 @@
 
 #include <bit>
 
-#include <MRZiPhoto/albums/KeywordMgr.h>
+#include <MRZiPhoto/albums/Keyword.h>
 #include <MRZiPhoto/catalogue/TVQiPhotoLibrary.h>
 
 #include "Testing.h"

@@ -4,8 +4,8 @@
 #include <MRZiPhoto/images/NSImage.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/photos/PhotoFolder.h>
 #include <MRZiPhoto/photos/RecordDatabase.h>
+#include <MRZiPhoto/photos/detail/PhotoFolder.h>
 
 #include "Testing.h"
 

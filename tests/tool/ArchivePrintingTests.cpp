@@ -4,7 +4,7 @@
 
 #include <MRZiPhoto/archive/ArchiveDocument.h>
 #include <MRZiPhoto/values/NSException.h>
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 #include "support/ArchiveBytes.h"
 #include "tool/output/ArchivePrinting.h"

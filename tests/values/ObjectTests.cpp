@@ -1,7 +1,7 @@
 #include <MRZiPhoto/photos/Key.h>
-#include <MRZiPhoto/values/KeyValue.h>
+#include <MRZiPhoto/values/Array.h>
 #include <MRZiPhoto/values/KeyedHash.h>
-#include <MRZiPhoto/values/List.h>
+#include <MRZiPhoto/values/detail/KeyValue.h>
 
 #include "support/Testing.h"
 

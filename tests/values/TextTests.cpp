@@ -1,10 +1,10 @@
 #include <iconv.h>
 
-#include <MRZiPhoto/values/Description.h>
-#include <MRZiPhoto/values/Format.h>
-#include <MRZiPhoto/values/MacRoman.h>
+#include <MRZiPhoto/values/Log.h>
 #include <MRZiPhoto/values/String.h>
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Description.h>
+#include <MRZiPhoto/values/detail/MacRoman.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 #include "support/Testing.h"
 

@@ -1,6 +1,6 @@
 #include <cmath>
 
-#include <MRZiPhoto/values/NSDecimalNumberBehaviors.h>
+#include <MRZiPhoto/values/Decimal.h>
 
 #include "support/Testing.h"
 

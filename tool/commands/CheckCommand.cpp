@@ -15,7 +15,6 @@
 #include <MRZiPhoto/files/FileFailure.h>
 #include <MRZiPhoto/files/ReadingRules.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
-#include <MRZiPhoto/values/Notice.h>
 
 #include "../output/Failure.h"
 #include "../output/FieldTable.h"

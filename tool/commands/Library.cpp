@@ -17,7 +17,7 @@
 #include <MRZiPhoto/files/Path.h>
 #include <MRZiPhoto/photos/Key.h>
 #include <MRZiPhoto/values/Array.h>
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 #include "../output/ComposedText.h"
 #include "../output/Failure.h"

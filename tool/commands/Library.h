@@ -7,7 +7,7 @@
 #include <MRZiPhoto/albums/Album.h>
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
-#include <MRZiPhoto/values/List.h>
+#include <MRZiPhoto/values/Array.h>
 
 #include "Session.h"
 

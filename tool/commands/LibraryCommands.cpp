@@ -9,8 +9,8 @@
 #include <unordered_set>
 
 #include <MRZiPhoto/albums/Album.h>
+#include <MRZiPhoto/albums/AlbumKinds.h>
 #include <MRZiPhoto/albums/Keyword.h>
-#include <MRZiPhoto/albums/RollAlbum.h>
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
 #include <MRZiPhoto/files/FileManager.h>
 #include <MRZiPhoto/thumbcache/iPhotoSegmentCache.h>

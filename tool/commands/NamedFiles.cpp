@@ -8,11 +8,10 @@
 #include <span>
 #include <utility>
 
-#include <MRZiPhoto/files/DirectoryEnumerator.h>
 #include <MRZiPhoto/files/FileManager.h>
 #include <MRZiPhoto/files/Path.h>
 #include <MRZiPhoto/values/KeyedHash.h>
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 #include "../output/ComposedText.h"
 

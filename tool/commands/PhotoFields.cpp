@@ -6,7 +6,7 @@
 #include <optional>
 
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
-#include <MRZiPhoto/photos/AttributeMgr.h>
+#include <MRZiPhoto/photos/ImageRec.h>
 #include <MRZiPhoto/values/Array.h>
 #include <MRZiPhoto/values/NSException.h>
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include <MRZiPhoto/photos/ImageRecRef.h>
-#include <MRZiPhoto/values/KeyValue.h>
+#include <MRZiPhoto/values/detail/KeyValue.h>
 
 #include "../output/RecordWriter.h"
 

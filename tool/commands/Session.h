@@ -7,7 +7,7 @@
 #include <vector>
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
-#include <MRZiPhoto/values/Notice.h>
+#include <MRZiPhoto/files/FileFailure.h>
 
 #include "../output/Output.h"
 #include "../output/RecordWriter.h"

@@ -14,7 +14,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 #include "JsonText.h"
 #include "TerminalText.h"

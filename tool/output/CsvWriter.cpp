@@ -1,6 +1,6 @@
 #include "CsvWriter.h"
 
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 #include "Output.h"
 #include "TerminalText.h"

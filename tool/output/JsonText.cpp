@@ -7,7 +7,7 @@
 #include <span>
 #include <utility>
 
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 #include "TerminalText.h"
 

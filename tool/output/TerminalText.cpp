@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 namespace mrziphoto::tool {
 namespace {

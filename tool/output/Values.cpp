@@ -9,7 +9,7 @@
 #include <MRZiPhoto/values/Array.h>
 #include <MRZiPhoto/values/Dictionary.h>
 #include <MRZiPhoto/values/NSException.h>
-#include <MRZiPhoto/values/Text.h>
+#include <MRZiPhoto/values/detail/Text.h>
 
 namespace mrziphoto::tool {
 namespace {

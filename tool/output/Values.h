@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include <MRZiPhoto/albums/KeyMgr.h>
+#include <MRZiPhoto/albums/Album.h>
 #include <MRZiPhoto/values/Value.h>
 
 #include "RecordWriter.h"

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include <MRZiPhoto/images/NSBitmapImageRep.h>
+#include <MRZiPhoto/images/NSImage.h>
 
 namespace mrziphoto::tool {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <MRZiPhoto/database/TVQiPhotoDatabase.h>
-#include <MRZiPhoto/images/NSBitmapImageRep.h>
+#include <MRZiPhoto/images/NSImage.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
 
 namespace mrziphoto::tool {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "../../values/KeyedHash.h"
-#include "../ArchiveItem.h"
+#include "../ArchiveDocument.h"
 #include "ArchiveType.h"
 
 namespace mrziphoto::detail {

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "../../albums/KeywordMgr.h"
-#include "../../stream/TVQiPhotoCodedStreamData.h"
+#include "../../albums/Keyword.h"
+#include "../../stream/TVQStreamData.h"
 #include "../../table/detail/PhotoTable.h"
-#include "../CodedFields.h"
+#include "CodedFields.h"
 #include "CodedItems.h"
 
 namespace mrziphoto {

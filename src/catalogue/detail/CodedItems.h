@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include "../../stream/TVQiPhotoCodedStreamData.h"
+#include "../../stream/TVQStreamData.h"
 #include "../../values/detail/Formatted.h"
-#include "../CodedFields.h"
+#include "CodedFields.h"
 
 namespace mrziphoto {
 

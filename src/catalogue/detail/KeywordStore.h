@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "../../albums/KeywordMgr.h"
+#include "../../albums/Keyword.h"
 #include "../../table/detail/FirstIndex.h"
 #include "../TVQiPhotoLibrary.h"
 

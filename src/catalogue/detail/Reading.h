@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "../../values/Notice.h"
+#include "../../files/FileFailure.h"
 #include "../TVQiPhotoLibrary.h"
 #include "CodedImageReader.h"
 

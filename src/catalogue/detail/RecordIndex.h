@@ -6,7 +6,7 @@
 
 #include "../../photos/ImageRecRef.h"
 #include "../../table/detail/RowIndex.h"
-#include "../../values/List.h"
+#include "../../values/Array.h"
 
 namespace mrziphoto {
 

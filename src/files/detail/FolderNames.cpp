@@ -8,8 +8,8 @@
 #include <utf8proc.h>
 
 #include "../../values/KeyedHash.h"
-#include "../../values/Text.h"
-#include "../DirectoryEnumerator.h"
+#include "../../values/detail/Text.h"
+#include "../FileManager.h"
 
 namespace mrziphoto::detail {
 namespace {

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "../../values/Text.h"
+#include "../../values/detail/Text.h"
 #include "XmlWords.h"
 
 namespace mrziphoto::detail {

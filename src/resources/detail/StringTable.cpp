@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cstdint>
 
-#include "../../values/Text.h"
+#include "../../values/detail/Text.h"
 
 namespace mrziphoto::detail {
 namespace {

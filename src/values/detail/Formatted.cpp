@@ -2,8 +2,8 @@
 
 #include <iterator>
 
-#include "../Description.h"
-#include "../Text.h"
+#include "Description.h"
+#include "Text.h"
 
 namespace mrziphoto::detail {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "Export.h"
+#include "../Export.h"
 
 namespace mrziphoto::text {
 

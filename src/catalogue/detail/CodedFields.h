@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "../stream/CodedRead.h"
-#include "../stream/FourCharacterCode.h"
+#include "../../stream/detail/CodedRead.h"
+#include "../../stream/detail/FourCharacterCode.h"
 
 namespace mrziphoto {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "../values/Export.h"
+#include "../../values/Export.h"
 
 namespace mrziphoto {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "../values/Export.h"
+#include "../../values/Export.h"
 
 namespace mrziphoto {
 

@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-#include "Data.h"
-#include "Export.h"
-#include "String.h"
+#include "../Data.h"
+#include "../Export.h"
+#include "../String.h"
 
 namespace mrziphoto {
 

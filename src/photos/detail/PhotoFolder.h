@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "../values/Export.h"
-#include "../values/KeyedHash.h"
-#include "../values/Object.h"
+#include "../../values/Export.h"
+#include "../../values/KeyedHash.h"
+#include "../../values/Object.h"
 
 namespace mrziphoto {
 

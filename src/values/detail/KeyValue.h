@@ -5,9 +5,9 @@
 #include <string_view>
 #include <type_traits>
 
-#include "List.h"
-#include "Object.h"
-#include "Value.h"
+#include "../Array.h"
+#include "../Object.h"
+#include "../Value.h"
 
 namespace mrziphoto {
 
