@@ -26,7 +26,7 @@ namespace {
   throw Failure(ExitStatus::wrongUse, sentence);
 }
 
-/// The command line, read but not looked at as a whole.
+/// The command line as it was read, not yet checked as a whole.
 struct CommandLine {
   const Command* command = nullptr;
   std::vector<const Option*> given;

@@ -14,7 +14,7 @@ AlbumData AlbumData::read(const std::string& path, std::optional<FileFailure>* f
   FileFailure why;
   const auto file = detail::OpenFile::atPath(path, &why);
   if (file && file->mayBeReadWhole()) {
-    // As far as the file went when it was opened: while it is read it may grow without an end.
+    // Up to the size that the file had when it was opened: it might grow for ever while it is read.
     std::uint64_t offset = 0;
     const auto readNext = [&](std::span<char> room) {
       const std::uint64_t count = std::min<std::uint64_t>(room.size(), file->size() - offset);

@@ -38,12 +38,13 @@ constexpr std::size_t kDeepest = 16;
 constexpr std::size_t kTop = kDeepest;
 // The dictionaries around a photo's values: its own, that of all photos, and the one around all.
 constexpr std::uint32_t kLevelsAround = 3;
-// Fields behind whose values the next one is foreseen.
+// For fields with numbers below this, what follows their values is remembered.
 constexpr std::size_t kForeseen = 96;
-// So many numbers in rare forms are read by themselves before the whole file is left to the general
-// reader, for which they cost less.
+// After this many values in rare forms the whole file is left to the general reader, for which they
+// cost less.
 constexpr std::uint32_t kMostRareNumbers = 1000;
-// Up to these, a quotient of two doubles is the double nearest to the decimal number.
+// Up to this many digits, and for these powers of ten, one division of doubles gives the double
+// nearest to the decimal number.
 constexpr std::size_t kExactDigits = 15;
 constexpr std::array kPowersOfTen{1.0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
@@ -56,7 +57,7 @@ std::string_view withoutSpaceAround(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kSpace) + 1 - first);
 }
 
-/// A whole number of so few digits that it has no bounds to look at; nothing for others.
+/// A whole number of so few digits that it cannot overflow; nothing for others.
 std::optional<std::int64_t> shortInteger(std::string_view text) {
   const bool isNegative = text.starts_with('-');
   text.remove_prefix(isNegative ? 1 : 0);
@@ -114,7 +115,7 @@ class Reader {
     expect(kPropertyListEnd);
     _markup.finish();
     _result.photos = _filler.finish();
-    // Of equal keys the later photo stands, in the place of the earlier one.
+    // Of equal keys the later photo counts, in the place of the earlier one.
     if (!_keysAscend && _result.photos->index().hasEqualKeys()) {
       throw PlainMarkup::Unusual{};
     }
@@ -285,7 +286,8 @@ class Reader {
 
   void readArray(std::size_t level) {
     checkLevel(level);
-    // Most arrays hold texts of keys; whether all of them are, is known only behind the last one.
+    // Most arrays hold keys as texts; whether all elements are keys is known only after the last
+    // one.
     std::vector<std::uint32_t>& keys = _keyNumbers;
     keys.clear();
     Tag tag = _markup.next();
@@ -345,11 +347,11 @@ class Reader {
     }
   }
 
-  /// A dictionary begins at that level. Of those around it none is at the same one.
+  /// To be called where a dictionary begins. No dictionary around it has the same level.
   void beginNames(std::size_t level) { ++_names[level].dictionary; }
 
-  /// Of equal names in a dictionary the later value stands, in the place of the earlier one; rare
-  /// enough to be left to the general reader.
+  /// Of equal names in a dictionary the later value counts, in the place of the earlier one; that
+  /// is rare enough to be left to the general reader.
   void noteName(std::uint32_t field, std::size_t level) {
     Names& names = _names[level];
     if (field >= names.lastIn.size()) {
@@ -362,7 +364,7 @@ class Reader {
   }
 
   struct Names {
-    std::uint64_t dictionary = 0;       // counts those of this level
+    std::uint64_t dictionary = 0;       // the number of the latest one at this level
     std::vector<std::uint64_t> lastIn;  // by field: the last dictionary in which it stood
   };
 
@@ -370,7 +372,7 @@ class Reader {
   PhotoTable::Filler _filler;
   AlbumData _result;
   std::array<Names, kTop + 1> _names;
-  // By field: what came last behind its value, and what came before that.
+  // By field: the entry that was last found behind its value, and the one found before that.
   std::array<std::array<Step, 2>, kForeseen> _steps;
   std::vector<std::uint32_t> _keyNumbers;  // of the array that is read
   std::uint32_t _rareNumbers = 0;
@@ -380,7 +382,7 @@ class Reader {
 }  // namespace
 
 std::optional<AlbumData> AlbumData::fromPlainMarkup(PlainMarkup::Read read, std::size_t window) {
-  // Whoever allows fewer levels than are passed here wants them counted.
+  // Limits below the depth that is accepted here are for the general reader to enforce.
   if (Limits::current().nesting < kDeepest + kLevelsAround) {
     return std::nullopt;
   }
@@ -390,7 +392,7 @@ std::optional<AlbumData> AlbumData::fromPlainMarkup(PlainMarkup::Read read, std:
   } catch (const PlainMarkup::Unusual&) {
     return std::nullopt;
   } catch (const NSException&) {
-    // A value that only the general reader reads, and not well-formed: it says so in its own words.
+    // A malformed value in a rare form: the general reader reports it in its own words.
     return std::nullopt;
   }
 }

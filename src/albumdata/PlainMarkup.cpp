@@ -14,8 +14,8 @@ using detail::XmlScanner;
 
 constexpr std::string_view kEndTag = "</";
 
-/// The length of a character that is no printable one of ASCII but stands for itself in a text all
-/// the same; 0 for others.
+/// The length of a character that stands for itself in a text without being printable ASCII; 0 for
+/// others.
 std::size_t foreignCharacter(std::string_view text) {
   if (text.empty()) {
     return 0;
@@ -23,12 +23,12 @@ std::size_t foreignCharacter(std::string_view text) {
   if (detail::xml::isAscii(text.front())) {
     return text.front() == '\n' || text.front() == '\t' ? 1 : 0;
   }
-  // UTF-8 has no other characters that XML does not allow.
+  // Of the characters beyond ASCII, XML forbids only these two.
   const bool isNoCharacter = text.starts_with("\xEF\xBF\xBE") || text.starts_with("\xEF\xBF\xBF");
   return isNoCharacter ? 0 : text::characterLength(text);
 }
 
-/// The length of a name that is kept in a word.
+/// The length of a name that is packed into a word.
 unsigned lengthOf(PlainMarkup::Tag name) {
   return (static_cast<unsigned>(std::bit_width(name)) + 7) / 8;
 }
@@ -79,7 +79,7 @@ void PlainMarkup::prolog() {
       passProlog();
       return;
     } catch (const XmlFailure&) {
-      // Perhaps it goes on; no prolog is so long.
+      // It may go on behind the window; no prolog is longer than `kWindow`.
       if (_size > kWindow) {
         break;
       }

@@ -47,8 +47,8 @@ class MRZIPHOTO_EXPORT KeywordMgr final : public ArchivedRecord {
   ~KeywordMgr() override;
 
   [[nodiscard]] Value objectForKey(std::string_view name) const { return entry(name); }
-  /// The keywords, from "KeywordList", else from "UsedKeywords"; made once. Elements that are no
-  /// keyword records yet become some.
+  /// The keywords, from "KeywordList", else from "UsedKeywords"; made once. Elements that are not
+  /// keyword records yet are turned into them.
   [[nodiscard]] const List<Keyword>& keywords() const;
   /// The first record of "UsedKeywords" whose key equals this one. A `Key` never equals a bare
   /// number.

@@ -34,7 +34,7 @@ class KeywordMgr::UsedKeywords {
     } else if (const auto number = wholeNumber(key); number && isKeyNumber(*number)) {
       return at(_byNumber.find(*number));
     }
-    // Any other key is a curiosity; it takes the long way.
+    // Any other key is rare; it takes the long way.
     for (const Ref<Keyword>& keyword : _keywords) {
       if (keyword->key() == key) {
         return keyword;

@@ -22,7 +22,7 @@ static_assert(static_cast<unsigned>(ImageValue::count) < 32);
 /// What image-data blocks say: all from the first such value on.
 constexpr std::uint32_t kBlockValues = ~(bitOf(ImageValue::imageFile) - 1);
 
-/// A value of a record and the field of the row that it becomes as it is.
+/// A value of a record, and the field of the row that takes it unchanged.
 struct PlainFact {
   PhotoField field;
   ImageValue value;
@@ -66,7 +66,7 @@ Number bigEndian(const char* bytes) {
 
 float floatAt(const char* bytes) { return std::bit_cast<float>(bigEndian<std::uint32_t>(bytes)); }
 
-/// True for what stands behind a folder and a slash as it is.
+/// True for a path that `path::join` appends unchanged.
 bool isPlainRelative(std::string_view file) {
   return !file.empty() && file.front() != '/' && file.back() != '/' &&
          file.find("//") == std::string_view::npos;
@@ -106,8 +106,8 @@ CodedImageReader::Record CodedImageReader::read(TVQiPhotoCodedStreamData& stream
   return _record;
 }
 
-/// A record ends with the first field that begins at its end or behind it, wherever that field
-/// before it has left the stream.
+/// A record has ended when a field would begin at its end or behind it, wherever the field before
+/// has left the stream.
 void CodedImageReader::walkRecord() {
   CodedRecordState& state = _record.state;
   const std::uint32_t start = _stream->offsetInData();
@@ -202,8 +202,8 @@ void CodedImageReader::walkBlock(std::uint64_t end) {
   _record.state.fitsItsSize &= _stream->offsetInData() == end;
 }
 
-/// Finds the stream at a value's size word and leaves it where the typed read would, having checked
-/// what that checks.
+/// Begins at a value's size word and leaves the stream where the typed read would, with the same
+/// checks.
 void CodedImageReader::take(ImageValue value, CodedRead read) {
   _record.isBlank &= value == ImageValue::nothing;
   if (read == CodedRead::archive) {
@@ -219,7 +219,7 @@ void CodedImageReader::take(ImageValue value, CodedRead read) {
   const std::uint32_t start = _stream->offsetInData();
   const std::uint32_t taken = size & ~(kind.element - 1);
   if (taken > _stream->remaining()) {
-    // The read says how that is wrong.
+    // Throws what that read throws.
     static_cast<void>(_stream->readDataWithLength(taken));
   }
   _stream->seekToDataOffset(start + taken);
@@ -255,7 +255,7 @@ std::optional<std::string_view> CodedImageReader::text(ImageValue value, std::st
 }
 
 /// A block's value may reach far beyond its block, and over the records behind it. Rows hold
-/// copies, which must not come to more than the file by much.
+/// copies, which together must not be much larger than the file.
 void CodedImageReader::countBytes() {
   for (std::uint32_t left = _said; left != 0; left &= left - 1) {
     _bytesKept += _places[static_cast<std::size_t>(std::countr_zero(left))].size;
@@ -333,7 +333,7 @@ void CodedImageReader::fillPhoto() {
   _filler.endRow();
 }
 
-/// The value as it is, where the record has it.
+/// Puts the value unchanged, where the record has it.
 void CodedImageReader::put(PhotoField field, ImageValue value) {
   if (!has(value)) {
     return;

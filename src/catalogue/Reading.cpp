@@ -17,7 +17,7 @@ std::string counted(std::uint64_t count, std::string_view one, std::string_view 
 
 void TVQiPhotoLibrary::Reading::note(const CodedRecordState& record, std::uint32_t position) {
   if (findCode(kCodedSections, record.code) != nullptr) {
-    // Its bytes are read as a record, since the count says so; but they are none.
+    // The count says that a record stands here, and it was read as one; but it is a section.
     sectionsAsRecords.add(position);
     return;
   }

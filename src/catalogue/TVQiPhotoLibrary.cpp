@@ -56,15 +56,15 @@ std::int32_t codedVersion(TVQiPhotoCodedStreamData& stream, const std::string& p
   }
 }
 
-/// The version that stands at the front of the stream, which is found and left anywhere.
+/// The version at the front of the stream. Moves the stream.
 std::int32_t versionOf(TVQiPhotoCodedStreamData& stream, const std::string& path) {
   stream.seekToDataOffset(0);
   const auto reader = NSUnarchiver::initForReadingWithData(stream.data());
   return reader ? archivedVersion(*reader, path) : codedVersion(stream, path);
 }
 
-/// A reader of a catalogue file: of the whole file where it begins with an archive, else of one
-/// part of it at a time. Throws FileException for what cannot be read.
+/// Opens a catalogue file for reading: as a whole where it begins with an archive, else through a
+/// window. Throws FileException for what cannot be read.
 TVQiPhotoCodedStreamData openCatalogue(const std::string& path) {
   FileFailure failure;
   std::unique_ptr<detail::OpenFile> file = detail::OpenFile::atPath(path, &failure);

@@ -146,8 +146,8 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   void noticeDamage(const std::string& file, const NSException& exception);
   /// Whether `Limits` let in one more; else it is counted as left out.
   [[nodiscard]] bool hasRoomForAlbum();
-  /// The archive album is not asked how many rolls were taken: it would list its children's, in
-  /// whose place those stand that are added first.
+  /// The caller counts the rolls that were taken: asked before one is added, the archive album
+  /// would list those of its children, and keep them.
   [[nodiscard]] bool hasRoomForRoll(std::uint32_t taken);
   /// Tells of what of the file was left out since it was last asked.
   void noticeLeftOut(const std::string& file);
@@ -198,7 +198,7 @@ class MRZIPHOTO_EXPORT TVQiPhotoLibrary final : public Object {
   std::vector<Notice> _notices;
   std::optional<FileFailure> _albumDataFailure;
 
-  // Answers of the linear walks, found by number.
+  // Find by number what a walk over the list would find.
   mutable std::unique_ptr<RecordIndex> _photoIndex;
   mutable std::unique_ptr<RecordIndex> _rollIndex;
 };

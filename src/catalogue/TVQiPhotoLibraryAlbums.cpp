@@ -15,7 +15,7 @@
 namespace mrziphoto {
 namespace {
 
-/// What follows the end marker is not taken; an album there may have been meant to be.
+/// Counts the albums behind the end marker, which are not taken but may have been meant to be.
 template <class Tally>
 void countAlbumsBehindEnd(NSUnarchiver& reader, std::uint32_t location, std::size_t size,
                           Tally& albums) {
@@ -33,7 +33,7 @@ void countAlbumsBehindEnd(NSUnarchiver& reader, std::uint32_t location, std::siz
 
 }  // namespace
 
-/// Files an album by its exact class; kinds that are not in the table are dropped.
+/// Takes in an album by its exact class; kinds that are not in the table are dropped.
 void TVQiPhotoLibrary::takeArchivedAlbum(const Ref<Album>& album) {
   struct Kept {
     const Class* kind;
@@ -74,7 +74,7 @@ void TVQiPhotoLibrary::_readAlbumDataFromStreamRange(const TVQiPhotoCodedStreamD
         kNSInvalidArgumentException,
         detail::formatted("the album section at offset {} holds no archive", location), location);
   }
-  // A number that means nothing to anybody.
+  // A number of unknown meaning.
   static_cast<void>(reader->decodeValueOfObjCType("i"));
   while (reader->cursor() < bytes.size()) {
     const Value object = reader->decodeObject();

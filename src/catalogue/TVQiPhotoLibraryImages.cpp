@@ -39,7 +39,7 @@ void TVQiPhotoLibrary::readImageRecords(TVQiPhotoCodedStreamData& stream, Readin
   }
 }
 
-/// Makes the records the catalogue's own. Lists of which nothing was read stay nothing.
+/// Hands the records to the catalogue. Lists for which nothing was read stay unset.
 void TVQiPhotoLibrary::takeImageRecords(Reading& reading) {
   if (!reading.records.empty()) {
     // The records' paths lie in it.

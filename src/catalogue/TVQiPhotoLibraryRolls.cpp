@@ -112,7 +112,7 @@ void TVQiPhotoLibrary::_readRollDataFromStreamRange(const TVQiPhotoCodedStreamDa
                                                     Reading& reading) {
   TVQiPhotoCodedStreamData records(stream.dataCutToRange(location, length));
   records.setShouldSwapMode(TVQStreamData::bigEndian);
-  // In front stands a number that means nothing to anybody.
+  // In front stands a number of unknown meaning.
   records.seekToDataOffset(4);
   try {
     while (!records.isAtEndOfData()) {

@@ -18,8 +18,8 @@
 namespace mrziphoto {
 namespace {
 
-/// True for what stands where a section should and is an image record: like those before it, or
-/// by its first field. Finds the stream behind the size word.
+/// True when an image record stands in the place of a section: one with the code of those before
+/// it, or known by its first field. The stream is right behind the size word.
 bool isImageRecord(TVQiPhotoCodedStreamData& stream, std::uint32_t code,
                    std::optional<std::uint32_t> recordCode) {
   return code == recordCode ||
@@ -68,7 +68,7 @@ void TVQiPhotoLibrary::readArchivedHeader(TVQiPhotoCodedStreamData& stream) {
   _version = reader->decodeValueOfObjCType("i").intValue();
   *_keywords = KeywordStore(reader->decodeObject());
   stream.seekToDataOffset(static_cast<std::uint32_t>(reader->cursor()));
-  // Two values that mean nothing to anybody.
+  // Two values of unknown meaning.
   static_cast<void>(stream.readShort());
   static_cast<void>(stream.readInt());
 }

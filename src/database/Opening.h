@@ -22,8 +22,8 @@ struct OpeningOptions {
   /// that cannot be read. Paths out of the library are usual: pictures that were only referenced
   /// lie elsewhere.
   bool stayInside = false;
-  /// Lets a second thread read the one half of a file of 16 MB and more; it has ended when the call
-  /// returns that started it. Without this no threads are started.
+  /// Lets a second thread read one half of a file of 16 MiB and more that is read as a whole; it
+  /// has ended when the call that started it returns. Without this no threads are started.
   bool mayStartThreads = false;
 };
 
@@ -50,7 +50,7 @@ struct MRZIPHOTO_EXPORT OpeningFailure {
   /// The full path of the file or folder that is the cause.
   std::string file;
 
-  /// Both in one.
+  /// `what` and `advice` in one.
   [[nodiscard]] std::string sentence() const {
     return advice.empty() ? what : what + "; " + advice;
   }

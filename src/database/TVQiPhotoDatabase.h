@@ -35,8 +35,7 @@ namespace mrziphoto {
 /// written to the folder.
 ///
 /// A database and all that is reached from it belong to one thread at a time; two databases may
-/// live in two threads. Lists are nothing, which walks like an empty list, while the library has no
-/// catalogue.
+/// live in two threads. Without a catalogue, lists are empty.
 class MRZIPHOTO_EXPORT TVQiPhotoDatabase final : public Object, public RecordDatabase {
  public:
   static const Class kClass;

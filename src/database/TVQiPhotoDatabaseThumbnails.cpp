@@ -16,7 +16,7 @@ namespace {
 constexpr std::uint32_t kSide = 64;
 constexpr std::uint32_t kBytesPerPixel = 4;
 
-// The turn that puts a pixel's last byte in front of the others.
+// The rotation that puts a pixel's last byte in front of the others.
 constexpr int kTurn = std::endian::native == std::endian::little ? 8 : -8;
 
 void copyPixels(std::string_view from, std::span<std::uint8_t> to) {

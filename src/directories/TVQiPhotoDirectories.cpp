@@ -24,7 +24,7 @@ void logException(const NSException& exception) {
 
 const Class TVQiPhotoDirectories::kClass{"TVQiPhotoDirectories"};
 
-/// Positions of the entries by their keys. Only whole numbers are in it: nobody asks for others.
+/// Positions of the entries by their keys. Holds whole numbers only: nobody asks for others.
 class TVQiPhotoDirectories::Index : public RowIndex {
  public:
   explicit Index(const Array& entries)

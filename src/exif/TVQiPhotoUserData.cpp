@@ -41,7 +41,7 @@ Ref<TVQiPhotoUserData> TVQiPhotoUserData::initWithData(const Data& data) {
   try {
     result->_readData(stream);
   } catch (const NSException& exception) {
-    // A record that is cut off ends the block; all other faults are the caller's to hear of.
+    // A record that is cut off ends the block; all other faults reach the caller.
     if (exception.name() != kNSRangeException) {
       throw;
     }

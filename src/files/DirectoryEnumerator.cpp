@@ -43,7 +43,7 @@ DirectoryEnumerator::DirectoryEnumerator(const std::string& folder) {
   const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(place.c_str()),
                                                    [](DIR* open) { return closedir(open); });
   if (!stream) {
-    // What is there and yet no folder would else count as not there.
+    // Otherwise an entry that is no folder would count as not there.
     const int error = errno;
     _failure = FileManager::isFile(folder)
                    ? FileFailure{FileFailure::Cause::notRegular, folder, "it is no folder"}

@@ -52,9 +52,9 @@ bool hasEntry(const std::string& path) {
   return lstat(path.c_str(), &status) == 0;
 }
 
-/// Looks for the entry that a path means, from the folder on down to which the path leads as it is
-/// spelled. That folder is found by halves: asking for one component after the other would cost the
-/// square of a path's length.
+/// Looks for the entry that a path means, beginning at the deepest folder that exists as it is
+/// spelled. That folder is found by halving: asking for one component after the other would cost
+/// the square of a path's length.
 class PathSearch {
  public:
   explicit PathSearch(std::string_view path) : _root(path.starts_with('/') ? "/" : "") {

@@ -63,7 +63,7 @@ class MRZIPHOTO_EXPORT FileManager {
   /// When the contents were last changed, behind symbolic links, to the fraction of the second that
   /// the file system keeps.
   [[nodiscard]] static std::optional<Date> modificationDate(const std::string& path);
-  /// The whole file in one buffer, of its own. Nothing for what cannot be read, for all that is no
+  /// The whole file in a buffer of its own. Nothing for what cannot be read, for all that is no
   /// regular file, and for a file of more bytes than `Limits::fileSize` or than the memory holds;
   /// `failure` then tells why. A file that becomes shorter while it is read gives what is left of
   /// it, one that grows what it was.
@@ -83,8 +83,8 @@ class MRZIPHOTO_EXPORT FileManager {
 
   /// The path of the entry that is really there: as it is spelled or, component by component, the
   /// entry that differs from it in nothing but case and Unicode normal form (of several, the first
-  /// in the order of their bytes). Nothing when there is none. A folder is read once and again when
-  /// it has changed, so that asking for each of its files costs little.
+  /// in the order of their bytes). Nothing when there is none. A folder is read once, and again
+  /// when it has changed, so that asking for each of its files costs little.
   [[nodiscard]] static std::optional<std::string> locate(const std::string& path);
 
   /// The folder for scratch files: the environment's TMPDIR, else "/tmp".

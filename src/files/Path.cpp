@@ -52,7 +52,7 @@ void append(std::string& path, std::string_view piece) {
       piece.remove_prefix(1);
       continue;
     }
-    // All but slashes in a row is taken at once.
+    // Runs without doubled slashes are taken at once.
     const std::size_t end = piece.find("//");
     const std::string_view taken = piece.substr(0, end == std::string_view::npos ? end : end + 1);
     path += taken;

@@ -177,7 +177,7 @@ std::optional<Data> iPhotoSegmentCache::itemBytesForKey(std::uint32_t key,
                                                         std::uint32_t count) const {
   const std::uint32_t index = itemIndexForKey(key);
   std::optional<Data> bytes = index == kNotFound ? std::nullopt : itemBytesAtIndex(index, count);
-  // Read behind the item, the entry tells whether the item was another's by then.
+  // Read after the item, the entry tells whether the item belonged to another photo by then.
   return bytes && isItemOf(index, key) ? bytes : std::nullopt;
 }
 

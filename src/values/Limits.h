@@ -14,8 +14,8 @@ namespace mrziphoto {
 /// Each thread has the limits of its innermost `Scope`. An object that reads on request uses the
 /// limits of that moment.
 struct MRZIPHOTO_EXPORT Limits {
-  /// Bytes of a file that is read as a whole: catalogue, album data, directory table, album file.
-  /// 4 GiB and more cannot be read, whatever the limit. A library of a million photos needs 1.5 GB.
+  /// Bytes of a catalogue, album data, directory table or album file, read as a whole or not. 4 GiB
+  /// and more cannot be read, whatever the limit. A library of a million photos needs 1.5 GB.
   std::uint64_t fileSize = std::uint64_t{2} << 30;
   /// Bytes that an archive's shared parts may take when written out in full: this often its size...
   std::uint64_t expansion = 64;

@@ -134,7 +134,7 @@ bool isKeyword(const TVQiPhotoDatabase& database, const std::string& text) {
                              [&](const auto& photo) { return isTagged(*photo, text); });
 }
 
-/// Says where a large library is opened, which takes a while.
+/// Says that a large library is being opened, which takes a while.
 void announce(const std::string& folder) {
   constexpr std::uint64_t kLarge = std::uint64_t{256} * 1024 * 1024;
   const std::optional<std::uint64_t> size = FileManager::size(path::join(folder, "AlbumData.xml"));
@@ -162,7 +162,7 @@ std::string libraryFolder(const Arguments& arguments) {
   }
   std::error_code error;
   const std::filesystem::path folder = std::filesystem::absolute(*named, error);
-  // There is none in a working folder that has gone.
+  // There is no absolute path in a working folder that has gone.
   return error ? *named : folder.string();
 }
 

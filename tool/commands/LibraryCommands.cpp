@@ -84,8 +84,8 @@ constexpr std::array<FieldRow<Keyword>, 3> kKeywordFields{{
     {"keyword", [](RecordWriter& out, const Keyword& it) { out.text(it.keyword()); }},
 }};
 
-/// An album on its way out, with the albums that the record around it holds already: one that
-/// stands in several folders, or in itself, is written once.
+/// An album that is being written, with the albums that the record around it holds already: one
+/// that stands in several folders, or in itself, is written once.
 struct ListedAlbum {
   const Album& album;
   std::unordered_set<const Album*>& written;

@@ -45,7 +45,7 @@ bool holdsPicturesByCustom(const std::string& name) {
   return isOneOf(kPictureFolders, name) || (name.size() == kYearDigits && isNumber(name));
 }
 
-/// True for files that are nobody's pictures: photos of older libraries have stores, "123" and
+/// True for files that are no pictures: photos of older libraries have stores, "123" and
 /// "123.attr".
 bool isHousekeeping(const std::string& name) {
   return isSameName(path::extension(name), kStoreExtension) || isNumber(name) ||

@@ -43,9 +43,9 @@ struct CheckedFile {
   std::optional<std::string> path;
   /// Nothing when the photo has no such file of its own.
   std::optional<FileState> state;
-  /// The state is still to be told by looking at the file.
+  /// The file has yet to be looked at, which tells the state.
   bool isOpen = false;
-  /// Nothing says that there should be a file, other than that it may be there.
+  /// The file may be there, but nothing says that it should.
   bool mayBeAbsent = false;
 
   [[nodiscard]] bool isWrong() const { return state && *state != FileState::there; }

@@ -26,11 +26,11 @@
 namespace mrziphoto::tool {
 namespace {
 
-// Writing a library takes several steps; it is looked at when its folder has been still for so
+// Writing a library takes several steps; it is looked at when its folder has been still for this
 // long, or when that does not happen for a while: other files may lie there, too.
 constexpr int kStillMilliseconds = 300;
 constexpr std::chrono::seconds kLongestWait{2};
-// Without news of the folder, or where it cannot tell any, the library is looked at so often.
+// Without news of the folder, or where it cannot tell any, the library is looked at this often.
 constexpr int kPollMilliseconds = 2000;
 
 // What a library is loaded from.

@@ -10,10 +10,10 @@
 namespace mrziphoto::tool {
 namespace {
 
-// Those by which others ask a program to end. The system's real-time signals come on top.
+// Signals by which others ask a program to end. The system's real-time signals come on top.
 constexpr std::array kRequests{SIGHUP,  SIGINT,  SIGQUIT,   SIGUSR1, SIGUSR2, SIGALRM,
                                SIGTERM, SIGXCPU, SIGVTALRM, SIGPROF, SIGIO,   SIGPWR};
-// Those by which a program is ended for what it did.
+// Signals that end a program for what it did.
 constexpr std::array kFaults{SIGILL, SIGTRAP, SIGABRT, SIGBUS, SIGFPE, SIGSEGV, SIGSYS, SIGSTKFLT};
 
 struct Replaced {
@@ -21,7 +21,7 @@ struct Replaced {
   struct sigaction before;
 };
 
-// What handlers look at, which may be little.
+// All that the handlers use.
 std::array<char, 4096> pathToRemove{};
 volatile std::sig_atomic_t signalNoted = 0;
 
@@ -30,7 +30,7 @@ std::vector<Replaced>& replaced() {
   return list;
 }
 
-/// Handles a signal unless somebody else does, or who started the program wants it to go on.
+/// Handles a signal unless somebody else does, or whoever started the program wants it ignored.
 void handle(int signal, void (*handler)(int), int flags) {
   struct sigaction before {};
   if (sigaction(signal, nullptr, &before) != 0 || before.sa_handler != SIG_DFL) {

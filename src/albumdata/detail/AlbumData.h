@@ -31,11 +31,11 @@ struct AlbumData {
   static constexpr std::string_view kListOfRolls = "List of Rolls";
   static constexpr std::string_view kListOfKeywords = "List of Keywords";
 
-  /// The file at that path; one without photos and without anything beside them where it cannot be
-  /// read, and `failure` then tells why. Throws NSException for a file that is no property list.
+  /// What the file at that path says; empty where it cannot be read, and `failure` then tells why.
+  /// Throws NSException for a file that is no property list.
   static AlbumData read(const std::string& path, std::optional<FileFailure>* failure = nullptr);
 
-  // The two ways in which `read` goes.
+  // The two ways in which `read` reads.
 
   /// In one pass over plain markup; nothing for a file that needs the other way.
   static std::optional<AlbumData> fromPlainMarkup(PlainMarkup::Read read,

@@ -19,9 +19,8 @@ namespace mrziphoto {
 /// texts, white space between them, and nothing else. The file passes through a window, so that
 /// little of it is in memory at a time.
 ///
-/// Whatever is not so plain, or not as it should be, makes an operation throw `Unusual`, and a
-/// reader that knows all of XML has the last word. What this one passes, that one passes in the
-/// same way.
+/// Whatever is not so plain, or not as it should be, makes an operation throw `Unusual`; a reader
+/// that knows all of XML then decides. What this one accepts, that one reads in the same way.
 class PlainMarkup {
  public:
   struct Unusual {};
@@ -65,8 +64,8 @@ class PlainMarkup {
     std::uint64_t moves;
   };
   [[nodiscard]] Place place() const { return {_at, _moves}; }
-  /// Makes `passage` what was passed since then, last of all a tag; the empty passage when that is
-  /// no longer at hand.
+  /// Stores in `passage` what was passed since `place`, which must end with a tag; the empty
+  /// passage when the window has moved since.
   void keepPassedSince(const Place& place, Passage& passage) const;
   /// Passes the very bytes of an earlier passage, if they come next. They need not be looked at
   /// anew: files repeat themselves in what stands between texts.
@@ -86,8 +85,8 @@ class PlainMarkup {
  private:
   static constexpr Tag kEnd = Tag{1} << 56;
   static constexpr Tag kEmpty = Tag{2} << 56;
-  // Behind the window stand zeros, which end every search, so that a step may look ahead without a
-  // look at the window's end.
+  // Zeros follow the window and end every search, so that a step may look ahead without checking
+  // for the window's end.
   static constexpr std::size_t kMargin = 32;
 
   void passProlog();
@@ -104,7 +103,7 @@ class PlainMarkup {
   const char* _end = nullptr;
   const char* _tag = nullptr;  // the tag that was passed last
   std::uint64_t _moves = 0;    // of the window
-  std::string _text;           // that does not stand in the file just as it is meant
+  std::string _text;           // the last text that had to be decoded
 };
 
 inline PlainMarkup::Tag PlainMarkup::next() {

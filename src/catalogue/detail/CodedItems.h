@@ -35,7 +35,7 @@ struct NegativeSize {
 };
 
 /// Refuses a size below zero as the typed read of the item would refuse any other size that does
-/// not fit. Finds the stream right behind the size word and leaves it there.
+/// not fit. The stream is right behind the size word, and stays there.
 inline void refuseNegativeSize(CodedRead read, std::int32_t size,
                                TVQiPhotoCodedStreamData& stream) {
   if (size < 0) {

@@ -27,7 +27,7 @@ class RecordIndex {
     const auto position = key ? _positions.find(*key) : std::nullopt;
     return position ? &(*_records)[*position] : nullptr;
   }
-  /// Has the memory fetched that `find` will read for that key, while other work goes on.
+  /// Starts fetching the memory that `find` will read for that key.
   void prefetch(std::optional<std::int64_t> key) const {
     if (key) {
       _positions.prefetch(*key);

@@ -83,7 +83,7 @@ Cache& cache() {
 }  // namespace
 
 std::optional<std::string> foldedName(std::string_view name) {
-  // No character of two bytes and more has more than one and a half parts a byte.
+  // No character decomposes into more than one and a half parts a byte.
   std::vector<utf8proc_int32_t> characters(name.size() * 2);
   const auto capacity = static_cast<utf8proc_ssize_t>(characters.size());
   const utf8proc_ssize_t count = utf8proc_decompose(

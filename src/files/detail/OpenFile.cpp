@@ -22,8 +22,8 @@ using Cause = FileFailure::Cause;
 
 // The longest run of bytes that a value can be a slice of.
 constexpr std::uint64_t kLargestFile = 0xFFFFFFFF;
-// From this size on the time to touch a file's memory outweighs that to start a thread, and that to
-// look for holes is little.
+// From this size on, touching a file's memory takes longer than starting a thread, and looking for
+// holes takes little beside it.
 constexpr std::size_t kLarge = std::size_t{16} << 20;
 constexpr std::uint64_t kBlock = 512;  // the unit of st_blocks, whatever the file system's is
 
@@ -106,7 +106,7 @@ Outcome readWhole(int descriptor, char* start, std::size_t size) {
     return readFully(descriptor, start, size, 0);
   }
   const std::size_t half = size / 2;
-  // Without a thread to be had the second half is read when it is asked for.
+  // Where no thread can be started, the second half is read when it is asked for.
   std::future<Outcome> rest = std::async(std::launch::async | std::launch::deferred, readFully,
                                          descriptor, start + half, size - half, half);
   const Outcome first = readFully(descriptor, start, half, 0);

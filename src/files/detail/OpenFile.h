@@ -29,11 +29,11 @@ class OpenFile {
   [[nodiscard]] std::uint64_t size() const { return _size; }
   /// A copy of the bytes from there, cut to what is there and can be read.
   [[nodiscard]] Data read(std::uint64_t offset, std::size_t count) const;
-  /// The whole file, as it was large when it was opened or as it is shorter now. Of a file with
-  /// holes, only what is written in it takes memory. Nothing when there are more bytes than
-  /// `Limits::fileSize`, or reading fails.
+  /// The whole file: as many bytes as it had when it was opened, or fewer if it is shorter now. Of
+  /// a file with holes, only what is written in it takes memory. Nothing when there are more bytes
+  /// than `Limits::fileSize`, or reading fails.
   [[nodiscard]] std::optional<Data> contents(FileFailure* failure = nullptr) const;
-  /// True for a file of no more bytes than `contents` reads.
+  /// True for a file that is not too large for `contents`.
   [[nodiscard]] bool mayBeReadWhole() const;
   /// Reads as many bytes from there as there are, up to the size of `room`; answers how many.
   [[nodiscard]] std::size_t readInto(std::span<char> room, std::uint64_t offset) const;

@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 #include <vips/vips.h>
-// This one goes by what stands above.
+// Needs the header above.
 #include <vips/vector.h>
 
 #include "../../values/Export.h"
@@ -187,8 +187,8 @@ Pixels pixelsOf(const Image& image, std::string& failure) {
   return result;
 }
 
-/// The same of a picture that is decoded meanwhile, which ends when it takes too long. Decoders
-/// make up what they cannot read.
+/// The same for a picture that is decoded meanwhile, which is stopped when it takes too long.
+/// Decoders make up what they cannot read.
 Pixels decodedPixelsOf(Image& image, ImageBytes& bytes, std::string& failure) {
   makeRgba(image);
   if (image) {
@@ -298,7 +298,7 @@ bool start() {
   vips_cache_set_max(0);
   vips_cache_set_max_mem(0);
   vips_cache_set_max_files(0);
-  // A picture is decoded in one line of work; more threads would only wait for it.
+  // Decoding a picture is sequential; more threads would only wait for it.
   vips_concurrency_set(1);
   // Its helper for vector instructions keeps code in files, which it makes in the user's home
   // folder or in that for temporary files; either may lie in a library.

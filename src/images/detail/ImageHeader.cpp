@@ -108,7 +108,7 @@ bool readJpegSize(FileNumbers& file, ImageHeader& header) {
       components = file.big(offset + 9, 1);
       header.heldBytesPerPixel = isProgressive(marker) ? components * kBytesOfCoefficient : 0;
     } else if (marker == kStartOfScan) {
-      // Components that come one after the other are only together when the last was read.
+      // Components that come one after the other are complete only when the last was read.
       if (file.big(offset + 4, 1) < components) {
         header.heldBytesPerPixel = components * kBytesOfCoefficient;
       }
