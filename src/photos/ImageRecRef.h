@@ -19,6 +19,7 @@ namespace mrziphoto {
 class Fact;
 class NSImage;
 class PhotoFolder;
+class PhotoReader;
 class PhotoTable;
 class RecordDatabase;
 class TVQiPhotoUserData;
@@ -211,7 +212,9 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   static constexpr std::string_view kKeywords = "Keywords";
 
  private:
+  friend class PhotoReader;
   struct Beside;
+  struct Stored;
 
   [[nodiscard]] Beside& beside() const;
   [[nodiscard]] bool rowAnswersFor(PhotoStore store) const {
@@ -232,15 +235,18 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   [[nodiscard]] Value infoEntry(PhotoField field) const;
   [[nodiscard]] Value infoNumber(PhotoField field) const;
   [[nodiscard]] Value attribute(PhotoField field) const;
-  [[nodiscard]] std::optional<std::string> textOf(PhotoField attributeField,
-                                                  PhotoField infoField) const;
-  [[nodiscard]] std::optional<Date> dateOf(PhotoField attributeField, PhotoField infoField) const;
+  [[nodiscard]] bool isToldByRow(PhotoStore store) const;
+  [[nodiscard]] Value keywordForKey(const Value& key) const;
   [[nodiscard]] Ref<ImageRec> keptInfo() const;
   [[nodiscard]] Ref<AttributeMgr> keptAttributes() const;
   [[nodiscard]] Ref<ImageRec> loadInfo() const;
   [[nodiscard]] Ref<AttributeMgr> loadImageAttributes() const;
 
   // Files and pictures.
+  [[nodiscard]] std::optional<std::string> originalIn(
+      const std::optional<std::string>& folder) const;
+  bool keepHasBeenEdited(const std::optional<std::string>& original,
+                         const std::optional<std::string>& image) const;
   [[nodiscard]] std::optional<std::string> updated(const std::optional<std::string>& path) const;
   [[nodiscard]] std::optional<std::string> directoryFromImageInfo() const;
   [[nodiscard]] Ref<PhotoFolder> folder() const;

@@ -15,6 +15,43 @@ constexpr std::string_view nameOf(PhotoField field) { return kPhotoFields[indexO
 
 }  // namespace
 
+/// What is stored of a record, in its row or elsewhere.
+struct ImageRecRef::Stored : PhotoAnswers<ImageRecRef::Stored> {
+  explicit Stored(const ImageRecRef& ofPhoto) : photo(ofPhoto) {}
+
+  Value operator[](PhotoField field) const {
+    switch (kPhotoFields[indexOf(field)].store) {
+      case PhotoStore::imageInfo:
+        return photo.imageInfo(field);
+      case PhotoStore::info:
+        return photo.infoEntry(field);
+      default:
+        return photo.attribute(field);
+    }
+  }
+
+  const ImageRecRef& photo;
+};
+
+/// True when all that the store holds stands in the row; that may be nothing.
+bool ImageRecRef::isToldByRow(PhotoStore store) const {
+  if (!_table || isArchived()) {
+    return false;
+  }
+  const bool isInRow = rowAnswersFor(store);
+  if (isInRow != (*_table)[_row].has(store)) {
+    return false;
+  }
+  switch (store) {
+    case PhotoStore::imageInfo:
+      return isInRow || !hasImageInfo();
+    case PhotoStore::info:
+      return isInRow ? !keptInfo() : !info();
+    default:
+      return isInRow ? !keptAttributes() : !imageAttributes();
+  }
+}
+
 Fact ImageRecRef::fact(PhotoField field) const { return (*_table)[_row][field]; }
 
 bool ImageRecRef::hasImageInfo() const {
@@ -72,35 +109,15 @@ std::optional<Date> ImageRecRef::date() const {
   return isArchived() ? archived(kDate).date() : infoEntry(PhotoField::date).date();
 }
 
-std::optional<Date> ImageRecRef::dateOf(PhotoField attributeField, PhotoField infoField) const {
-  if (const std::optional<Date> date = attribute(attributeField).date()) {
-    return date;
-  }
-  const Value seconds = imageInfo(infoField);
-  return seconds.isNumber() ? std::optional(Date{seconds.doubleValue()}) : std::nullopt;
-}
-
-std::optional<Date> ImageRecRef::archiveDate() const {
-  return dateOf(PhotoField::archiveDate, PhotoField::infoDate);
-}
+std::optional<Date> ImageRecRef::archiveDate() const { return Stored(*this).archiveDate(); }
 
 std::optional<Date> ImageRecRef::modificationDate() const {
-  return dateOf(PhotoField::modDate, PhotoField::infoModificationDate);
+  return Stored(*this).modificationDate();
 }
 
-std::optional<std::string> ImageRecRef::textOf(PhotoField attributeField,
-                                               PhotoField infoField) const {
-  const Value stored = attribute(attributeField);
-  return stored.isNothing() ? imageInfo(infoField).text() : stored.text();
-}
+std::optional<std::string> ImageRecRef::annotation() const { return Stored(*this).comments(); }
 
-std::optional<std::string> ImageRecRef::annotation() const {
-  return textOf(PhotoField::annotation, PhotoField::infoComment);
-}
-
-std::optional<std::string> ImageRecRef::caption() const {
-  return textOf(PhotoField::caption, PhotoField::infoCaption);
-}
+std::optional<std::string> ImageRecRef::caption() const { return Stored(*this).caption(); }
 
 std::string ImageRecRef::extension() const {
   return attribute(PhotoField::extension).text().value_or("?ext?");
@@ -111,15 +128,7 @@ std::string ImageRecRef::originalExtension() const {
 }
 
 std::optional<std::string> ImageRecRef::originalFilename() const {
-  if (const Value name = attribute(PhotoField::originalFileName); !name.isNothing()) {
-    return name.text();
-  }
-  Value recorded = imageInfo(PhotoField::originalPath);
-  if (recorded.isNothing()) {
-    recorded = imageInfo(PhotoField::imagePath);
-  }
-  const std::optional<std::string> original = recorded.text();
-  return original ? std::optional(path::lastComponent(*original)) : std::nullopt;
+  return Stored(*this).originalFilename();
 }
 
 Value ImageRecRef::fileSize() const {
@@ -149,6 +158,10 @@ NSSize ImageRecRef::imageSize() const {
   return size;
 }
 
+Value ImageRecRef::keywordForKey(const Value& key) const {
+  return _database != nullptr ? Value(Ref<Object>(_database->keywordForKey(key))) : Value();
+}
+
 Value ImageRecRef::keywords() const {
   if (Value stored = attribute(PhotoField::keywords); !stored.isNothing()) {
     return stored;
@@ -162,8 +175,7 @@ Value ImageRecRef::keywords() const {
   }
   const Ref<Array> found = make<Array>();
   for (const Value& key : *listed) {
-    Value keyword =
-        _database != nullptr ? Value(Ref<Object>(_database->keywordForKey(key))) : Value();
+    Value keyword = keywordForKey(key);
     if (!keyword.isNothing()) {
       found->append(std::move(keyword));
     }

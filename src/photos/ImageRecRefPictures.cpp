@@ -64,7 +64,13 @@ std::optional<std::string> ImageRecRef::originalImagePath() const {
   if (const Value recorded = imageInfo(PhotoField::imageOriginalPath); !recorded.isNothing()) {
     return recorded.text();
   }
-  return joined(originalImageDirectory(), _originalImageFilename());
+  return originalIn(originalImageDirectory());
+}
+
+/// Where the original lies by the custom of the library's generation; `folder` is that of
+/// originals.
+std::optional<std::string> ImageRecRef::originalIn(const std::optional<std::string>& folder) const {
+  return joined(folder, _originalImageFilename());
 }
 
 std::optional<std::string> ImageRecRef::recordedOriginalPath() const {
@@ -75,12 +81,14 @@ std::optional<std::string> ImageRecRef::recordedOriginalPath() const {
 }
 
 bool ImageRecRef::hasBeenEdited() const {
-  if (!_hasBeenEditedIsValid) {
-    const std::optional<std::string> original = originalImagePath();
-    const std::optional<std::string> image = imagePath();
-    _hasBeenEdited = original && image && *original != *image;
-    _hasBeenEditedIsValid = true;
-  }
+  return _hasBeenEditedIsValid ? _hasBeenEdited
+                               : keepHasBeenEdited(originalImagePath(), imagePath());
+}
+
+bool ImageRecRef::keepHasBeenEdited(const std::optional<std::string>& original,
+                                    const std::optional<std::string>& image) const {
+  _hasBeenEdited = original && image && *original != *image;
+  _hasBeenEditedIsValid = true;
   return _hasBeenEdited;
 }
 

@@ -23,10 +23,8 @@ Value dictionaryOf(const Fact& fact) {
 
 Value objectsOf(const Fact& fact) {
   std::vector<Value> objects;
-  const char* at = fact.payload();
-  for (std::uint64_t left = facts::readNumber(at); left != 0; --left) {
-    objects.emplace_back(fact.table().object(facts::readNumber(at)));
-  }
+  fact.forEachObjectNumber(
+      [&](std::uint32_t number) { objects.emplace_back(fact.table().object(number)); });
   return make<Array>(std::move(objects));
 }
 
@@ -38,27 +36,8 @@ Value keyTextsOf(const Fact& fact) {
 
 }  // namespace
 
-const char* facts::behind(FactKind kind, const char* at) {
+const char* facts::behindMany(FactKind kind, const char* at) {
   switch (kind) {
-    case FactKind::text:
-    case FactKind::bytes:
-      static_cast<void>(readText(at));
-      return at;
-    case FactKind::path:
-    case FactKind::pathInRoot:
-      static_cast<void>(readNumber(at));
-      static_cast<void>(readText(at));
-      return at;
-    case FactKind::integer:
-      static_cast<void>(readNumber(at));
-      return at;
-    case FactKind::real:
-    case FactKind::date:
-      return at + sizeof(double);
-    case FactKind::single:
-      return at + sizeof(float);
-    case FactKind::otherInteger:
-      return at + 1 + sizeof(std::int64_t);
     case FactKind::keyNumbers:
     case FactKind::objects:
       for (std::uint64_t left = readNumber(at); left != 0; --left) {
@@ -76,10 +55,9 @@ const char* facts::behind(FactKind kind, const char* at) {
         at = behind(nested, at);
       }
       return at;
-    case FactKind::nothing:
-      break;
+    default:
+      return at;
   }
-  return at;
 }
 
 bool Fact::holdsAny() const {

@@ -4,6 +4,12 @@
 
 namespace mrziphoto {
 
+std::string lastComponent(const FactText& path) {
+  // A folder ends in a slash.
+  const bool isInRest = !path.rest.empty() && path.rest.back() != '/';
+  return isInRest ? path::lastComponent(path.rest) : path::lastComponent(path.text());
+}
+
 Fact PhotoFacts::operator[](PhotoField field) const {
   const char* at = _table->_facts[_row];
   if ((static_cast<unsigned char>(*at++) & PhotoTable::kIsLong) != 0) {

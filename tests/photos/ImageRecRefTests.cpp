@@ -1,5 +1,6 @@
 #include <MRZiPhoto/exif/TVQiPhotoUserData.h>
 #include <MRZiPhoto/photos/ImageRecRef.h>
+#include <MRZiPhoto/photos/detail/PhotoReader.h>
 #include <MRZiPhoto/table/detail/PhotoFacts.h>
 
 #include "support/ArchivedAs.h"
@@ -345,8 +346,15 @@ TEST_F(ImageRecRefTests, AnswersFromItsRowUntilAStoreWasMadeOrGiven) {
   EXPECT_EQ(photo->caption(), "row");
   EXPECT_EQ(photo->imageWidth(), Value(7));
   EXPECT_EQ(photo->rotation(), Value(0.0F));
+  PhotoReader reader;
+  const auto captionRead = [&reader, &photo] {
+    reader.turnTo(*photo);
+    return reader.caption();
+  };
+  EXPECT_EQ(captionRead(), "row");
 
   photo->imageAttributes()->setAttributeForKey("made", AttributeMgr::kCaption);
+  EXPECT_EQ(captionRead(), "made");
   photo->info()->setImageWidth(8);
   EXPECT_EQ(photo->caption(), "made");
   EXPECT_EQ(photo->imageWidth(), Value(8));
@@ -358,8 +366,42 @@ TEST_F(ImageRecRefTests, AnswersFromItsRowUntilAStoreWasMadeOrGiven) {
   photo->setImageInfoForKey(dictionary({{"Comment", "given"}}), 9);
   photo->unload();
   EXPECT_EQ(photo->caption(), "c1") << "what was given is not made anew";
+  EXPECT_EQ(captionRead(), "c1");
   EXPECT_EQ(photo->imageWidth(), Value(7));
   EXPECT_EQ(photo->keyStringValue(), "9");
+}
+
+TEST_F(ImageRecRefTests, AReaderFindsTheFoldersOfPhotosInARow) {
+  database.archive = "/old/Lib";
+  const std::vector<std::pair<std::string, std::string>> originals{
+      {"/old/a.jpg", "/old/Originals/0.?origExt?"},
+      // Begins as the archive's path does, and yet lies beside the one before.
+      {"/old/Library.jpg", "/new/Originals/1.?origExt?"},
+      {"/old/Lib/b.jpg", "/new/Library/Originals/2.?origExt?"},
+      {"/old/Lib/c.jpg", "/new/Library/Originals/3.?origExt?"},
+      {"/old/Lib//d.jpg", "/new/Library/Originals/4.?origExt?"},
+      {"/old/Lib/e/", "/new/Library/Originals/5.?origExt?"},
+      {"/old/Lib/f/g.jpg", "/new/Library/f/Originals/6.?origExt?"},
+  };
+  const auto field = static_cast<std::uint32_t>(indexOf(PhotoField::imagePath));
+  PhotoTable::Filler filler;
+  for (std::uint32_t row = 0; row < originals.size(); ++row) {
+    filler.beginRow(row, {PhotoStore::imageInfo});
+    filler.addName(field);
+    filler.putPath(field, originals[row].first);
+    filler.endRow();
+  }
+  const Ref<PhotoTable> table = filler.finish();
+  PhotoReader reader;
+  for (std::uint32_t row = 0; row < originals.size(); ++row) {
+    const Ref<ImageRecRef> photo = ImageRecRef::init();
+    photo->setRow(table, row);
+    photo->setDatabase(&database);
+    reader.turnTo(*photo);
+    EXPECT_EQ(reader.originalImagePath(), originals[row].second);
+    EXPECT_EQ(reader.imagePath(), originals[row].first);
+    EXPECT_TRUE(reader.hasBeenEdited());
+  }
 }
 
 TEST_F(ImageRecRefTests, WhatOutlivesItsDatabaseOrItsPhotoHasNone) {

@@ -33,7 +33,7 @@ PhotoFields fieldsAskedFor(const std::string& names) {
   return names == "all" ? PhotoFields::all() : PhotoFields::named(splitAtCommas(names));
 }
 
-void writeOnePhoto(Session& session, const PhotoFields& fields) {
+void writeOnePhoto(Session& session, PhotoFields fields) {
   const Arguments& arguments = session.arguments;
   const Ref<ImageRecRef> photo = photoWithKey(openLibrary(session), arguments.words.front());
   const auto out =
@@ -46,7 +46,7 @@ void writeOnePhoto(Session& session, const PhotoFields& fields) {
 
 void photos(Session& session) {
   const Arguments& arguments = session.arguments;
-  const PhotoFields fields =
+  PhotoFields fields =
       arguments.fields ? fieldsAskedFor(*arguments.fields) : PhotoFields::usual(arguments.format);
   const List<ImageRecRef> selected = selectPhotos(openLibrary(session), arguments);
   const auto out = RecordWriter::to(session.output, arguments.format, Shape::list, fields.names());

@@ -18,20 +18,18 @@
 namespace mrziphoto::tool {
 namespace {
 
-void writeKeywords(RecordWriter& out, const ImageRecRef& photo) {
-  const Ref<Array> keywords = photo.keywords().array();
+void writeKeywords(RecordWriter& out, PhotoReader& photo) {
   out.beginList();
-  if (keywords) {
-    for (const Value& keyword : *keywords) {
-      if (const std::optional<std::string> text = keywordText(keyword)) {
-        out.text(*text);
-      }
+  photo.forEachKeyword([&out](const Value& keyword) {
+    if (const std::optional<std::string> text = keywordText(keyword)) {
+      out.text(*text);
     }
-  }
+  });
   out.endList();
 }
 
-void writePhotoKey(RecordWriter& out, const ImageRecRef& photo) {
+void writePhotoKey(RecordWriter& out, PhotoReader& reader) {
+  const ImageRecRef& photo = reader.photo();
   if (const std::optional<std::int64_t> number = photo.plainKeyNumber()) {
     out.integer(*number);
   } else {
@@ -41,14 +39,16 @@ void writePhotoKey(RecordWriter& out, const ImageRecRef& photo) {
 
 /// A field that writes the answer of one operation, which is a text, a date or a boolean.
 template <auto operation>
-void answer(RecordWriter& out, const ImageRecRef& photo) {
+void answer(RecordWriter& out, PhotoReader& photo) {
   const auto value = (photo.*operation)();
   if constexpr (std::is_same_v<decltype(value), const bool>) {
     out.boolean(value);
   } else if constexpr (std::is_same_v<decltype(value), const std::optional<Date>>) {
     out.date(value);
+  } else if (value) {
+    out.text(*value);
   } else {
-    out.text(value);
+    out.null();
   }
 }
 
@@ -67,18 +67,18 @@ struct PhotoField {
 constexpr std::array kPhotoFields{
     PhotoField{"key", Usual::alsoInTables, writePhotoKey},
     PhotoField{"rollKey", Usual::yes,
-               [](RecordWriter& out, const ImageRecRef& photo) { writeKey(out, photo.rollKey()); }},
-    PhotoField{"date", Usual::yes, answer<&ImageRecRef::date>},
-    PhotoField{"archiveDate", Usual::alsoInTables, answer<&ImageRecRef::archiveDate>},
-    PhotoField{"modificationDate", Usual::yes, answer<&ImageRecRef::modificationDate>},
-    PhotoField{"caption", Usual::alsoInTables, answer<&ImageRecRef::caption>},
-    PhotoField{"comments", Usual::yes, answer<&ImageRecRef::comments>},
+               [](RecordWriter& out, PhotoReader& photo) { writeKey(out, photo.rollKey()); }},
+    PhotoField{"date", Usual::yes, answer<&PhotoReader::date>},
+    PhotoField{"archiveDate", Usual::alsoInTables, answer<&PhotoReader::archiveDate>},
+    PhotoField{"modificationDate", Usual::yes, answer<&PhotoReader::modificationDate>},
+    PhotoField{"caption", Usual::alsoInTables, answer<&PhotoReader::caption>},
+    PhotoField{"comments", Usual::yes, answer<&PhotoReader::comments>},
     PhotoField{"keywords", Usual::alsoInTables, writeKeywords},
-    PhotoField{"imagePath", Usual::alsoInTables, answer<&ImageRecRef::imagePath>},
-    PhotoField{"originalImagePath", Usual::yes, answer<&ImageRecRef::originalImagePath>},
-    PhotoField{"thumbnailPath", Usual::yes, answer<&ImageRecRef::thumbnailPath>},
-    PhotoField{"originalFilename", Usual::yes, answer<&ImageRecRef::originalFilename>},
-    PhotoField{"hasBeenEdited", Usual::yes, answer<&ImageRecRef::hasBeenEdited>},
+    PhotoField{"imagePath", Usual::alsoInTables, answer<&PhotoReader::imagePath>},
+    PhotoField{"originalImagePath", Usual::yes, answer<&PhotoReader::originalImagePath>},
+    PhotoField{"thumbnailPath", Usual::yes, answer<&PhotoReader::thumbnailPath>},
+    PhotoField{"originalFilename", Usual::yes, answer<&PhotoReader::originalFilename>},
+    PhotoField{"hasBeenEdited", Usual::yes, answer<&PhotoReader::hasBeenEdited>},
     PhotoField{"directory"},
     PhotoField{"relativeDirectory"},
     PhotoField{"filename"},
@@ -207,13 +207,14 @@ std::vector<std::string> PhotoFields::names() const {
   return names;
 }
 
-void PhotoFields::write(RecordWriter& out, const ImageRecRef& photo) const {
+void PhotoFields::write(RecordWriter& out, const ImageRecRef& photo) {
+  _reader.turnTo(photo);
   Camera camera(photo);
   out.beginRecord();
   for (const Field& field : _fields) {
     try {
       if (field.write != nullptr) {
-        field.write(out, photo);
+        field.write(out, _reader);
       } else if (field.ofPhoto != nullptr) {
         writeValue(out, field.ofPhoto->get(photo));
       } else if (const Ref<TVQiPhotoUserData>& data = camera.data()) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <MRZiPhoto/photos/ImageRecRef.h>
+#include <MRZiPhoto/photos/detail/PhotoReader.h>
 #include <MRZiPhoto/values/detail/KeyValue.h>
 
 #include "../output/RecordWriter.h"
@@ -26,9 +27,9 @@ class PhotoFields {
 
   /// Writes one record. A field that cannot be answered is `null`; why, stands in one line on
   /// standard error.
-  void write(RecordWriter& out, const ImageRecRef& photo) const;
+  void write(RecordWriter& out, const ImageRecRef& photo);
 
-  using Write = void (*)(RecordWriter& out, const ImageRecRef& photo);
+  using Write = void (*)(RecordWriter& out, PhotoReader& photo);
 
  private:
   /// Where the answer to a field comes from: the first of these that is there.
@@ -42,6 +43,7 @@ class PhotoFields {
   void add(std::string_view name, Write direct);
 
   std::vector<Field> _fields;
+  PhotoReader _reader;
 };
 
 }  // namespace mrziphoto::tool

@@ -1,5 +1,6 @@
 #include "JsonText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -65,21 +66,13 @@ void appendEscape(std::string& out, std::uint32_t character, ControlCharacters c
   }
 }
 
-bool isAscii(std::string_view text) {
-  unsigned char bits = 0;
-  for (const char c : text) {
-    bits |= static_cast<unsigned char>(c);
-  }
-  return bits < 0x80;
-}
-
-/// How many of the bytes from `begin` on stand for themselves, counted by eight.
-std::size_t plainEights(std::string_view text, std::size_t begin) {
+/// How many bytes at the beginning stand for themselves, counted by eight.
+std::size_t plainEights(std::string_view text) {
   constexpr std::uint64_t kOnes = 0x0101010101010101U;
   constexpr std::uint64_t kHighBits = 0x80 * kOnes;
   // The high bit of a byte is set where the byte is zero, or where one before it is.
   const auto zeros = [](std::uint64_t bytes) { return (bytes - kOnes) & ~bytes & kHighBits; };
-  std::size_t i = begin;
+  std::size_t i = 0;
   for (std::uint64_t bytes = 0; text.size() - i >= sizeof bytes; i += sizeof bytes) {
     std::memcpy(&bytes, text.data() + i, sizeof bytes);
     const std::uint64_t below = (bytes - 0x20 * kOnes) & ~bytes & kHighBits;
@@ -89,18 +82,18 @@ std::size_t plainEights(std::string_view text, std::size_t begin) {
       break;
     }
   }
-  return i - begin;
+  return i;
 }
 
 /// Appends well-formed text with the escapes that JSON asks for, and with all characters escaped
-/// that steer a terminal where `isHarmless`.
-void appendWellFormed(std::string& out, std::string_view text, ControlCharacters controls,
-                      bool isHarmless) {
+/// that steer a terminal where `isHarmless`. So many bytes at its beginning stand for themselves.
+void appendWellFormed(std::string& out, std::string_view text, std::size_t plain,
+                      ControlCharacters controls, bool isHarmless) {
   std::size_t begin = 0;
-  for (std::size_t i = plainEights(text, 0); i < text.size();) {
+  for (std::size_t i = plain; i < text.size();) {
     const Treatment treatment = kTreatments.at(static_cast<unsigned char>(text[i]));
     if (treatment == Treatment::plain) {
-      ++i;
+      i += std::max<std::size_t>(plainEights(text.substr(i)), 1);
       continue;
     }
     std::string_view rest = text.substr(i);
@@ -118,10 +111,11 @@ void appendWellFormed(std::string& out, std::string_view text, ControlCharacters
 
 void appendEscaped(std::string& out, std::string_view text, ControlCharacters controls,
                    bool isHarmless) {
-  if (isAscii(text) || text::isUtf8(text)) {
-    appendWellFormed(out, text, controls, isHarmless);
+  const std::size_t plain = plainEights(text);
+  if (text::isUtf8(text.substr(plain))) {
+    appendWellFormed(out, text, plain, controls, isHarmless);
   } else {
-    appendWellFormed(out, text::repairedUtf8(text), controls, isHarmless);
+    appendWellFormed(out, text::repairedUtf8(text), 0, controls, isHarmless);
   }
 }
 

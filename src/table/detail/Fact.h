@@ -105,8 +105,37 @@ inline std::optional<std::uint32_t> keyNumber(std::string_view text) {
   return number <= 0xFFFFFFFF ? std::optional(static_cast<std::uint32_t>(number)) : std::nullopt;
 }
 
+/// Where a fact of that kind ends, for kinds that hold others or lists.
+const char* behindMany(FactKind kind, const char* at);
+
 /// Where a fact of that kind ends.
-const char* behind(FactKind kind, const char* at);
+inline const char* behind(FactKind kind, const char* at) {
+  switch (kind) {
+    case FactKind::text:
+    case FactKind::bytes:
+      static_cast<void>(readText(at));
+      return at;
+    case FactKind::path:
+    case FactKind::pathInRoot:
+      static_cast<void>(readNumber(at));
+      static_cast<void>(readText(at));
+      return at;
+    case FactKind::integer:
+      static_cast<void>(readNumber(at));
+      return at;
+    case FactKind::real:
+    case FactKind::date:
+      return at + sizeof(double);
+    case FactKind::single:
+      return at + sizeof(float);
+    case FactKind::otherInteger:
+      return at + 1 + sizeof(std::int64_t);
+    case FactKind::nothing:
+      return at;
+    default:
+      return behindMany(kind, at);
+  }
+}
 
 }  // namespace facts
 
@@ -122,6 +151,7 @@ struct FactText {
     whole.reserve(root.size() + folder.size() + rest.size());
     return whole.append(root).append(folder).append(rest);
   }
+  explicit operator std::string() const { return text(); }
   [[nodiscard]] bool empty() const { return root.empty() && folder.empty() && rest.empty(); }
 };
 
@@ -155,11 +185,12 @@ class Fact {
   /// Calls `use` with each number of a list of keys; not at all for other kinds.
   template <class Use>
   void forEachKeyNumber(Use&& use) const {
-    const char* at = _payload;
-    for (std::uint64_t left = _kind == FactKind::keyNumbers ? facts::readNumber(at) : 0; left != 0;
-         --left) {
-      use(static_cast<std::uint32_t>(facts::readNumber(at)));
-    }
+    forEachNumber(FactKind::keyNumbers, use);
+  }
+  /// Calls `use` with the number of each object of a list; not at all for other kinds.
+  template <class Use>
+  void forEachObjectNumber(Use&& use) const {
+    forEachNumber(FactKind::objects, use);
   }
   /// Calls `use` with each value of an array; not at all for other kinds.
   template <class Use>
@@ -188,6 +219,14 @@ class Fact {
   }
 
  private:
+  template <class Use>
+  void forEachNumber(FactKind kind, Use&& use) const {
+    const char* at = _payload;
+    for (std::uint64_t left = _kind == kind ? facts::readNumber(at) : 0; left != 0; --left) {
+      use(static_cast<std::uint32_t>(facts::readNumber(at)));
+    }
+  }
+
   const PhotoTable* _table = nullptr;
   const char* _payload = nullptr;
   FactKind _kind = FactKind::nothing;

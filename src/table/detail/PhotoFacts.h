@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 
+#include "../../files/Path.h"
 #include "../../values/Dictionary.h"
 #include "Fact.h"
 #include "PhotoField.h"
@@ -12,16 +14,25 @@
 
 namespace mrziphoto {
 
-/// What a photo's row answers, whatever the file it was read from. Where two stores may tell the
+/// Facts and values are asked alike.
+inline std::optional<double> numberOf(const Fact& fact) { return fact.number(); }
+inline std::optional<double> numberOf(const Value& value) {
+  return value.isNumber() ? std::optional(value.doubleValue()) : std::nullopt;
+}
+/// What stands behind the last slash of a path.
+inline std::string lastComponent(const std::string& path) { return path::lastComponent(path); }
+std::string lastComponent(const FactText& path);
+
+/// What is stored of a photo, whatever the file it was read from. Where two stores may tell the
 /// same, the attributes store goes first, and what it holds counts even when it is of a kind that
-/// answers nothing.
-template <class Facts>
+/// answers nothing. `Stored` answers a `PhotoField` in brackets with a `Fact` or a `Value`.
+template <class Stored>
 class PhotoAnswers {
  public:
-  [[nodiscard]] std::optional<FactText> caption() const {
+  [[nodiscard]] auto caption() const {
     return first(PhotoField::caption, PhotoField::infoCaption).text();
   }
-  [[nodiscard]] std::optional<FactText> comments() const {
+  [[nodiscard]] auto comments() const {
     return first(PhotoField::annotation, PhotoField::infoComment).text();
   }
   [[nodiscard]] std::optional<Date> date() const { return self()[PhotoField::date].date(); }
@@ -31,39 +42,45 @@ class PhotoAnswers {
   [[nodiscard]] std::optional<Date> modificationDate() const {
     return either(PhotoField::modDate, PhotoField::infoModificationDate);
   }
-  /// A key, or nothing for a record that stands for a roll.
-  [[nodiscard]] Fact roll() const {
-    return self().has(PhotoStore::info) ? Fact() : self()[PhotoField::infoRoll];
+  /// A key, or nothing for a record that stands for a roll. A photo with an info store has its roll
+  /// there, and catalogues with info stores tell none.
+  [[nodiscard]] auto roll() const {
+    return self()[self().has(PhotoStore::info) ? PhotoField::nothing : PhotoField::infoRoll];
   }
-  [[nodiscard]] std::optional<std::int64_t> rating() const {
-    return self()[PhotoField::infoRating].integer();
-  }
+  [[nodiscard]] auto rating() const { return self()[PhotoField::infoRating].integer(); }
   /// Keys, texts of keys, or texts; see `FactKind`.
-  [[nodiscard]] Fact keywords() const {
+  [[nodiscard]] auto keywords() const {
     return first(PhotoField::keywords, PhotoField::infoKeywords);
   }
   /// Paths as they were recorded.
-  [[nodiscard]] std::optional<FactText> imagePath() const {
-    return self()[PhotoField::imagePath].text();
-  }
-  [[nodiscard]] std::optional<FactText> originalPath() const {
+  [[nodiscard]] auto imagePath() const { return self()[PhotoField::imagePath].text(); }
+  [[nodiscard]] auto originalPath() const {
     return first(PhotoField::imageOriginalPath, PhotoField::originalPath).text();
   }
-  [[nodiscard]] std::optional<FactText> thumbnailPath() const {
-    return first(PhotoField::imageThumbnailPath, PhotoField::thumbPath).text();
+  [[nodiscard]] auto thumbnailPath() const { return thumbnail().text(); }
+  [[nodiscard]] auto thumbnail() const {
+    return first(PhotoField::imageThumbnailPath, PhotoField::thumbPath);
+  }
+  [[nodiscard]] std::optional<std::string> originalFilename() const {
+    if (const auto name = self()[PhotoField::originalFileName]; !name.isNothing()) {
+      const auto text = name.text();
+      return text ? std::optional(std::string(*text)) : std::nullopt;
+    }
+    const auto file = first(PhotoField::originalPath, PhotoField::imagePath).text();
+    return file ? std::optional(lastComponent(*file)) : std::nullopt;
   }
 
  private:
-  [[nodiscard]] const Facts& self() const { return static_cast<const Facts&>(*this); }
-  [[nodiscard]] Fact first(PhotoField one, PhotoField other) const {
-    const Fact fact = self()[one];
-    return fact.isNothing() ? self()[other] : fact;
+  [[nodiscard]] const Stored& self() const { return static_cast<const Stored&>(*this); }
+  [[nodiscard]] auto first(PhotoField one, PhotoField other) const {
+    auto stored = self()[one];
+    return stored.isNothing() ? self()[other] : stored;
   }
   [[nodiscard]] std::optional<Date> either(PhotoField date, PhotoField seconds) const {
     if (const std::optional<Date> stored = self()[date].date()) {
       return stored;
     }
-    const std::optional<double> number = self()[seconds].number();
+    const std::optional<double> number = numberOf(self()[seconds]);
     return number ? std::optional(Date{*number}) : std::nullopt;
   }
 };
@@ -106,7 +123,7 @@ class PhotoSheet : public PhotoAnswers<PhotoSheet> {
  public:
   explicit PhotoSheet(const PhotoFacts& photo) : _photo(photo) {
     photo.forEach([this](std::uint32_t field, const Fact& fact) {
-      if (field < _payloads.size()) {
+      if (field < _payloads.size() && _kinds[field] == FactKind::nothing) {
         _payloads[field] = fact.payload();
         _kinds[field] = fact.kind();
       }
