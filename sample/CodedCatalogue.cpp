@@ -179,6 +179,7 @@ Value rollValue(const SampleRoll& roll, RollValue value) {
       return keys;
     }
     case RollValue::nothing:
+    case RollValue::count:
       break;
   }
   return {};

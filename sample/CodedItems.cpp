@@ -74,6 +74,7 @@ void CodedItems::addValue(CodedRead read, const Value& value) {
       break;
     case CodedRead::data:
     case CodedRead::none:
+    case CodedRead::count:
       _bytes += value.data()->bytes();
       break;
   }
@@ -85,6 +86,7 @@ Value CodedItems::anyValue(CodedRead read) {
       return "dropped";
     case CodedRead::data:
     case CodedRead::none:
+    case CodedRead::count:
       return Data::copyOf("dropped");
     case CodedRead::archive:
       return archivedKey(1);

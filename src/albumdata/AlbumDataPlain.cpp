@@ -43,6 +43,9 @@ constexpr std::size_t kForeseen = 96;
 // After this many values in rare forms the whole file is left to the general reader, for which they
 // cost less.
 constexpr std::uint32_t kMostRareNumbers = 1000;
+// Some fifty names stand in a file; one with this many is left to the general reader, which needs
+// no memory for each name at each level.
+constexpr std::uint32_t kMostNames = 10'000;
 // Up to this many digits, and for these powers of ten, one division of doubles gives the double
 // nearest to the decimal number.
 constexpr std::size_t kExactDigits = 15;
@@ -354,6 +357,9 @@ class Reader {
   /// is rare enough to be left to the general reader.
   void noteName(std::uint32_t field, std::size_t level) {
     Names& names = _names[level];
+    if (field >= kMostNames && level != 0) {
+      throw PlainMarkup::Unusual{};
+    }
     if (field >= names.lastIn.size()) {
       names.lastIn.resize(std::size_t{field} * 2 + 1);
     }

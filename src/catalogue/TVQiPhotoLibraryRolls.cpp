@@ -102,7 +102,7 @@ class RollRecord {
     return keys;
   }
 
-  std::array<Value, static_cast<std::size_t>(RollValue::photoKeys) + 1> _values;
+  std::array<Value, static_cast<std::size_t>(RollValue::count)> _values;
 };
 
 }  // namespace

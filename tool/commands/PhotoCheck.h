@@ -18,8 +18,8 @@
 namespace mrziphoto::tool {
 
 /// The files that a photo has.
-enum class PhotoFile : std::uint8_t { image, original, thumbnail };
-inline constexpr std::size_t kPhotoFiles = 3;
+enum class PhotoFile : std::uint8_t { image, original, thumbnail, count };
+inline constexpr auto kPhotoFiles = static_cast<std::size_t>(PhotoFile::count);
 
 struct PhotoFileNames {
   PhotoFile file;
@@ -32,8 +32,10 @@ inline constexpr std::array<PhotoFileNames, kPhotoFiles> kPhotoFileNames{{
     {PhotoFile::thumbnail, "thumbnail", "thumbnails"},
 }};
 
-enum class FileState : std::uint8_t { there, missing, unreadable };
-inline constexpr std::array<std::string_view, 3> kFileStates{"there", "missing", "unreadable"};
+enum class FileState : std::uint8_t { there, missing, unreadable, count };
+inline constexpr std::array kFileStates{std::string_view("there"), std::string_view("missing"),
+                                        std::string_view("unreadable")};
+static_assert(kFileStates.size() == static_cast<std::size_t>(FileState::count));
 constexpr std::string_view nameOf(FileState state) {
   return kFileStates[static_cast<std::size_t>(state)];
 }

@@ -151,7 +151,7 @@ inline constexpr std::array kCodedBlockFields{
 // The fields of a roll record.
 
 /// What a roll album takes from its roll record.
-enum class RollValue : std::uint8_t { nothing, rollKey, name, comment, photoKeys };
+enum class RollValue : std::uint8_t { nothing, rollKey, name, comment, photoKeys, count };
 
 struct CodedRollField {
   std::uint32_t code;

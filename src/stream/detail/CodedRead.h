@@ -21,6 +21,7 @@ enum class CodedRead : std::uint8_t {
   text,
   data,
   archive,
+  count,
 };
 
 /// A typed read: its name, the one size of value that it takes (0 for any), and the size of its
@@ -57,7 +58,7 @@ inline constexpr std::array kCodedReads{
       return false;
     }
   }
-  return true;
+  return kCodedReads.size() == static_cast<std::size_t>(CodedRead::count);
 }
 
 static_assert(codedReadsStandInOrder());
