@@ -130,7 +130,6 @@ class MRZIPHOTO_EXPORT AttributeMgr final : public ArchivedRecord {
   static constexpr std::string_view kAnnotation = "Annotation";
   static constexpr std::string_view kArchiveDate = "ArchiveDate";
   static constexpr std::string_view kModDate = "ModDate";
-  static constexpr std::string_view kMetaDate = "MetaDate";
   static constexpr std::string_view kCaption = "Caption";
   static constexpr std::string_view kExt = "Ext";
   static constexpr std::string_view kOrigExt = "OrigExt";

@@ -201,8 +201,6 @@ class MRZIPHOTO_EXPORT ImageRecRef final : public Object {
   static constexpr std::string_view kDate = "Date";
   // Entries of the image info, besides "Roll".
   static constexpr std::string_view kImagePath = "ImagePath";
-  static constexpr std::string_view kImageOriginalPath = "ImageOriginalPath";
-  static constexpr std::string_view kImageThumbnailPath = "ImageThumbnailPath";
   static constexpr std::string_view kThumbPath = "ThumbPath";
   static constexpr std::string_view kOriginalPath = "OriginalPath";
   static constexpr std::string_view kComment = "Comment";

@@ -55,7 +55,7 @@ void answer(RecordWriter& out, PhotoReader& photo) {
 /// In which of the two sets of fields a field stands by itself.
 enum class Usual { no, yes, alsoInTables };
 
-struct PhotoField {
+struct ListedField {
   std::string_view name;
   Usual usual = Usual::no;
   /// The straight way to the answer; nullptr for fields that key-value access answers.
@@ -64,50 +64,50 @@ struct PhotoField {
 
 // In the order of `--fields all`. Those of a listing go the straight way: a library may have a
 // million photos.
-constexpr std::array kPhotoFields{
-    PhotoField{"key", Usual::alsoInTables, writePhotoKey},
-    PhotoField{"rollKey", Usual::yes,
-               [](RecordWriter& out, PhotoReader& photo) { writeKey(out, photo.rollKey()); }},
-    PhotoField{"date", Usual::yes, answer<&PhotoReader::date>},
-    PhotoField{"archiveDate", Usual::alsoInTables, answer<&PhotoReader::archiveDate>},
-    PhotoField{"modificationDate", Usual::yes, answer<&PhotoReader::modificationDate>},
-    PhotoField{"caption", Usual::alsoInTables, answer<&PhotoReader::caption>},
-    PhotoField{"comments", Usual::yes, answer<&PhotoReader::comments>},
-    PhotoField{"keywords", Usual::alsoInTables, writeKeywords},
-    PhotoField{"imagePath", Usual::alsoInTables, answer<&PhotoReader::imagePath>},
-    PhotoField{"originalImagePath", Usual::yes, answer<&PhotoReader::originalImagePath>},
-    PhotoField{"thumbnailPath", Usual::yes, answer<&PhotoReader::thumbnailPath>},
-    PhotoField{"originalFilename", Usual::yes, answer<&PhotoReader::originalFilename>},
-    PhotoField{"hasBeenEdited", Usual::yes, answer<&PhotoReader::hasBeenEdited>},
-    PhotoField{"directory"},
-    PhotoField{"relativeDirectory"},
-    PhotoField{"filename"},
-    PhotoField{"extension"},
-    PhotoField{"originalExtension"},
-    PhotoField{"fileSize"},
-    PhotoField{"rotation"},
-    PhotoField{"imageWidth"},
-    PhotoField{"imageHeight"},
-    PhotoField{"maker"},
-    PhotoField{"model"},
-    PhotoField{"software"},
-    PhotoField{"aperture"},
-    PhotoField{"maximumAperture"},
-    PhotoField{"exposure"},
-    PhotoField{"exposureBias"},
-    PhotoField{"shutter"},
-    PhotoField{"subjectDistance"},
-    PhotoField{"isoSpeed"},
-    PhotoField{"focalLength"},
-    PhotoField{"brightness"},
-    PhotoField{"sensingMethod"},
-    PhotoField{"lightSource"},
-    PhotoField{"flash"},
-    PhotoField{"meteringMode"},
-    PhotoField{"sensingMethodDescription"},
-    PhotoField{"lightSourceDescription"},
-    PhotoField{"flashDescription"},
-    PhotoField{"meteringModeDescription"},
+constexpr std::array kListedFields{
+    ListedField{"key", Usual::alsoInTables, writePhotoKey},
+    ListedField{"rollKey", Usual::yes,
+                [](RecordWriter& out, PhotoReader& photo) { writeKey(out, photo.rollKey()); }},
+    ListedField{"date", Usual::yes, answer<&PhotoReader::date>},
+    ListedField{"archiveDate", Usual::alsoInTables, answer<&PhotoReader::archiveDate>},
+    ListedField{"modificationDate", Usual::yes, answer<&PhotoReader::modificationDate>},
+    ListedField{"caption", Usual::alsoInTables, answer<&PhotoReader::caption>},
+    ListedField{"comments", Usual::yes, answer<&PhotoReader::comments>},
+    ListedField{"keywords", Usual::alsoInTables, writeKeywords},
+    ListedField{"imagePath", Usual::alsoInTables, answer<&PhotoReader::imagePath>},
+    ListedField{"originalImagePath", Usual::yes, answer<&PhotoReader::originalImagePath>},
+    ListedField{"thumbnailPath", Usual::yes, answer<&PhotoReader::thumbnailPath>},
+    ListedField{"originalFilename", Usual::yes, answer<&PhotoReader::originalFilename>},
+    ListedField{"hasBeenEdited", Usual::yes, answer<&PhotoReader::hasBeenEdited>},
+    ListedField{"directory"},
+    ListedField{"relativeDirectory"},
+    ListedField{"filename"},
+    ListedField{"extension"},
+    ListedField{"originalExtension"},
+    ListedField{"fileSize"},
+    ListedField{"rotation"},
+    ListedField{"imageWidth"},
+    ListedField{"imageHeight"},
+    ListedField{"maker"},
+    ListedField{"model"},
+    ListedField{"software"},
+    ListedField{"aperture"},
+    ListedField{"maximumAperture"},
+    ListedField{"exposure"},
+    ListedField{"exposureBias"},
+    ListedField{"shutter"},
+    ListedField{"subjectDistance"},
+    ListedField{"isoSpeed"},
+    ListedField{"focalLength"},
+    ListedField{"brightness"},
+    ListedField{"sensingMethod"},
+    ListedField{"lightSource"},
+    ListedField{"flash"},
+    ListedField{"meteringMode"},
+    ListedField{"sensingMethodDescription"},
+    ListedField{"lightSourceDescription"},
+    ListedField{"flashDescription"},
+    ListedField{"meteringModeDescription"},
 };
 
 /// A photo without a library, which tells what names a photo answers.
@@ -157,7 +157,7 @@ class Camera {
 
 PhotoFields PhotoFields::usual(Format format) {
   PhotoFields fields;
-  for (const PhotoField& field : kPhotoFields) {
+  for (const ListedField& field : kListedFields) {
     if (field.usual == Usual::alsoInTables ||
         (field.usual == Usual::yes && format != Format::table)) {
       fields.add(field.name, field.write);
@@ -168,7 +168,7 @@ PhotoFields PhotoFields::usual(Format format) {
 
 PhotoFields PhotoFields::all() {
   PhotoFields fields;
-  for (const PhotoField& field : kPhotoFields) {
+  for (const ListedField& field : kListedFields) {
     fields.add(field.name, field.write);
   }
   return fields;
@@ -177,8 +177,8 @@ PhotoFields PhotoFields::all() {
 PhotoFields PhotoFields::named(const std::vector<std::string>& names) {
   PhotoFields fields;
   for (const std::string& name : names) {
-    const auto* known = std::ranges::find(kPhotoFields, name, &PhotoField::name);
-    fields.add(name, known != kPhotoFields.end() ? known->write : nullptr);
+    const auto* known = std::ranges::find(kListedFields, name, &ListedField::name);
+    fields.add(name, known != kListedFields.end() ? known->write : nullptr);
   }
   return fields;
 }
@@ -191,8 +191,8 @@ void PhotoFields::add(std::string_view name, Write direct) {
   Field field{std::string(name), direct, photo.accessorNamed(name),
               photo.exifData()->accessorNamed(name)};
   if (direct == nullptr && field.ofPhoto == nullptr && field.ofCamera == nullptr) {
-    std::array<std::string_view, kPhotoFields.size()> names;
-    std::ranges::transform(kPhotoFields, names.begin(), &PhotoField::name);
+    std::array<std::string_view, kListedFields.size()> names;
+    std::ranges::transform(kListedFields, names.begin(), &ListedField::name);
     throw Failure(ExitStatus::wrongUse,
                   "a photo has no field '" + field.name + '\'' + didYouMean(field.name, names, ""));
   }
