@@ -27,7 +27,8 @@ constexpr std::string_view kExitStatus =
     "  0  done\n"
     "  1  the library cannot be opened, or what was named is not there, or cannot\n"
     "     be written\n"
-    "  2  the command line is wrong\n";
+    "  2  the command line is wrong\n"
+    "  3  done, but something was missing, repaired or left out\n";
 
 /// A name and its meaning.
 using Row = std::pair<std::string, std::string_view>;

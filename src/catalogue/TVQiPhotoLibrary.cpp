@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <utility>
 
 #include "../archive/NSUnarchiver.h"
@@ -124,6 +125,9 @@ Ref<TVQiPhotoLibrary> TVQiPhotoLibrary::initWithContentsOfFile(const std::string
     throw;
   } catch (const NSException& exception) {
     library->noticeDamage(file, exception);
+  } catch (const std::bad_alloc&) {
+    throw FileException(
+        {FileFailure::Cause::tooLarge, file, "there is not enough memory for what it holds"});
   }
   if (isDecoded && Generation::of(library->libraryVersion()).hasAlbumData) {
     try {

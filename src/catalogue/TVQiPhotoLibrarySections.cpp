@@ -124,7 +124,8 @@ void TVQiPhotoLibrary::decodeSection(TVQiPhotoCodedStreamData& stream, Reading& 
   seekBehind(stream, section.start, length);
   if (section.code == kImageTableSection) {
     readImageRecords(stream, reading);
-  } else if (section.start + length > stream.length()) {
+  }
+  if (section.start + length > stream.length()) {
     reading.end = {
         detail::formatted("the section {} at offset {}, of {} bytes, reaches beyond the end of the "
                           "file, which has {}",

@@ -69,6 +69,10 @@ TEST(DamagedCatalogue, TellsWhatOfItsPromisesWasRead) {
             "is damaged, and 2 of 2 photo records were read: the section 'dbXX' at offset 96, of "
             "100 bytes, reaches beyond the end of the "
             "file, which has 107"},
+           {"a table longer than the file",
+            CodedBuilder().item("dbCT", 0).code("dbTV").number(100).raw("abc"), 0, 0,
+            "is damaged before it counts photo records: the section 'dbTV' at offset 24, of 100 "
+            "bytes, reaches beyond the end of the file, which has 35"},
            {"a roll field",
             withRolls(CodedBuilder().number(1).roll(roll(3)).roll(roll(4).code("rlXX").number(-8)))
                 .raw(two.bytes()),

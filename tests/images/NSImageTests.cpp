@@ -310,14 +310,15 @@ TEST_F(NSImageTests, HandsDecodersOnlyTheChunksOfAPngThatMatter) {
   for (int i = 0; i < 2000; ++i) {
     many += chunk("tEXt", "") + chunk("IDAT", "");
   }
-  for (const auto& [written, expected, failure] : Rows<std::string, std::string, std::string>{
-           {needed + pixels, needed + pixels, ""},
-           {needed + text + pixels + text, needed + pixels, ""},
-           {needed + text + chunk("IDAT", "cut").substr(0, 9),
-            needed + chunk("IDAT", "cut").substr(0, 9), ""},
-           {needed + "\xFF\xFF\xFF\xFFzTXt" + pixels, needed, ""},
-           {needed.substr(0, 5), needed.substr(0, 5), ""},
-           {many, "", "it has too many chunks"}}) {
+  const std::string cut = chunk("IDAT", "cut").substr(0, 9);
+  const Rows<std::string, std::string, std::string> rows{
+      {needed + pixels, needed + pixels, ""},
+      {needed + text + pixels + text, needed + pixels, ""},
+      {needed + text + cut, needed + cut, ""},
+      {needed + "\xFF\xFF\xFF\xFFzTXt" + pixels, needed, ""},
+      {needed.substr(0, 5), needed.substr(0, 5), ""},
+      {many, "", "it has too many chunks"}};
+  for (const auto& [written, expected, failure] : rows) {
     folder.write("picture", written);
     const auto file = detail::OpenFile::atPath(folder / "picture");
     detail::ImageBytes bytes(*file, detail::ImageFormat::png, std::chrono::hours(1));

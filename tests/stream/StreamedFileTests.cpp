@@ -45,22 +45,44 @@ TEST(StreamedFile, IsReadLikeBytesInMemory) {
   }
 }
 
-TEST(StreamedFile, FailsOnceTheFileIsShorter) {
+TEST(StreamedFile, FailsWhereTheFileIsNotAsItWas) {
   const TemporaryFolder folder;
-  folder.write("file", std::string(3 * StreamedFile::kWindow, 'x'));
-  TVQStreamData stream = streamOf(folder / "file");
-  EXPECT_EQ(stream.readShort(), 0x7878);
-  fs::resize_file(folder / "file", StreamedFile::kWindow);
-  EXPECT_EQ(stream.readShort(), 0x7878);
-  stream.seekToDataOffset(2 * StreamedFile::kWindow);
-  try {
+  const std::string path = folder / "file";
+  struct Row {
+    std::function<void()> change;
+    std::function<void(TVQStreamData&)> read;
+    std::string reason;
+  };
+  const auto readOn = [](TVQStreamData& stream) {
+    stream.seekToDataOffset(2 * StreamedFile::kWindow);
     (void)stream.readShort();
-    FAIL();
-  } catch (const FileException& exception) {
-    EXPECT_EQ(exception.failure().sentence(),
-              "'" + folder / "file" +
-                  "' cannot be read: its bytes behind offset 520192 cannot be "
-                  "read any more");
+  };
+  const Row rows[] = {
+      {[&] { fs::resize_file(path, StreamedFile::kWindow); }, readOn,
+       "its bytes behind offset 520192 cannot be read any more"},
+      {[&] { fs::last_write_time(path, fs::file_time_type::clock::now() + std::chrono::hours(1)); },
+       readOn, "another program wrote to it while it was read; try again"},
+      {[] {},
+       [](TVQStreamData& stream) {
+         stream.seekToDataOffset(StreamedFile::kWindow);
+         (void)stream.readDataWithLength(30'000'000);
+       },
+       "the 30000000 bytes at offset 262144 are a hole in it"},
+  };
+  for (const Row& row : rows) {
+    folder.write("file", std::string(3 * StreamedFile::kWindow, 'x'));
+    fs::resize_file(path, 40'000'000);
+    TVQStreamData stream = streamOf(path);
+    EXPECT_EQ(stream.readShort(), 0x7878);
+    row.change();
+    EXPECT_EQ(stream.readShort(), 0x7878);
+    try {
+      row.read(stream);
+      FAIL() << row.reason;
+    } catch (const FileException& exception) {
+      EXPECT_EQ(exception.failure().path, path);
+      EXPECT_EQ(exception.failure().reason, row.reason);
+    }
   }
 }
 

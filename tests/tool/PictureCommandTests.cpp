@@ -293,10 +293,10 @@ TEST(OutputFile, HasNoNameOfAnotherFormat) {
       failure = error.what();
       EXPECT_EQ(error.status(), tool::ExitStatus::wrongUse);
     }
-    EXPECT_EQ(failure,
-              right.empty()
-                  ? ""
-                  : "'" + path + "' is the name of another format: " + "call it '" + right + "'");
+    EXPECT_EQ(failure, right.empty()
+                           ? std::string()
+                           : replaced("'" + path + "' is the name of another format: call it 'R'",
+                                      "R", right));
   }
   EXPECT_EQ(runTool({"thumbnail", "/nowhere", "1", "-o", "x.jpg"}).status, 2);
   EXPECT_EQ(runTool({"contact-sheet", "/nowhere", "-o", "x.png"}).status, 2);

@@ -209,6 +209,13 @@ std::size_t OpenFile::readInto(std::span<char> room, std::uint64_t offset) const
   return readFully(_descriptor, room.data(), room.size(), offset).count;
 }
 
+std::uint64_t OpenFile::bytesOnDisk() const {
+  constexpr std::uint64_t kBlock = 512;
+  Status status{};
+  return fstat(_descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_blocks) * kBlock
+                                          : 0;
+}
+
 OpenFile::Stamp OpenFile::stamp() const {
   Status status{};
   fstat(_descriptor, &status);

@@ -38,6 +38,9 @@ class OpenFile {
   /// Reads as many bytes from there as there are, up to the size of `room`; answers how many.
   [[nodiscard]] std::size_t readInto(std::span<char> room, std::uint64_t offset) const;
 
+  /// How many bytes take room on the disk: fewer than `size` for a file with holes.
+  [[nodiscard]] std::uint64_t bytesOnDisk() const;
+
   /// Numbers that differ when two files differ, or when one was written to in between.
   using Stamp = std::array<std::int64_t, 5>;
   [[nodiscard]] Stamp stamp() const;

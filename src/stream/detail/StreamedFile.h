@@ -13,8 +13,9 @@
 namespace mrziphoto {
 
 /// An open file that a stream reads through a window, so that the file never lies in memory as a
-/// whole. Each operation throws FileException when the file has become shorter meanwhile, or cannot
-/// be read any more.
+/// whole. Each operation throws FileException when the file has become shorter or was written to
+/// meanwhile, cannot be read any more, or has fewer bytes on the disk than are asked for at once:
+/// those are a hole in it, which would become memory.
 class StreamedFile {
  public:
   StreamedFile(std::unique_ptr<detail::OpenFile> file, std::string path);
@@ -30,8 +31,11 @@ class StreamedFile {
   static constexpr std::uint32_t kWindow = 256 * 1024;
 
  private:
+  void refuseHole(std::uint32_t offset, std::size_t count) const;
+
   std::unique_ptr<detail::OpenFile> _file;
   std::string _path;
+  detail::OpenFile::Stamp _stamp;
   std::uint32_t _size;
   std::vector<char> _window;
   std::vector<char> _aside;

@@ -29,8 +29,8 @@ struct Generation {
   /// How hosts are told of it: "60". Where two generations share their versions it is that of the
   /// one that has the file `telltale`, and `otherDataVersion` that of the other.
   std::string_view dataVersion;
-  std::string_view telltale = "";
-  std::string_view otherDataVersion = "";
+  std::string_view telltale = {};
+  std::string_view otherDataVersion = {};
   bool isSupported = true;
   /// The catalogue holds sections of coded items. Without them, album data is all there is.
   bool isCoded = true;
